@@ -1,0 +1,331 @@
+#include "control/dispatcher.h"
+
+#include "control/protocol.h"
+#include "core/debug_log.h"
+#include "core/heap.h"
+#include "persist/export_schedule.h"
+#include "persist/feature_switch.h"
+#include "store/policies.h"
+#include "store/profiles.h"
+#include "usage/limits.h"
+#include "usage/reports.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+#include <unistd.h>
+
+namespace {
+
+using cmd_t = utm_app_config_cmd;
+using reply_t = utm_app_config_reply;
+
+/// Writes a reply whole. The descriptor's send time-out bounds the wait for a client that does
+/// not read; one that has gone costs a line in the log (SIGPIPE).
+/// @return false when the reply could not be written whole
+bool send_reply(int fd, const reply_t &reply, size_t size = UTM_APP_CONFIG_REPLY_SIZE) {
+    const char *next = reinterpret_cast<const char *>(&reply);
+    while (size > 0) {
+        const ssize_t written = write(fd, next, size);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        next += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+void send_status(int fd, reply_t &reply, utm_app_config_status status) {
+    reply.status = status;
+    send_reply(fd, reply);
+}
+
+/// Writes a list: one data reply an entry, then the end. A client that no longer takes replies
+/// ends it early: every further one would wait out the time-out again.
+template <typename Entry, typename Fill>
+void send_list(int fd, reply_t &reply, const Entry *entries, int32_t count, Fill fill) {
+    if (entries == nullptr) {
+        send_status(fd, reply, UTM_APP_CONFIG_STATUS_FAIL);
+        return;
+    }
+    for (int32_t i = 0; i < count; ++i) {
+        fill(reply, entries[i]);
+        reply.status = UTM_APP_CONFIG_STATUS_DATA;
+        if (!send_reply(fd, reply))
+            return;
+    }
+    send_status(fd, reply, UTM_APP_CONFIG_STATUS_OK);
+}
+
+const uint8_t *mac_of(const cmd_t &cmd) {
+    return reinterpret_cast<const uint8_t *>(&cmd) + UTM_APP_CONFIG_MAC_OFFSET;
+}
+
+/// A request's path, which may come without its NUL.
+struct path_t {
+    char text[UTM_APP_CONFIG_PATH_SIZE + 1];
+};
+
+path_t path_of(const cmd_t &cmd) {
+    path_t path = {};
+    memcpy(path.text, reinterpret_cast<const char *>(&cmd) + UTM_APP_CONFIG_PATH_OFFSET,
+           UTM_APP_CONFIG_PATH_SIZE);
+    return path;
+}
+
+int32_t ping(const cmd_t &, reply_t &) {
+    return 0;
+}
+
+int32_t create_profile(const cmd_t &cmd, reply_t &) {
+    return utm_app_create_profile(cmd.arg0);
+}
+
+int32_t delete_profile(const cmd_t &cmd, reply_t &) {
+    return utm_app_delete_profile(cmd.arg0);
+}
+
+int32_t add_device(const cmd_t &cmd, reply_t &) {
+    return utm_app_add_device(cmd.arg0, mac_of(cmd));
+}
+
+int32_t delete_device(const cmd_t &cmd, reply_t &) {
+    return utm_app_delete_device(cmd.arg0, mac_of(cmd));
+}
+
+int32_t set_daily_limit_enable(const cmd_t &cmd, reply_t &) {
+    return utm_app_set_daily_limit_enable(cmd.arg0, cmd.arg2);
+}
+
+int32_t get_daily_limit_enable(const cmd_t &cmd, reply_t &reply) {
+    return utm_app_get_daily_limit_enable(cmd.arg0, &reply.daily_limit_enable);
+}
+
+int32_t set_daily_limit(const cmd_t &cmd, reply_t &) {
+    return utm_app_set_daily_limit(cmd.arg0, cmd.arg3);
+}
+
+int32_t get_daily_limit(const cmd_t &cmd, reply_t &reply) {
+    return utm_app_get_daily_limit(cmd.arg0, &reply.daily_limit);
+}
+
+int32_t set_weekday_daily_limit(const cmd_t &cmd, reply_t &) {
+    return utm_app_set_weekday_daily_limit(cmd.arg0, cmd.arg1, cmd.arg3);
+}
+
+void get_weekday_daily_limit(int fd, const cmd_t &cmd, reply_t &reply) {
+    const heap_ptr<config_weekday_pair_t> days(utm_app_get_weekday_daily_limit(cmd.arg0));
+    send_list(fd, reply, days.get(), days_per_week,
+              [](reply_t &to, const config_weekday_pair_t &from) {
+                  to.weekday_day = from.day;
+                  to.weekday_limit = from.limit;
+              });
+}
+
+int32_t add_extend(const cmd_t &cmd, reply_t &) {
+    return utm_app_add_extend(cmd.arg0, cmd.arg4);
+}
+
+int32_t get_extend(const cmd_t &cmd, reply_t &reply) {
+    return utm_app_get_extend(cmd.arg0, &reply.extend);
+}
+
+int32_t reset_extend(const cmd_t &cmd, reply_t &) {
+    return utm_app_reset_extend(cmd.arg0);
+}
+
+int32_t get_profile_usage(const cmd_t &cmd, reply_t &reply) {
+    return utm_app_get_usage(cmd.arg0, &reply.daily_used, &reply.weekly_used, &reply.monthly_used);
+}
+
+void get_app_usage(int fd, const cmd_t &cmd, reply_t &reply) {
+    int32_t count = 0;
+    const heap_ptr<config_app_minutes_t> apps(utm_app_get_app_usage(cmd.arg0, cmd.arg1, &count));
+    send_list(fd, reply, apps.get(), count, [](reply_t &to, const config_app_minutes_t &from) {
+        to.app_usage_app_id = from.app_id;
+        to.app_usage_value = from.minutes;
+    });
+}
+
+void get_prev_day_usage(int fd, const cmd_t &cmd, reply_t &reply) {
+    if (cmd.arg1 != prev_usage_by_day && cmd.arg1 != prev_usage_by_week) {
+        send_status(fd, reply, UTM_APP_CONFIG_STATUS_FAIL);
+        return;
+    }
+    int32_t count = 0;
+    const heap_ptr<config_prev_day_row_t> rows(
+        utm_app_get_prev_day_usage(cmd.arg0, cmd.arg1, &count));
+    send_list(fd, reply, rows.get(), count, [](reply_t &to, const config_prev_day_row_t &from) {
+        static_assert(sizeof(from) == sizeof(to.prev_day_app_id) + sizeof(to.prev_day_data));
+        to.prev_day_app_id = from.app_id;
+        memcpy(to.prev_day_data, &from.current, sizeof(to.prev_day_data));
+    });
+}
+
+int32_t set_activate(const cmd_t &cmd, reply_t &) {
+    return utm_app_set_activate(static_cast<uint32_t>(cmd.arg0));
+}
+
+int32_t set_debug(const cmd_t &cmd, reply_t &) {
+    return utm_app_debug_set(static_cast<unsigned>(cmd.arg0));
+}
+
+int32_t create_policy(const cmd_t &cmd, reply_t &reply) {
+    const int32_t policy_id = utm_app_create_policy(cmd.arg0);
+    if (policy_id < 1)
+        return -1;
+    reply.policy_id = policy_id;
+    return 0;
+}
+
+config_policy_rule_t rule_of(const cmd_t &cmd, int32_t index) {
+    utm_app_config_app_entry entry = {};
+    memcpy(&entry,
+           reinterpret_cast<const char *>(&cmd) + UTM_APP_CONFIG_APP_LIST_OFFSET +
+               static_cast<size_t>(index) * sizeof(entry),
+           sizeof(entry));
+    return {static_cast<int32_t>(entry.app_id), entry.action, entry.limit};
+}
+
+int32_t add_apps_to_policy(const cmd_t &cmd, reply_t &) {
+    const int32_t count = cmd.arg1;
+    if (count < 1 || count > UTM_APP_CONFIG_APP_LIST_MAX)
+        return -1;
+    const heap_ptr<config_policy_rule_t> rules(
+        heap_allocate<config_policy_rule_t>(UTM_APP_CONFIG_APP_LIST_MAX));
+    if (rules == nullptr)
+        return -1;
+    for (int32_t i = 0; i < count; ++i)
+        rules.get()[i] = rule_of(cmd, i);
+    return utm_app_add_apps_to_policy(cmd.arg0, rules.get(), count);
+}
+
+int32_t delete_policy(const cmd_t &cmd, reply_t &) {
+    return utm_app_delete_policy(cmd.arg0);
+}
+
+int32_t add_policy_to_profile(const cmd_t &cmd, reply_t &) {
+    return utm_app_add_policy_to_profile(cmd.arg0, cmd.arg1);
+}
+
+/// Reads what the DPI shell says of a signature, to its end.
+/// @return whether any line says that it was loaded
+bool says_loaded(FILE *pipe) {
+    char line[512];
+    bool loaded = false;
+    while (fgets(line, sizeof(line), pipe) != nullptr)
+        loaded = loaded || strstr(line, "loaded") != nullptr;
+    return loaded;
+}
+
+/// Loads an application signature into the DPI engine. No lock is held while the shell runs. The
+/// path goes to the system's shell as it stands: whoever may use the socket may run programs.
+void load_signature(int fd, const cmd_t &cmd, reply_t &reply) {
+    utm_app_debug_log("UTM_APP_CONFIG_LOAD_SIGNATURE\n");
+    char line[128] = {};
+    // Always this shell, unlike the access rules; a longer line is cut.
+    snprintf(line, sizeof(line), "lcsh load %.117s", path_of(cmd).text);
+    utm_app_debug_log("cmd = %s\n", line);
+    reply.status = UTM_APP_CONFIG_STATUS_NOT_LOADED;
+    FILE *pipe = popen(line, "re");
+    if (pipe == nullptr) {
+        utm_app_debug_log("cmd popen :lcsh load app signature fail.\n");
+        send_reply(fd, reply, UTM_APP_CONFIG_SHORT_REPLY_SIZE);
+        return;
+    }
+    if (says_loaded(pipe))
+        reply.status = UTM_APP_CONFIG_STATUS_OK;
+    pclose(pipe);
+    send_reply(fd, reply);
+}
+
+int32_t get_status(const cmd_t &, reply_t &reply) {
+    const mutex_guard lock(utm_app_config_mutex);
+    reply.activate = activate;
+    reply.debug = utm_app_debug_get();
+    return 0;
+}
+
+int32_t get_export_interval(const cmd_t &, reply_t &reply) {
+    reply.export_interval_minute = utm_app_get_export_interval();
+    return 0;
+}
+
+int32_t set_export_interval(const cmd_t &cmd, reply_t &) {
+    return utm_app_set_export_interval(cmd.arg0);
+}
+
+/// The usage file is not written or read yet, and the reply says so.
+int32_t not_available(const cmd_t &, reply_t &) {
+    return -1;
+}
+
+/// One command: its number, and the operation behind it. `run` answers with one reply whose status
+/// tells 0 from any other result; `serve` writes replies of its own.
+struct command_t {
+    utm_app_config_cmd_type type;
+    int32_t (*run)(const cmd_t &cmd, reply_t &reply);
+    void (*serve)(int fd, const cmd_t &cmd, reply_t &reply);
+};
+
+constexpr command_t commands[] = {
+    {UTM_APP_CONFIG_PING, ping, nullptr},
+    {UTM_APP_CONFIG_CREATE_PROFILE, create_profile, nullptr},
+    {UTM_APP_CONFIG_DELETE_PROFILE, delete_profile, nullptr},
+    {UTM_APP_CONFIG_ADD_DEVICE, add_device, nullptr},
+    {UTM_APP_CONFIG_DEL_DEVICE, delete_device, nullptr},
+    {UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, set_daily_limit_enable, nullptr},
+    {UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, get_daily_limit_enable, nullptr},
+    {UTM_APP_CONFIG_SET_DAILY_LIMIT, set_daily_limit, nullptr},
+    {UTM_APP_CONFIG_GET_DAILY_LIMIT, get_daily_limit, nullptr},
+    {UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT, set_weekday_daily_limit, nullptr},
+    {UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, nullptr, get_weekday_daily_limit},
+    {UTM_APP_CONFIG_ADD_EXTEND, add_extend, nullptr},
+    {UTM_APP_CONFIG_GET_EXTEND, get_extend, nullptr},
+    {UTM_APP_CONFIG_RESET_EXTEND, reset_extend, nullptr},
+    {UTM_APP_CONFIG_GET_PROFILE_USAGE, get_profile_usage, nullptr},
+    {UTM_APP_CONFIG_GET_APP_USAGE, nullptr, get_app_usage},
+    {UTM_APP_CONFIG_GET_PREV_DAY_USAGE, nullptr, get_prev_day_usage},
+    {UTM_APP_CONFIG_SET_ACTIVATE, set_activate, nullptr},
+    {UTM_APP_CONFIG_SET_DEBUG, set_debug, nullptr},
+    {UTM_APP_CONFIG_CREATE_POLICY, create_policy, nullptr},
+    {UTM_APP_CONFIG_ADD_APPS_TO_POLICY, add_apps_to_policy, nullptr},
+    {UTM_APP_CONFIG_DELETE_POLICY, delete_policy, nullptr},
+    {UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, add_policy_to_profile, nullptr},
+    {UTM_APP_CONFIG_LOAD_SIGNATURE, nullptr, load_signature},
+    {UTM_APP_CONFIG_GET_STATUS, get_status, nullptr},
+    {UTM_APP_CONFIG_GET_EXPORT_INTERVAL, get_export_interval, nullptr},
+    {UTM_APP_CONFIG_SET_EXPORT_INTERVAL, set_export_interval, nullptr},
+    {UTM_APP_CONFIG_IMPORT_STATISTICS, not_available, nullptr},
+    {UTM_APP_CONFIG_EXPORT_STATISTICS, not_available, nullptr},
+};
+
+const command_t *find_command(uint8_t type) {
+    for (const command_t &command : commands)
+        if (command.type == type)
+            return &command;
+    return nullptr;
+}
+
+} // namespace
+
+void utm_app_config_cmd_dispatch(int fd) {
+    cmd_t cmd;
+    // One read: a request that arrives in pieces is lost, as is a short one.
+    if (read(fd, &cmd, sizeof(cmd)) != static_cast<ssize_t>(sizeof(cmd)))
+        return;
+    reply_t reply = {};
+    utm_app_debug_log("[socket] Receive cmd type=%d\n", cmd.type);
+    const command_t *command = find_command(cmd.type);
+    if (command == nullptr)
+        return;
+    if (command->serve != nullptr) {
+        command->serve(fd, cmd, reply);
+        return;
+    }
+    const bool done = command->run(cmd, reply) == 0;
+    send_status(fd, reply, done ? UTM_APP_CONFIG_STATUS_OK : UTM_APP_CONFIG_STATUS_FAIL);
+}

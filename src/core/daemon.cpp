@@ -1,0 +1,112 @@
+#include "core/daemon.h"
+
+#include "control/fd_event.h"
+#include "control/socket_server.h"
+#include "core/clock.h"
+#include "core/debug_log.h"
+#include "persist/export_schedule.h"
+#include "persist/usage_file.h"
+#include "store/profiles.h"
+#include "store/store.h"
+#include "usage/collector.h"
+#include "usage/top_apps.h"
+
+#include <csignal>
+#include <pthread.h>
+#include <unistd.h>
+
+std::atomic<int> running{1};
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler stores to it");
+
+namespace {
+
+/// Sleeps of one second from one tick to the next.
+constexpr unsigned seconds_per_tick = 60;
+
+void create_locks() {
+    utm_app_config_mutex.create();
+    utm_app_debug_mutex.create();
+    utm_app_export_import_mutex.create();
+    utm_export_interval_rwlock.create();
+}
+
+void destroy_locks() {
+    utm_app_config_mutex.destroy();
+    utm_app_debug_mutex.destroy();
+    utm_app_export_import_mutex.destroy();
+    utm_export_interval_rwlock.destroy();
+}
+
+void init_state(time_t now) {
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_store_init(now);
+    }
+    last_export_statistics_ts = now;
+}
+
+/// One minute's work. Each step takes the locks it needs and reports its own failures.
+void tick() {
+    utm_app_update_app_status();
+    utm_app_update_global_app_status();
+}
+
+} // namespace
+
+void signal_handler(int signo) {
+    if (signo == SIGINT)
+        running = 0;
+    else if (signo == SIGPIPE)
+        utm_app_log_from_signal("Receive SIGPIPE\n");
+}
+
+void utm_app_install_signal_handlers() {
+    struct sigaction action = {};
+    action.sa_handler = signal_handler;
+    action.sa_flags = SA_RESTART;
+    sigfillset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+int32_t utm_app_config_handler_init() {
+    const time_t now = utm_app_now();
+    create_locks();
+    init_state(now);
+    fd_event_reset();
+    const int32_t result = utm_app_config_socket_init_binding();
+    if (result < 0)
+        utm_app_log_always("utm_app_config_socket_init_binding failed\n");
+    return result;
+}
+
+int32_t utm_app_config_handler_start() {
+    pthread_t thread;
+    if (pthread_create(&thread, nullptr, utm_app_config_handler, nullptr) != 0) {
+        utm_app_log_always("Config handler init failed\n");
+        return -1;
+    }
+    utm_app_debug_log("Config handler init success\n");
+    return 0;
+}
+
+int32_t utm_app_config_handler_exit() {
+    const int32_t result = utm_app_flush_profiles();
+    utm_app_reset_top_apps();
+    destroy_locks();
+    utm_app_log_always("Config handler exit\n");
+    return result;
+}
+
+void utm_app_main_loop() {
+    unsigned counter = 0;
+    do {
+        if (counter == 0)
+            tick();
+        counter = (counter + 1) % seconds_per_tick;
+        // `system` ignores SIGINT while its command runs. Where it is not written for threads, two
+        // that overlap can leave it ignored for good, so the handlers are put back every second.
+        utm_app_install_signal_handlers();
+        sleep(1);
+    } while (running != 0);
+}

@@ -1,0 +1,32 @@
+#pragma once
+/// The daemon's life: start-up, the one-minute tick, shut-down.
+
+#include <atomic>
+#include <cstdint>
+
+/// 1 while the main loop is to go on; SIGINT clears it.
+extern std::atomic<int> running;
+
+/// The handler of SIGINT and SIGPIPE; any other number does nothing. It runs on whichever thread
+/// the kernel picks, so it only stores a flag or appends one line to the log.
+void signal_handler(int signo);
+
+/// Installs `signal_handler` for SIGINT and SIGPIPE. Failures are ignored.
+void utm_app_install_signal_handlers();
+
+/// Creates the locks, empties the store and sets the control socket up.
+/// @return 0, or negative when the socket could not be set up (logged)
+[[nodiscard]] int32_t utm_app_config_handler_init();
+
+/// Starts the control-socket thread, which is never joined.
+/// @return 0, or -1 when the thread could not be created (logged)
+[[nodiscard]] int32_t utm_app_config_handler_start();
+
+/// Destroys all profiles and statistics, which releases every device, and then the locks. Nothing
+/// is saved. The control-socket thread is still running and ends with the process.
+/// @return the result of flushing the profiles
+int32_t utm_app_config_handler_exit();
+
+/// Runs the main loop until `running` is cleared: a tick at once, then one after every sixty
+/// one-second sleeps.
+void utm_app_main_loop();

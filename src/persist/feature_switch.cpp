@@ -1,0 +1,47 @@
+#include "persist/feature_switch.h"
+
+#include "core/debug_log.h"
+#include "store/enforcement.h"
+#include "store/qvutm_notify.h"
+
+namespace {
+
+/// The notification's first argument: its meaning is the library's, and it is always this.
+constexpr int notify_feature = 1;
+
+void switch_on() UTM_REQUIRES(utm_app_config_mutex) {
+    utm_app_guard_on();
+    send_utm_notify_event_status_changed(notify_feature, 1);
+    utm_app_apply_all_blocks();
+}
+
+void switch_off() UTM_REQUIRES(utm_app_config_mutex) {
+    utm_app_guard_off();
+    send_utm_notify_event_status_changed(notify_feature, 0);
+    utm_app_lift_all_blocks();
+}
+
+/// @return the switch as it was
+int32_t turn(int32_t value) UTM_EXCLUDES(utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_config_mutex);
+    const int32_t old = activate;
+    if (value == old)
+        return old;
+    activate = value;
+    if (value == 1)
+        switch_on();
+    else
+        switch_off();
+    return old;
+}
+
+} // namespace
+
+int32_t utm_app_set_activate(uint32_t value) {
+    if (value > 1)
+        return -1;
+    const int32_t requested = static_cast<int32_t>(value);
+    const int32_t old = turn(requested);
+    utm_app_debug_log("Set activate from %d to %d\n", old, requested);
+    return 0;
+}

@@ -1,0 +1,305 @@
+#include "store/policies.h"
+
+#include "core/debug_log.h"
+#include "core/heap.h"
+#include "store/enforcement.h"
+
+namespace {
+
+bool is_known_action(int32_t action) {
+    return action == POLICY_ACTION_REMOVE || action == POLICY_ACTION_LIMIT ||
+           action == POLICY_ACTION_BLOCK;
+}
+
+void block_for_bound_profile(config_app_policy_t *policy, int32_t app_id)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (utm_app_feature_is_active() && policy->profile != nullptr)
+        utm_app_block_app_on_devices(&policy->profile->device_list, app_id);
+}
+
+void unblock_for_bound_profile(config_app_policy_t *policy, int32_t app_id)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (utm_app_feature_is_active() && policy->profile != nullptr)
+        utm_app_unblock_app_on_devices(&policy->profile->device_list, app_id);
+}
+
+void free_rule(config_policy_app_t *rule) {
+    if (rule->app_usage != nullptr)
+        rule->app_usage->policy_app = nullptr;
+    list_unlink(&rule->link);
+    free(rule);
+}
+
+void enforce_block_rule(config_app_policy_t *policy, config_policy_app_t *entry)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    block_for_bound_profile(policy, entry->app_id);
+    if (entry->app_usage != nullptr)
+        entry->app_usage->blocked = 1;
+}
+
+/// A limit that is new to its policy: blocks what has used it up already.
+void enforce_new_limit(config_app_policy_t *policy, config_policy_app_t *entry)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    config_app_usage_t *usage = entry->app_usage;
+    if (!utm_app_feature_is_active() || usage == nullptr || entry->daily_limit > usage->daily_used)
+        return;
+    block_for_bound_profile(policy, entry->app_id);
+    usage->blocked = 1;
+}
+
+/// A limit in place of an earlier rule: blocks or releases, whichever has changed.
+void enforce_changed_limit(config_app_policy_t *policy, config_policy_app_t *entry)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (!utm_app_feature_is_active())
+        return;
+    config_app_usage_t *usage = entry->app_usage;
+    if (usage == nullptr) {
+        // Nothing used yet, so only an earlier block rule can be in force.
+        unblock_for_bound_profile(policy, entry->app_id);
+    } else if (usage->daily_used < entry->daily_limit && usage->blocked != 0) {
+        unblock_for_bound_profile(policy, entry->app_id);
+        usage->blocked = 0;
+    } else if (usage->daily_used >= entry->daily_limit && usage->blocked == 0) {
+        block_for_bound_profile(policy, entry->app_id);
+        usage->blocked = 1;
+    }
+}
+
+int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (rule->action == POLICY_ACTION_REMOVE)
+        return 0;
+    config_policy_app_t *entry = heap_allocate<config_policy_app_t>();
+    if (entry == nullptr) {
+        utm_app_debug_log("Policy %d add app %d action %d limit %d failed\n", policy->app_policy_id,
+                          rule->app_id, rule->action, rule->daily_limit);
+        return -1;
+    }
+    entry->app_id = rule->app_id;
+    entry->action = rule->action;
+    entry->daily_limit = rule->daily_limit;
+    list_push_front(&policy->app_list, &entry->link);
+    policy->app_count += 1;
+    if (policy->profile != nullptr)
+        utm_app_link_policy_to_usage(policy->profile);
+    utm_app_debug_log("Policy %d add app %d action %d limit %d success\n", policy->app_policy_id,
+                      rule->app_id, rule->action, rule->daily_limit);
+    if (entry->action == POLICY_ACTION_BLOCK)
+        enforce_block_rule(policy, entry);
+    else
+        enforce_new_limit(policy, entry);
+    return 0;
+}
+
+void remove_rule(config_app_policy_t *policy, config_policy_app_t *entry)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    unblock_for_bound_profile(policy, entry->app_id);
+    if (entry->app_usage != nullptr)
+        entry->app_usage->blocked = 0;
+    free_rule(entry);
+    policy->app_count -= 1;
+}
+
+void change_rule(config_app_policy_t *policy, config_policy_app_t *entry,
+                 const config_policy_rule_t *rule) UTM_REQUIRES(utm_app_config_mutex) {
+    utm_app_debug_log("Policy %d update app %d action %d limit %d success\n", policy->app_policy_id,
+                      rule->app_id, rule->action, rule->daily_limit);
+    if (rule->action == POLICY_ACTION_REMOVE) {
+        remove_rule(policy, entry);
+        return;
+    }
+    entry->action = rule->action;
+    entry->daily_limit = rule->daily_limit;
+    if (entry->action == POLICY_ACTION_BLOCK)
+        enforce_block_rule(policy, entry);
+    else
+        enforce_changed_limit(policy, entry);
+}
+
+/// Appends a new policy unless its id is taken.
+bool append_policy(config_app_policy_t *policy) UTM_EXCLUDES(utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_config_mutex);
+    if (utm_app_find_policy(policy->app_policy_id) != nullptr)
+        return false;
+    list_append(&utm_app_config_app_policy_list, &policy->link);
+    return true;
+}
+
+/// Runs every rule, going on after a failure, since each rule stands for itself.
+int32_t set_rules(int32_t policy_id, const config_policy_rule_t *rules, int32_t count)
+    UTM_EXCLUDES(utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_app_policy_t *policy = utm_app_find_policy(policy_id);
+    if (policy == nullptr)
+        return -1;
+    int32_t result = 0;
+    for (int32_t i = 0; i < count; ++i)
+        if (utm_app_set_rule(policy, &rules[i]) != 0)
+            result = -1;
+    return result;
+}
+
+/// Blocks what the rules of a newly bound policy block. The feature switch is not asked and no
+/// flag changes: the lines only reach a guard that is off while the feature is.
+void enforce_on_bind(config_app_policy_t *policy) UTM_REQUIRES(utm_app_config_mutex) {
+    config_user_profile_t *profile = policy->profile;
+    if (profile == nullptr)
+        return;
+    for (config_policy_app_t &rule : rules_of(policy)) {
+        if (rule.action == POLICY_ACTION_BLOCK) {
+            utm_app_debug_log("block device to use %d\n", rule.app_id);
+            utm_app_block_app_on_devices(&profile->device_list, rule.app_id);
+        } else if (rule.action == POLICY_ACTION_LIMIT && rule.app_usage != nullptr &&
+                   rule.app_usage->daily_used >= rule.daily_limit) {
+            utm_app_debug_log("block device to use %d because exceed limit\n", rule.app_id);
+            utm_app_block_app_on_devices(&profile->device_list, rule.app_id);
+        }
+    }
+}
+
+} // namespace
+
+int32_t utm_app_create_policy(int32_t policy_id) {
+    if (policy_id < 1) {
+        utm_app_debug_log("Create policy %d failed because id <= 0\n", policy_id);
+        return -1;
+    }
+    heap_ptr<config_app_policy_t> policy(heap_allocate<config_app_policy_t>());
+    if (policy == nullptr) {
+        utm_app_debug_log("Create policy %d failed because malloc failed\n", policy_id);
+        return -1;
+    }
+    policy->app_policy_id = policy_id;
+    list_init(&policy->app_list);
+    if (!append_policy(policy.get())) {
+        utm_app_debug_log("Create policy %d failed because policy already exist\n", policy_id);
+        return -1;
+    }
+    policy.release();
+    utm_app_debug_log("Create policy %d success\n", policy_id);
+    return policy_id;
+}
+
+int32_t utm_app_add_apps_to_policy(int32_t policy_id, const config_policy_rule_t *rules,
+                                   int32_t count) {
+    if (set_rules(policy_id, rules, count) != 0) {
+        utm_app_debug_log("Add apps to policy %d failed\n", policy_id);
+        return -1;
+    }
+    utm_app_debug_log("Add apps to policy %d success\n", policy_id);
+    return 0;
+}
+
+int32_t utm_app_update_app_in_policy(int32_t policy_id, const config_policy_rule_t *rule) {
+    if (rule == nullptr)
+        return -1;
+    if (set_rules(policy_id, rule, 1) != 0) {
+        utm_app_debug_log("Update app to policy %d failed\n", policy_id);
+        return -1;
+    }
+    utm_app_debug_log("Update app to policy %d success\n", policy_id);
+    return 0;
+}
+
+config_policy_rule_t *utm_app_get_apps_of_policy(int32_t policy_id, int32_t *count) {
+    *count = -1;
+    const mutex_guard lock(utm_app_config_mutex);
+    config_app_policy_t *policy = utm_app_find_policy(policy_id);
+    if (policy == nullptr || policy->app_count < 1)
+        return nullptr;
+    config_policy_rule_t *rules =
+        heap_allocate<config_policy_rule_t>(static_cast<size_t>(policy->app_count));
+    if (rules == nullptr) {
+        utm_app_debug_log("Get apps of policy %d failed because malloc failed\n", policy_id);
+        return nullptr;
+    }
+    int32_t filled = 0;
+    for (const config_policy_app_t &rule : rules_of(policy)) {
+        if (filled == policy->app_count)
+            break;
+        rules[filled++] = {rule.app_id, rule.action, rule.daily_limit};
+    }
+    *count = policy->app_count;
+    return rules;
+}
+
+int32_t utm_app_delete_policy(int32_t policy_id) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_app_policy_t *policy = utm_app_find_policy(policy_id);
+    if (policy == nullptr)
+        return -1;
+    if (policy->profile != nullptr) {
+        for (config_app_usage_t &usage : apps_of(policy->profile))
+            usage.blocked = 0;
+        utm_app_reset_devices(&policy->profile->device_list);
+    }
+    for (config_policy_app_t &rule : rules_of(policy))
+        free_rule(&rule);
+    if (policy->profile != nullptr)
+        utm_app_link_policy_to_usage(policy->profile);
+    return 0;
+}
+
+int32_t utm_app_add_policy_to_profile(int32_t profile_id, int32_t policy_id) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Add policy %d to profile %d failed because profile not exist\n",
+                          policy_id, profile_id);
+        return -1;
+    }
+    if (profile->app_policy != nullptr) {
+        utm_app_debug_log("Add policy %d to profile %d failed because already has policy\n",
+                          policy_id, profile_id);
+        return -1;
+    }
+    config_app_policy_t *policy = utm_app_find_policy(policy_id);
+    if (policy == nullptr || policy->profile != nullptr)
+        return -1;
+    profile->app_policy = policy;
+    policy->profile = profile;
+    utm_app_link_policy_to_usage(profile);
+    enforce_on_bind(policy);
+    utm_app_debug_log("Add policy %d to profile %d success\n", policy_id, profile_id);
+    return 0;
+}
+
+int32_t utm_app_get_policy_of_profile(int32_t profile_id, int32_t *policy_id) {
+    const mutex_guard lock(utm_app_config_mutex);
+    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr || profile->app_policy == nullptr)
+        return -1;
+    *policy_id = profile->app_policy->app_policy_id;
+    return 0;
+}
+
+int32_t utm_app_set_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) {
+    if (policy == nullptr || rule == nullptr || !is_known_action(rule->action))
+        return -1;
+    config_policy_app_t *entry = utm_app_find_policy_app(policy, rule->app_id);
+    if (entry == nullptr)
+        return add_rule(policy, rule);
+    change_rule(policy, entry, rule);
+    return 0;
+}
+
+void utm_app_relink_and_enforce(config_user_profile_t *profile) {
+    if (profile->app_policy == nullptr)
+        return;
+    utm_app_link_policy_to_usage(profile);
+    for (config_policy_app_t &rule : rules_of(profile->app_policy)) {
+        if (rule.app_usage == nullptr || rule.daily_limit > rule.app_usage->daily_used)
+            continue;
+        utm_app_debug_log("block device to use %d because exceed limit\n", rule.app_id);
+        utm_app_block_app_on_devices(&profile->device_list, rule.app_id);
+    }
+}
+
+void utm_app_destroy_policy(config_app_policy_t *policy) {
+    for (config_policy_app_t &rule : rules_of(policy))
+        free_rule(&rule);
+    if (policy->profile != nullptr)
+        policy->profile->app_policy = nullptr;
+    list_unlink(&policy->link);
+    free(policy);
+}

@@ -1,0 +1,253 @@
+#include "store/profiles.h"
+
+#include "core/clock.h"
+#include "core/debug_log.h"
+#include "core/heap.h"
+#include "store/enforcement.h"
+#include "store/policies.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+/// Bytes of the device list string that are allocated for a device, and those that it fills.
+constexpr size_t device_piece_size = 14;
+constexpr size_t device_piece_length = 13;
+/// Room for the helper script's command line.
+constexpr size_t script_command_size = 512;
+
+bool is_cut_off(const config_user_profile_t *profile) {
+    return profile->blocked == 1 && profile->daily_limit_enable == 1;
+}
+
+/// Appends a new profile unless its id is taken.
+bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_config_mutex);
+    if (utm_app_find_profile(profile->user_profile_id) != nullptr)
+        return false;
+    list_append(&utm_app_config_user_profile_list, &profile->link);
+    utm_app_add_weekday_limits(profile->user_profile_id);
+    return true;
+}
+
+void free_device(config_device_t *device) {
+    list_unlink(&device->link);
+    free(device);
+}
+
+/// Releases and frees every device. Runs whether or not the feature is active: whatever was
+/// blocked before it was switched off must not outlive the profile.
+void release_devices(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+    if (list_is_empty(&profile->device_list))
+        return;
+    utm_app_reset_devices(&profile->device_list);
+    if (profile->blocked == 1)
+        utm_app_unblock_profile(profile);
+    for (config_device_t &device : devices_of(profile))
+        free_device(&device);
+}
+
+/// Brings a device that joins a profile under the blocks in force. An application that is over
+/// its limit and also has a block rule is blocked twice; the DPI shell takes that in its stride.
+void block_joining_device(config_user_profile_t *profile, const config_device_t *device)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (is_cut_off(profile))
+        __block_one_device_to_use_network(device);
+    for (const config_app_usage_t &usage : apps_of(profile))
+        if (usage.blocked == 1)
+            utm_app_block_app_on_device(device, usage.app_id);
+    if (profile->app_policy == nullptr)
+        return;
+    for (const config_policy_app_t &rule : rules_of(profile->app_policy))
+        if (rule.action == POLICY_ACTION_BLOCK)
+            utm_app_block_app_on_device(device, rule.app_id);
+}
+
+void release_leaving_device(const config_user_profile_t *profile, const config_device_t *device)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    utm_app_reset_device(device);
+    if (!is_cut_off(profile))
+        return;
+    char command[script_command_size] = {};
+    snprintf(command, sizeof(command), "profile_daily_limit.sh -C %d", profile->user_profile_id);
+    // The script is the router's own; whether it succeeds changes nothing here.
+    if (system(command) != 0)
+        return;
+}
+
+} // namespace
+
+config_user_profile_t *utm_app_new_profile(int32_t profile_id, int64_t now) {
+    config_user_profile_t *profile = heap_allocate<config_user_profile_t>();
+    if (profile == nullptr)
+        return nullptr;
+    profile->user_profile_id = profile_id;
+    profile->daily_limit = minutes_per_day;
+    profile->last_collect_ts = now;
+    list_init(&profile->weekday_list);
+    list_init(&profile->device_list);
+    list_init(&profile->app_stat_list);
+    return profile;
+}
+
+int32_t utm_app_create_profile(int32_t profile_id) {
+    heap_ptr<config_user_profile_t> profile(utm_app_new_profile(profile_id, utm_app_now()));
+    if (profile == nullptr) {
+        utm_app_debug_log("Create profile %d failed because malloc failed\n", profile_id);
+        return -1;
+    }
+    if (append_profile(profile.get()))
+        profile.release();
+    utm_app_debug_log("Create profile %d success\n", profile_id);
+    return 0;
+}
+
+int32_t utm_app_add_weekday_limits(int32_t profile_id) {
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Add weekday to profile %d failed because profile not exist\n",
+                          profile_id);
+        return -1;
+    }
+    int32_t result = 0;
+    for (int32_t day = 0; day < days_per_week; ++day) {
+        config_weekday_limit_t *entry = heap_allocate<config_weekday_limit_t>();
+        if (entry == nullptr) {
+            utm_app_debug_log("Add weekday to profile %d failed because malloc failed\n",
+                              profile_id);
+            result = -1;
+            continue;
+        }
+        entry->day = day;
+        entry->limit = minutes_per_day;
+        list_append(&profile->weekday_list, &entry->link);
+    }
+    return result;
+}
+
+void utm_app_destroy_profile(config_user_profile_t *profile) {
+    free(profile->device_list_string);
+    profile->device_list_string = nullptr;
+    if (profile->app_policy != nullptr)
+        utm_app_destroy_policy(profile->app_policy);
+    release_devices(profile);
+    utm_app_free_app_usage(profile);
+    list_unlink(&profile->link);
+    utm_app_debug_log("Delete user profile %d and unblock all success\n", profile->user_profile_id);
+    free(profile);
+}
+
+int32_t utm_app_delete_profile(int32_t profile_id) {
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        config_user_profile_t *profile = utm_app_find_profile(profile_id);
+        if (profile != nullptr)
+            utm_app_destroy_profile(profile);
+    }
+    utm_app_debug_log("Delete profile %d success\n", profile_id);
+    return 0;
+}
+
+int32_t utm_app_flush_profiles() {
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        for (config_user_profile_t &profile : all_profiles())
+            utm_app_destroy_profile(&profile);
+    }
+    utm_app_debug_log("Flush all profiles success\n");
+    return 0;
+}
+
+int32_t utm_app_add_device(int32_t profile_id, const uint8_t *mac) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Add dev to profile %d failed because profile not exist\n", profile_id);
+        return -1;
+    }
+    if (utm_app_find_device(profile, mac) != nullptr)
+        return 0;
+    config_device_t *device = heap_allocate<config_device_t>();
+    if (device == nullptr) {
+        utm_app_debug_log("Add dev to profile %d failed because malloc failed\n", profile_id);
+        return -1;
+    }
+    memcpy(device->mac, mac, mac_bytes);
+    list_append(&profile->device_list, &device->link);
+    profile->device_count += 1;
+    utm_app_rebuild_device_list_string(profile);
+    if (utm_app_feature_is_active())
+        block_joining_device(profile, device);
+    utm_app_debug_log("Add dev mac = %02X:%02X:%02X:%02X:%02X:%02X to profile %d success\n", mac[0],
+                      mac[1], mac[2], mac[3], mac[4], mac[5], profile_id);
+    return 0;
+}
+
+int32_t utm_app_delete_device(int32_t profile_id, const uint8_t *mac) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Del dev from profile %d failed because profile not exist\n", profile_id);
+        return -1;
+    }
+    heap_ptr<config_device_t> device(utm_app_find_device(profile, mac));
+    if (device == nullptr) {
+        utm_app_debug_log("Del dev %02X:%02X:%02X:%02X:%02X:%02X from profile %d failed because "
+                          "cannot find dev\n",
+                          mac[0], mac[1], mac[2], mac[3], mac[4], mac[5], profile_id);
+        return 0;
+    }
+    list_unlink(&device->link);
+    profile->device_count -= 1;
+    utm_app_rebuild_device_list_string(profile);
+    if (utm_app_feature_is_active())
+        release_leaving_device(profile, device.get());
+    utm_app_debug_log("Del dev %02X:%02X:%02X:%02X:%02X:%02X from profile %d success\n", mac[0],
+                      mac[1], mac[2], mac[3], mac[4], mac[5], profile_id);
+    return 0;
+}
+
+uint8_t *utm_app_get_devices(int32_t profile_id, int32_t *count) {
+    *count = -1;
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return nullptr;
+    if (profile->device_count < 1) {
+        *count = 0;
+        return nullptr;
+    }
+    uint8_t *macs = heap_allocate<uint8_t>(static_cast<size_t>(profile->device_count) * mac_bytes);
+    if (macs == nullptr) {
+        utm_app_debug_log("Get devices of profile %d failed because malloc failed\n", profile_id);
+        return nullptr;
+    }
+    uint8_t *slot = macs;
+    for (const config_device_t &device : devices_of(profile)) {
+        memcpy(slot, device.mac, mac_bytes);
+        slot += mac_bytes;
+    }
+    *count = profile->device_count;
+    return macs;
+}
+
+void utm_app_rebuild_device_list_string(config_user_profile_t *profile) {
+    if (list_is_empty(&profile->device_list))
+        return;
+    char *text =
+        heap_allocate<char>(static_cast<size_t>(profile->device_count) * device_piece_size);
+    if (text == nullptr) {
+        utm_app_debug_log("Update device list string failed because malloc failed\n");
+        return;
+    }
+    char *end = text;
+    for (const config_device_t &device : devices_of(profile)) {
+        const uint8_t *mac = device.mac;
+        snprintf(end, device_piece_size, "%02X%02X%02X%02X%02X%02X ", mac[0], mac[1], mac[2],
+                 mac[3], mac[4], mac[5]);
+        end += device_piece_length;
+    }
+    free(profile->device_list_string);
+    profile->device_list_string = text;
+}

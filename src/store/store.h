@@ -1,0 +1,74 @@
+#pragma once
+/// The in-memory store: the lists, the counters beside them, the lock that guards them, and the
+/// lookups and cross-links that everything else is built on.
+
+#include "core/lock.h"
+#include "store/records.h"
+
+#include <cstdint>
+
+/// Guards every list, record and counter of the store and the feature switch. Whoever takes it
+/// holds it for a whole operation, including the command lines that the operation runs.
+extern utm_mutex_t utm_app_config_mutex;
+
+/// All profiles, in creation order.
+extern config_list_node_t utm_app_config_user_profile_list UTM_GUARDED_BY(utm_app_config_mutex);
+/// All policies, bound or not, in creation order.
+extern config_list_node_t utm_app_config_app_policy_list UTM_GUARDED_BY(utm_app_config_mutex);
+/// Router-wide use per application, newest first. Rankings sort a copy, never this list.
+extern config_list_node_t utm_app_config_global_app_stat_list UTM_GUARDED_BY(utm_app_config_mutex);
+/// Records in `utm_app_config_global_app_stat_list`.
+extern int32_t utm_app_config_global_app_stat_list_count UTM_GUARDED_BY(utm_app_config_mutex);
+/// Seconds since the epoch of the last router-wide collection; the next one starts there.
+extern int64_t utm_app_config_global_app_stat_last_ts UTM_GUARDED_BY(utm_app_config_mutex);
+/// The feature switch: 0 off, 1 on. Held here because the whole store asks it; turned in
+/// `persist/feature_switch`. It starts switched off.
+extern int32_t activate UTM_GUARDED_BY(utm_app_config_mutex);
+
+/// Empties the lists (without freeing) and starts the router-wide interval at `now`.
+/// @param now  seconds since the epoch
+void utm_app_store_init(time_t now) UTM_REQUIRES(utm_app_config_mutex);
+
+/// @return whether limits are enforced, that is, whether the feature switch is on
+inline bool utm_app_feature_is_active() UTM_REQUIRES(utm_app_config_mutex) {
+    return activate == 1;
+}
+
+inline list_range<config_user_profile_t> all_profiles() UTM_REQUIRES(utm_app_config_mutex) {
+    return list_range<config_user_profile_t>(&utm_app_config_user_profile_list);
+}
+
+inline list_range<config_app_policy_t> all_policies() UTM_REQUIRES(utm_app_config_mutex) {
+    return list_range<config_app_policy_t>(&utm_app_config_app_policy_list);
+}
+
+inline list_range<config_app_usage_t> global_apps() UTM_REQUIRES(utm_app_config_mutex) {
+    return list_range<config_app_usage_t>(&utm_app_config_global_app_stat_list);
+}
+
+/// The lookups walk a list from the front and return the first match, or null.
+[[nodiscard]] config_user_profile_t *utm_app_find_profile(int32_t profile_id)
+    UTM_REQUIRES(utm_app_config_mutex);
+[[nodiscard]] config_app_policy_t *utm_app_find_policy(int32_t policy_id)
+    UTM_REQUIRES(utm_app_config_mutex);
+/// @param mac  `mac_bytes` bytes, all of which must match
+[[nodiscard]] config_device_t *utm_app_find_device(config_user_profile_t *profile,
+                                                   const uint8_t *mac)
+    UTM_REQUIRES(utm_app_config_mutex);
+/// @param list  a list of usage records, a profile's or the router's; null finds nothing
+[[nodiscard]] config_app_usage_t *utm_app_find_app_usage(config_list_node_t *list, int32_t app_id)
+    UTM_REQUIRES(utm_app_config_mutex);
+[[nodiscard]] config_policy_app_t *utm_app_find_policy_app(config_app_policy_t *policy,
+                                                           int32_t app_id)
+    UTM_REQUIRES(utm_app_config_mutex);
+
+/// Makes the rules of a profile's policy and the profile's usage records point at each other.
+///
+/// Called whenever either side changes. It clears all links and sets them anew, so no link
+/// outlives its record. A profile without a policy is left untouched.
+void utm_app_link_policy_to_usage(config_user_profile_t *profile)
+    UTM_REQUIRES(utm_app_config_mutex);
+
+/// Unlinks and frees every record of a profile's usage list; a rule that pointed at one points
+/// at nothing afterwards. `app_count` is left to the caller.
+void utm_app_free_app_usage(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex);

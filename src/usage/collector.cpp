@@ -1,0 +1,141 @@
+#include "usage/collector.h"
+
+#include "core/clock.h"
+#include "core/debug_log.h"
+#include "usage/accounting.h"
+#include "usage/rollover.h"
+#include "usage/statistics_query.h"
+#include "usage/top_apps.h"
+
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+/// Closes a pipe of `popen` and reaps the program behind it.
+struct pipe_close {
+    void operator()(FILE *pipe) const { pclose(pipe); }
+};
+using pipe_ptr = std::unique_ptr<FILE, pipe_close>;
+
+/// Starts a query. "e" keeps the pipe from the programs that the other thread starts meanwhile.
+pipe_ptr start_query(const char *line) {
+    return pipe_ptr(popen(line, "re"));
+}
+
+/// Ends the daemon where a reply no longer fits into memory: there is no going on from an
+/// exhausted heap, and whatever supervises the daemon starts it anew.
+[[noreturn]] void end_for_want_of_memory(const char *format, size_t wanted, pipe_ptr pipe) {
+    utm_app_debug_log(format, static_cast<int>(wanted));
+    pipe.reset();
+    abort();
+}
+
+void add_profile_figure(const statistics_figure_t &figure, config_user_profile_t *profile)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (figure.kind == figure_kind_t::app) {
+        if (utm_app_update_app_usage(profile, figure.app_id, figure.minutes) < 0)
+            utm_app_debug_log("Update app stat and block failed\n");
+    } else if (utm_app_update_profile_usage(profile, figure.minutes) < 0) {
+        utm_app_debug_log("Update profile daily usage and block failed\n");
+    }
+}
+
+void add_global_figure(const statistics_figure_t &figure) UTM_REQUIRES(utm_app_config_mutex) {
+    if (figure.kind != figure_kind_t::app)
+        return;
+    if (utm_app_global_app_stat_add(figure.app_id, figure.minutes) < 0)
+        utm_app_debug_log("Update app stat to global failed\n");
+}
+
+/// The parser's visitors. The analysis cannot follow the lock through a function pointer; the
+/// collectors below hold it around the parse.
+void visit_profile_figure(const statistics_figure_t &figure, void *profile) UTM_NO_ANALYSIS {
+    add_profile_figure(figure, static_cast<config_user_profile_t *>(profile));
+}
+
+void visit_global_figure(const statistics_figure_t &figure, void *) UTM_NO_ANALYSIS {
+    add_global_figure(figure);
+}
+
+bool is_without_devices(const config_user_profile_t &profile) {
+    return profile.device_count == 0 && list_is_empty(&profile.device_list);
+}
+
+/// Queries one profile's devices and adds the reply up.
+/// @return 0, or -1 when the query could not be made
+int32_t collect_profile(config_user_profile_t *profile, time_t now, statistics_reply_t *reply)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    heap_ptr<char> line =
+        utm_app_profile_query_line(profile->last_collect_ts, now, profile->device_list_string);
+    if (line == nullptr) {
+        utm_app_debug_log("Update app status failed because malloc failed\n");
+        return -1;
+    }
+    pipe_ptr pipe = start_query(line.get());
+    if (pipe == nullptr) {
+        utm_app_debug_log("Update app status failed because popen failed\n");
+        return -1;
+    }
+    const size_t failed = utm_app_reply_read(reply, pipe.get());
+    if (failed != 0)
+        end_for_want_of_memory("Update app status failed because realloc %d failed\n", failed,
+                               std::move(pipe));
+    line.reset();
+    pipe.reset();
+    if (reply->text.get()[0] != '\0')
+        utm_app_statistics_parse(reply->text.get(), visit_profile_figure, profile);
+    return 0;
+}
+
+} // namespace
+
+int32_t utm_app_update_app_status() {
+    const time_t now = utm_app_now();
+    const mutex_guard lock(utm_app_config_mutex);
+    statistics_reply_t reply = {};
+    if (!utm_app_reply_create(&reply)) {
+        utm_app_debug_log("Update app status failed because malloc failed\n");
+        return -1;
+    }
+    if (list_is_empty(&utm_app_config_user_profile_list))
+        return -1;
+    for (config_user_profile_t &profile : all_profiles()) {
+        utm_app_profile_rollover(&profile, now);
+        if (!is_without_devices(profile) && collect_profile(&profile, now, &reply) != 0)
+            return -1;
+        utm_app_reply_clear(&reply);
+        profile.last_collect_ts = now;
+    }
+    return 0;
+}
+
+int32_t utm_app_update_global_app_status() {
+    const time_t now = utm_app_now();
+    const mutex_guard lock(utm_app_config_mutex);
+    utm_app_global_rollover(now);
+    const global_query_line_t line =
+        utm_app_global_query_line(utm_app_config_global_app_stat_last_ts, now);
+    pipe_ptr pipe = start_query(line.text);
+    if (pipe == nullptr) {
+        utm_app_debug_log("Update global app status failed because popen failed\n");
+        return -1;
+    }
+    statistics_reply_t reply = {};
+    if (!utm_app_reply_create(&reply)) {
+        utm_app_debug_log("Update global app status failed because malloc failed\n");
+        // The pipe is left open: closing it would wait for the program behind it, and this tick
+        // has failed already.
+        [[maybe_unused]] const FILE *left_open = pipe.release();
+        return -1;
+    }
+    const size_t failed = utm_app_reply_read(&reply, pipe.get());
+    if (failed != 0)
+        end_for_want_of_memory("Update global app status failed because realloc %d failed\n",
+                               failed, std::move(pipe));
+    pipe.reset();
+    if (reply.text.get()[0] != '\0')
+        utm_app_statistics_parse(reply.text.get(), visit_global_figure, nullptr);
+    utm_app_config_global_app_stat_last_ts = now;
+    return 0;
+}

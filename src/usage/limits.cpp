@@ -1,0 +1,212 @@
+#include "usage/limits.h"
+
+#include "core/debug_log.h"
+#include "core/heap.h"
+#include "store/enforcement.h"
+#include "store/minutes.h"
+#include "usage/accounting.h"
+#include "usage/calendar.h"
+
+namespace {
+
+constexpr int32_t extend_max = 360;
+
+bool is_daily_limit(int32_t minutes) {
+    return minutes >= 1 && minutes <= minutes_per_day;
+}
+
+void block(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+    if (profile->blocked != 0)
+        return;
+    utm_app_block_profile(profile);
+    profile->blocked = 1;
+}
+
+void unblock(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+    if (profile->blocked != 1)
+        return;
+    utm_app_unblock_profile(profile);
+    profile->blocked = 0;
+}
+
+/// Blocks or unblocks a profile after a setter has moved its budget.
+/// @param limit  the limit just put in place, minutes
+void reevaluate(config_user_profile_t *profile, int32_t limit) UTM_REQUIRES(utm_app_config_mutex) {
+    if (!utm_app_feature_is_active() || profile->daily_limit_enable != 1)
+        return;
+    if (profile->daily_used < minutes_sum(limit, profile->daily_extend))
+        unblock(profile);
+    else
+        block(profile);
+}
+
+/// Acts on an enable flag that has changed.
+void enforce_enable(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+    if (!utm_app_feature_is_active())
+        return;
+    if (profile->daily_limit_enable == 0)
+        unblock(profile);
+    else if (utm_app_budget_of(profile) <= profile->daily_used)
+        block(profile);
+}
+
+void set_weekday(config_user_profile_t *profile, int32_t weekday, int32_t minutes)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    for (config_weekday_limit_t &entry : weekdays_of(profile)) {
+        if (entry.day != weekday || entry.limit == minutes)
+            continue;
+        entry.limit = minutes;
+        if (weekday != utm_app_current_weekday())
+            continue;
+        profile->daily_limit = minutes;
+        reevaluate(profile, minutes);
+    }
+}
+
+} // namespace
+
+int32_t utm_app_set_daily_limit_enable(int32_t profile_id, int32_t enable) {
+    if (enable != 0 && enable != 1) {
+        utm_app_debug_log("set daily limit for profile %d failed\n", profile_id);
+        return -1;
+    }
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return -1;
+    if (profile->daily_limit_enable != enable) {
+        profile->daily_limit_enable = enable;
+        enforce_enable(profile);
+    }
+    utm_app_debug_log("Set daily limit enable %d for profile %d success\n", enable, profile_id);
+    return 0;
+}
+
+int32_t utm_app_get_daily_limit_enable(int32_t profile_id, int32_t *enable) {
+    if (enable == nullptr) {
+        utm_app_debug_log("get daily limit for profile %d enable failed\n", profile_id);
+        return -1;
+    }
+    const mutex_guard lock(utm_app_config_mutex);
+    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return -1;
+    *enable = profile->daily_limit_enable;
+    return 0;
+}
+
+int32_t utm_app_set_daily_limit(int32_t profile_id, int32_t minutes) {
+    if (!is_daily_limit(minutes)) {
+        utm_app_debug_log("Set daily limit %d for profile %d failed because range error\n", minutes,
+                          profile_id);
+        return -1;
+    }
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return -1;
+    if (profile->daily_limit != minutes) {
+        profile->daily_limit = minutes;
+        reevaluate(profile, minutes);
+    }
+    for (config_weekday_limit_t &entry : weekdays_of(profile))
+        entry.limit = minutes;
+    utm_app_debug_log("Set daily limit to %d for profile %d success\n", minutes, profile_id);
+    return 0;
+}
+
+int32_t utm_app_get_daily_limit(int32_t profile_id, int32_t *minutes) {
+    const mutex_guard lock(utm_app_config_mutex);
+    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return -1;
+    *minutes = profile->daily_limit;
+    return 0;
+}
+
+int32_t utm_app_set_weekday_daily_limit(int32_t profile_id, int32_t weekday, int32_t minutes) {
+    if (!is_daily_limit(minutes)) {
+        utm_app_debug_log("Set weekday daily limit %d for profile %d failed because range error\n",
+                          minutes, profile_id);
+        return -1;
+    }
+    if (weekday < 0 || weekday >= days_per_week) {
+        utm_app_debug_log("Set weekday %d for profile %d failed because range error\n", weekday,
+                          profile_id);
+        return -1;
+    }
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return -1;
+    set_weekday(profile, weekday, minutes);
+    utm_app_debug_log("Set weekday daily limit to %d for profile %d success\n", minutes,
+                      profile_id);
+    return 0;
+}
+
+config_weekday_pair_t *utm_app_get_weekday_daily_limit(int32_t profile_id) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return nullptr;
+    config_weekday_pair_t *pairs = heap_allocate<config_weekday_pair_t>(days_per_week);
+    if (pairs == nullptr) {
+        utm_app_debug_log("Get weekday daily limit of profile %d failed because malloc failed\n",
+                          profile_id);
+        return nullptr;
+    }
+    int32_t filled = 0;
+    for (const config_weekday_limit_t &entry : weekdays_of(profile)) {
+        if (filled == days_per_week)
+            break;
+        pairs[filled++] = {entry.day, entry.limit};
+    }
+    return pairs;
+}
+
+int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes) {
+    if (minutes < 1 || minutes > extend_max) {
+        utm_app_debug_log("Add extend %d for profile %d failed because range error\n", minutes,
+                          profile_id);
+        return -1;
+    }
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Add extend %d to profile %d failed because profile is not existed\n",
+                          minutes, profile_id);
+        return -1;
+    }
+    profile->daily_extend = minutes_sum(profile->daily_extend, minutes);
+    reevaluate(profile, profile->daily_limit);
+    utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
+                      profile->daily_extend);
+    return 0;
+}
+
+int32_t utm_app_reset_extend(int32_t profile_id) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Reset profile %d extend failed because profile is not existed\n",
+                          profile_id);
+        return -1;
+    }
+    profile->daily_extend = 0;
+    reevaluate(profile, profile->daily_limit);
+    utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);
+    return 0;
+}
+
+int32_t utm_app_get_extend(int32_t profile_id, int32_t *minutes) {
+    const mutex_guard lock(utm_app_config_mutex);
+    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr) {
+        utm_app_debug_log("Get extended for profile %d failed because profile is not existed\n",
+                          profile_id);
+        return -1;
+    }
+    *minutes = profile->daily_extend;
+    return 0;
+}

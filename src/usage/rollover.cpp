@@ -1,0 +1,93 @@
+#include "usage/rollover.h"
+
+#include "store/enforcement.h"
+#include "store/minutes.h"
+#include "usage/calendar.h"
+#include "usage/day_ring.h"
+
+namespace {
+
+/// What has passed between two collections, beside the day.
+struct boundary_t {
+    bool week;
+    bool month;
+};
+
+boundary_t boundary_between(time_t last, time_t now) {
+    const bool week = utm_app_is_week_changed(last, now) != 0;
+    return {week, week && utm_app_is_month_changed(last, now) != 0};
+}
+
+/// Closes the day, and the week and month where they end, in three running figures.
+void roll_counters(int32_t *daily, int32_t *weekly, int32_t *monthly, boundary_t boundary) {
+    *weekly = minutes_sum(*weekly, *daily);
+    *daily = 0;
+    if (boundary.week) {
+        *monthly = minutes_sum(*monthly, *weekly);
+        *weekly = 0;
+    }
+    if (boundary.month)
+        *monthly = 0;
+}
+
+void roll_usage(config_app_usage_t *usage, boundary_t boundary) {
+    day_ring_push(usage, usage->daily_used);
+    roll_counters(&usage->daily_used, &usage->weekly_used, &usage->monthly_used, boundary);
+}
+
+bool has_devices(const config_user_profile_t *profile) {
+    return profile->device_count != 0 || !list_is_empty(&profile->device_list);
+}
+
+/// Puts today's weekday limit in force; a profile that lacks the entry keeps yesterday's.
+void take_weekday_limit(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+    const int32_t weekday = utm_app_current_weekday();
+    for (const config_weekday_limit_t &entry : weekdays_of(profile))
+        if (entry.day == weekday) {
+            profile->daily_limit = entry.limit;
+            return;
+        }
+}
+
+/// Releases the applications that yesterday's limits blocked. Block rules hold every day.
+void release_limited_apps(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+    for (config_app_usage_t &usage : apps_of(profile)) {
+        if (usage.blocked != 1 || usage.policy_app == nullptr ||
+            usage.policy_app->action != POLICY_ACTION_LIMIT)
+            continue;
+        if (has_devices(profile))
+            utm_app_unblock_app_on_devices(&profile->device_list, usage.app_id);
+        usage.blocked = 0;
+    }
+}
+
+} // namespace
+
+void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) {
+    const time_t last = profile->last_collect_ts;
+    if (utm_app_is_day_changed(last, now) == 0)
+        return;
+    const boundary_t boundary = boundary_between(last, now);
+    if (has_devices(profile))
+        utm_app_unblock_profile(profile);
+    profile->daily_extend = 0;
+    take_weekday_limit(profile);
+    roll_counters(&profile->daily_used, &profile->weekly_used, &profile->monthly_used, boundary);
+    for (config_app_usage_t &usage : apps_of(profile))
+        roll_usage(&usage, boundary);
+    if (profile->blocked == 1) {
+        if (has_devices(profile))
+            utm_app_unblock_profile(profile);
+        profile->blocked = 0;
+    }
+    release_limited_apps(profile);
+}
+
+void utm_app_global_rollover(time_t now) {
+    const time_t last = utm_app_config_global_app_stat_last_ts;
+    if (utm_app_is_day_changed(last, now) == 0)
+        return;
+    const boundary_t boundary = boundary_between(last, now);
+    for (config_app_usage_t &usage : global_apps())
+        roll_usage(&usage, boundary);
+}
