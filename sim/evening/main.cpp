@@ -1,0 +1,57 @@
+/// One household's evening against the real daemon, in virtual time.
+///
+/// Everything that the timeline shows as the daemon's or the router's is what they did: the
+/// daemon's log and answers, and the command lines and events that reached the simulated router.
+/// The evening knows how it has to end, so it also serves as a test of the whole.
+
+#include "sim/evening/report.h"
+#include "sim/evening/scenes.h"
+#include "sim/harness/sandbox.h"
+
+#include <cstdlib>
+#include <cstring>
+
+/// Central European time written out: the machine may have no time zone files.
+static constexpr char TIME_ZONE[] = "CET-1CEST,M3.5.0,M10.5.0/3";
+
+static int fail(const std::string &why) {
+    fprintf(stderr, "utm_evening: %s\n", why.c_str());
+    return 2;
+}
+
+static void play(stage *set) {
+    for (const scene_entry &scene : evening_scenes()) {
+        if (set->broken)
+            return;
+        timeline_title(set->out, scene.title);
+        scene.play(set);
+    }
+}
+
+static int finish(stage *set) {
+    show_router_counts(*set);
+    std::string reports = sim_sanitizer_reports(set->options.router_dir);
+    stage_expect(set, reports.empty(), "the daemon's memory and threads are sound\n" + reports);
+    if (set->unexpected > 0) {
+        printf("\n%d unexpected, see above.\n", set->unexpected);
+        return 1;
+    }
+    printf("\nAll as it should be.\n");
+    return 0;
+}
+
+int main(int argc, char **argv) {
+    bool fast = argc == 2 && strcmp(argv[1], "--fast") == 0;
+    if (argc > 1 && !fast)
+        return fail("usage: utm_evening [--fast]");
+    setenv("TZ", TIME_ZONE, 1);
+    // Read before the sandbox hides the directory it may be in.
+    const std::string scenario_text = sim_read_file(UTM_EVENING_SCENARIO);
+    std::string why;
+    stage set = {.out = timeline_open(fast)};
+    if (!sim_enter_private_namespaces({sim_build_directory()}, &why) ||
+        !stage_open(&set, scenario_text, "16:59", &why))
+        return fail(why);
+    play(&set);
+    return finish(&set);
+}

@@ -1,0 +1,65 @@
+#pragma once
+/// What an evening is played on: the real daemon, the simulated router around it, the virtual
+/// clock, and the timeline that shows what all of them do.
+
+#include "sim/evening/timeline.h"
+#include "sim/harness/client.h"
+#include "sim/harness/daemon_process.h"
+#include "sim/router/scenario.h"
+
+#include <map>
+#include <string>
+
+struct stage {
+    timeline out = {};
+    scenario scene = {};
+    sim_daemon_options options = {};
+    sim_clock clock = {};
+    sim_daemon daemon = {};
+    size_t log_lines_shown = 0;
+    size_t journal_lines_shown = 0;
+    std::map<std::string, size_t> router_counts = {}; ///< what reached the router, by kind
+    int unexpected = 0;                               ///< things that should not have happened
+    bool broken = false;                              ///< the daemon is of no use any more
+};
+
+/// Prepares the simulated router for the scenario's text and sets the clock; the daemon is not
+/// started.
+/// @param start  local time, as `stage_time` takes it
+[[nodiscard]] bool stage_open(stage *set, const std::string &scenario_text, const char *start,
+                              std::string *why);
+
+/// @param text  "HH:MM" of the evening's date, "+1 HH:MM" of the day after
+time_t stage_time(const char *text);
+
+/// Starts the daemon and waits until its first tick is over.
+void stage_start_daemon(stage *set);
+
+/// Stops the daemon as the router's service manager does and shows what it does on its way out.
+void stage_stop_daemon(stage *set);
+
+/// Lets the time pass to `text` minute by minute and shows what happens meanwhile.
+void stage_run_until(stage *set, const char *text);
+
+/// A member of the family does something: shows it, sends it and expects it to succeed.
+void stage_do_command(stage *set, const std::string &what, const utm_app_config_cmd &command);
+void stage_do(stage *set, const std::string &what, const sim_request &request);
+
+/// Asks the daemon for something that is to be shown in another form.
+/// @return the replies; an empty list when it failed, which counts as unexpected
+std::vector<utm_app_config_reply> stage_ask(stage *set, const sim_request &request);
+
+/// Shows what the daemon logged and what reached the router since the last time.
+void stage_follow(stage *set);
+
+/// Notes a failure when `holds` is false. Once the daemon is of no use, nothing more is noted.
+void stage_expect(stage *set, bool holds, const std::string &expectation);
+
+/// @return whether the application is barred on the device now
+bool stage_app_is_blocked(const stage &set, const std::string &device, const std::string &app);
+
+/// @return whether the person is cut off from the network now
+bool stage_person_is_blocked(const stage &set, const std::string &person);
+
+const scenario_person &stage_person(const stage &set, const std::string &handle);
+const scenario_app &stage_app(const stage &set, const std::string &handle);

@@ -1,0 +1,70 @@
+#include "sim/evening/timeline.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+struct look {
+    const char *name;
+    const char *colour;
+};
+
+look look_of(voice who) {
+    switch (who) {
+    case voice::family:
+        return {"family", "\033[32m"};
+    case voice::daemon:
+        return {"daemon", "\033[33m"};
+    default:
+        return {"router", "\033[36m"};
+    }
+}
+
+const char *paint(const timeline &out, const char *colour) {
+    return out.colour ? colour : "";
+}
+
+void pause(const timeline &out) {
+    fflush(stdout);
+    std::this_thread::sleep_for(std::chrono::milliseconds(out.pause_ms));
+}
+
+} // namespace
+
+timeline timeline_open(bool fast) {
+    const char *no_colour = getenv("NO_COLOR");
+    bool wanted = no_colour == nullptr || *no_colour == '\0';
+    return {.colour = wanted && isatty(STDOUT_FILENO) != 0, .pause_ms = fast ? 0 : 200};
+}
+
+void timeline_say(const timeline &out, time_t when, voice who, const std::string &text,
+                  const std::string &meaning) {
+    char clock[8] = {};
+    strftime(clock, sizeof clock, "%H:%M", localtime(&when));
+    look style = look_of(who);
+    printf("%s  %s%s%s  %s", clock, paint(out, style.colour), style.name, paint(out, "\033[0m"),
+           text.c_str());
+    if (!meaning.empty())
+        printf("  %s(%s)%s", paint(out, "\033[2m"), meaning.c_str(), paint(out, "\033[0m"));
+    putchar('\n');
+    pause(out);
+}
+
+void timeline_title(const timeline &out, const std::string &text) {
+    printf("\n%s%s%s\n", paint(out, "\033[1m"), text.c_str(), paint(out, "\033[0m"));
+    pause(out);
+}
+
+void timeline_note(const timeline &out, const std::string &text) {
+    printf("%15s%s\n", "", text.c_str());
+    pause(out);
+}
+
+void timeline_complain(const timeline &out, const std::string &text) {
+    printf("%sUNEXPECTED: %s%s\n", paint(out, "\033[31m"), text.c_str(), paint(out, "\033[0m"));
+    pause(out);
+}

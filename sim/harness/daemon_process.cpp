@@ -1,0 +1,187 @@
+#include "sim/harness/daemon_process.h"
+
+#include "sim/harness/clock_page.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+void add_to_variable(const char *name, const std::string &text) {
+    const char *old = getenv(name);
+    std::string value = old != nullptr && *old != '\0' ? std::string(old) + ":" + text : text;
+    setenv(name, value.c_str(), 1);
+}
+
+/// A sanitized daemon must accept the clock library before its runtime, and report to a file.
+void set_sanitizer_options(const std::string &router_dir) {
+    std::string log = "log_path=" + router_dir + "/sanitizer";
+    add_to_variable("ASAN_OPTIONS", "verify_asan_link_order=0:" + log);
+    add_to_variable("UBSAN_OPTIONS", "print_stacktrace=1:" + log);
+    add_to_variable("TSAN_OPTIONS", log);
+}
+
+/// Preloads the clock library by a name next to the clock: the loader takes a blank or a colon in
+/// a path of LD_PRELOAD for the end of it, and a build directory's path may hold either.
+void set_clock(const sim_clock &clock, const std::string &library) {
+    std::string link = clock.path + ".so";
+    unlink(link.c_str());
+    if (symlink(library.c_str(), link.c_str()) != 0)
+        perror(link.c_str());
+    setenv(SIM_CLOCK_VARIABLE, clock.path.c_str(), 1);
+    setenv("LD_PRELOAD", link.c_str(), 1);
+}
+
+void set_environment(const sim_daemon_options &options) {
+    const char *old_path = getenv("PATH");
+    std::string path = options.stand_ins + ":" + (old_path != nullptr ? old_path : "/usr/bin:/bin");
+    setenv("PATH", path.c_str(), 1);
+    setenv("TZ", options.time_zone.c_str(), 1);
+    setenv("UTM_SIM_DIR", options.router_dir.c_str(), 1);
+    set_sanitizer_options(options.router_dir);
+    if (options.clock != nullptr)
+        set_clock(*options.clock, options.clock_library);
+    for (const auto &[name, value] : options.environment)
+        setenv(name.c_str(), value.c_str(), 1);
+}
+
+pid_t launch(const sim_daemon_options &options) {
+    pid_t pid = fork();
+    if (pid != 0)
+        return pid;
+    set_environment(options);
+    if (options.in_child)
+        options.in_child();
+    execl(options.binary.c_str(), options.binary.c_str(), static_cast<char *>(nullptr));
+    perror(options.binary.c_str());
+    _exit(127);
+}
+
+pid_t parent_of(pid_t pid) {
+    // "pid (name) state ppid": the name may hold anything, so look behind its last bracket.
+    std::string status = sim_read_file("/proc/" + std::to_string(pid) + "/stat");
+    size_t bracket = status.rfind(')');
+    int parent = -1;
+    if (bracket == std::string::npos || sscanf(status.c_str() + bracket, ") %*c %d", &parent) != 1)
+        return -1;
+    return parent;
+}
+
+std::set<pid_t> children() {
+    std::set<pid_t> found;
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc", error)) {
+        pid_t pid = atoi(entry.path().filename().c_str());
+        if (pid > 0 && parent_of(pid) == getpid())
+            found.insert(pid);
+    }
+    return found;
+}
+
+/// Waits for the process; `wait_status` is set when it ended in time.
+bool reap(pid_t pid, int *wait_status, sim_patience patience) {
+    return sim_wait_for([&] { return waitpid(pid, wait_status, WNOHANG) == pid; }, patience);
+}
+
+sim_exit describe(int wait_status) {
+    sim_exit how = {.ended = true};
+    if (WIFEXITED(wait_status))
+        how.status = WEXITSTATUS(wait_status);
+    else
+        how.signal = WTERMSIG(wait_status);
+    return how;
+}
+
+/// The orphan that the starter left is ours from the moment the starter has ended.
+pid_t adopt_new_child(const std::set<pid_t> &before) {
+    for (pid_t pid : children())
+        if (before.count(pid) == 0)
+            return pid;
+    return -1;
+}
+
+} // namespace
+
+sim_daemon_options sim_built_options(const std::string &router_dir) {
+    return {.binary = SIM_BUILT_DAEMON,
+            .stand_ins = SIM_BUILT_STAND_INS,
+            .router_dir = router_dir,
+            .clock_library = SIM_BUILT_CLOCK};
+}
+
+std::string sim_build_directory() {
+    return SIM_BUILD_DIRECTORY;
+}
+
+sim_daemon::~sim_daemon() {
+    if (pid > 0)
+        sim_daemon_kill(this);
+}
+
+bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
+                      sim_patience patience) {
+    daemon->pid = daemon->starter_status = -1;
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    if (options.clock != nullptr)
+        sim_clock_forget_sleeper(options.clock);
+    std::set<pid_t> before = children();
+    pid_t starter = launch(options);
+    int wait_status = 0;
+    if (starter < 0)
+        return false;
+    if (!reap(starter, &wait_status, patience)) {
+        kill(starter, SIGKILL);
+        waitpid(starter, &wait_status, 0);
+        return false;
+    }
+    daemon->starter_status = describe(wait_status).status;
+    daemon->pid = daemon->starter_status == 0 ? adopt_new_child(before) : -1;
+    return daemon->pid > 0;
+}
+
+sim_exit sim_daemon_wait_exit(sim_daemon *daemon, sim_patience patience) {
+    int wait_status = 0;
+    if (daemon->pid <= 0 || !reap(daemon->pid, &wait_status, patience))
+        return {};
+    daemon->pid = -1;
+    return describe(wait_status);
+}
+
+sim_exit sim_daemon_stop(sim_daemon *daemon, sim_patience patience) {
+    const sim_patience between_signals = {std::chrono::milliseconds(20)};
+    sim_exit how;
+    bool gone = sim_wait_for(
+        [&] {
+            if (!sim_daemon_signal(*daemon, SIGINT))
+                return true;
+            how = sim_daemon_wait_exit(daemon, between_signals);
+            return how.ended;
+        },
+        patience);
+    return gone ? how : sim_exit{};
+}
+
+sim_exit sim_daemon_kill(sim_daemon *daemon) {
+    if (!sim_daemon_signal(*daemon, SIGKILL))
+        return {};
+    return sim_daemon_wait_exit(daemon);
+}
+
+bool sim_daemon_signal(const sim_daemon &daemon, int signal_number) {
+    return daemon.pid > 0 && kill(daemon.pid, signal_number) == 0;
+}
+
+std::string sim_sanitizer_reports(const std::string &router_dir) {
+    std::string reports;
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator(router_dir, error))
+        if (entry.path().filename().string().rfind("sanitizer.", 0) == 0)
+            reports += sim_read_file(entry.path());
+    return reports;
+}
