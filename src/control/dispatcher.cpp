@@ -13,7 +13,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
@@ -161,7 +161,8 @@ void get_prev_day_usage(int fd, const cmd_t &cmd, reply_t &reply) {
     send_list(fd, reply, rows.get(), count, [](reply_t &to, const config_prev_day_row_t &from) {
         static_assert(sizeof(from) == sizeof(to.prev_day_app_id) + sizeof(to.prev_day_data));
         to.prev_day_app_id = from.app_id;
-        memcpy(to.prev_day_data, &from.current, sizeof(to.prev_day_data));
+        to.prev_day_data[0] = from.current;
+        memcpy(&to.prev_day_data[1], from.previous, sizeof(from.previous));
     });
 }
 
@@ -314,8 +315,9 @@ const command_t *find_command(uint8_t type) {
 
 void utm_app_config_cmd_dispatch(int fd) {
     cmd_t cmd;
-    // One read: a request that arrives in pieces is lost, as is a short one.
-    if (read(fd, &cmd, sizeof(cmd)) != static_cast<ssize_t>(sizeof(cmd)))
+    // One read: a request that arrives in pieces is lost, as is a short one. It never waits: a
+    // lone out-of-band byte makes a connection ready and gives a plain read nothing.
+    if (recv(fd, &cmd, sizeof(cmd), MSG_DONTWAIT) != static_cast<ssize_t>(sizeof(cmd)))
         return;
     reply_t reply = {};
     utm_app_debug_log("[socket] Receive cmd type=%d\n", cmd.type);

@@ -113,6 +113,8 @@ int fd_event_max_fd() {
 }
 
 int fd_event_is_ready(int fd) {
+    if (!fd_event_is_registered(fd))
+        return 0;
     const fd_set *ready = table.kind[fd] == fd_event_read ? &table.ready_read : &table.ready_write;
     return FD_ISSET(fd, ready) ? 1 : 0;
 }

@@ -84,6 +84,10 @@ void utm_app_config_socket_accept(int listening) {
     // The descriptor must be closed in programs from the start: the other thread may be starting
     // one right now.
     const int fd = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC);
+    // Mostly no descriptor was left. The connection stays in the queue and the socket ready: give
+    // the loop a pause instead of a busy wait until descriptors come back.
+    if (fd < 0)
+        fd_event_pause(listening);
     heap_ptr<config_conn> conn(heap_allocate<config_conn>());
     if (conn == nullptr) {
         utm_app_log_always("Socket accept failed because Out of memory!\n");
@@ -91,12 +95,7 @@ void utm_app_config_socket_accept(int listening) {
     }
     conn->state = 0;
     conn->fd = fd;
-    if (fd >= 0)
-        set_send_timeout(fd);
-    else
-        // Mostly no descriptor was left. The connection stays in the queue and the socket ready:
-        // give the loop a pause instead of a busy wait until descriptors come back.
-        fd_event_pause(listening);
+    set_send_timeout(fd);
     fd_event_add(fd, fd_event_read, conn.get());
     if (fd_event_is_registered(fd))
         conn.release();

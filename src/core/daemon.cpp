@@ -12,7 +12,9 @@
 #include "usage/top_apps.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/select.h>
 #include <unistd.h>
 
 std::atomic<int> running{1};
@@ -58,6 +60,16 @@ void signal_handler(int signo) {
         running = 0;
     else if (signo == SIGPIPE)
         utm_app_log_from_signal("Receive SIGPIPE\n");
+}
+
+void utm_app_settle_descriptors() {
+    int fd = open("/dev/null", O_RDWR);
+    while (fd >= 0 && fd <= STDERR_FILENO)
+        fd = open("/dev/null", O_RDWR);
+    if (fd >= 0)
+        close(fd);
+    for (int inherited = STDERR_FILENO + 1; inherited < FD_SETSIZE; ++inherited)
+        fcntl(inherited, F_SETFD, FD_CLOEXEC); // fails harmlessly where there is none
 }
 
 void utm_app_install_signal_handlers() {

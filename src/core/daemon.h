@@ -11,6 +11,11 @@ extern std::atomic<int> running;
 /// the kernel picks, so it only stores a flag or appends one line to the log.
 void signal_handler(int signo);
 
+/// Makes sure of the descriptors that the starter left: 0 to 2 are open, so that no socket takes
+/// their place only to be replaced by the null device, and any other stays out of the programs that
+/// the daemon starts.
+void utm_app_settle_descriptors();
+
 /// Installs `signal_handler` for SIGINT and SIGPIPE. Failures are ignored.
 void utm_app_install_signal_handlers();
 

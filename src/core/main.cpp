@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 int main() {
+    utm_app_settle_descriptors();
     utm_app_install_signal_handlers();
     if (utm_app_config_handler_init() < 0)
         return 1;
@@ -17,5 +18,7 @@ int main() {
     if (running != 0)
         utm_app_main_loop();
     utm_app_config_handler_exit();
-    return 0;
+    // Not by return: the control-socket thread is still at work, and the C library's clean-up would
+    // wait for a stream that it reads from, or pull one away from under it.
+    _exit(0);
 }

@@ -3,6 +3,7 @@
 #include "core/debug_log.h"
 #include "core/heap.h"
 #include "store/enforcement.h"
+#include "store/saturate.h"
 
 namespace {
 
@@ -79,7 +80,9 @@ int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule)
     entry->action = rule->action;
     entry->daily_limit = rule->daily_limit;
     list_push_front(&policy->app_list, &entry->link);
-    policy->app_count += 1;
+    // The old value survives `utm_app_delete_policy`, so filling and deleting lets it climb for
+    // ever.
+    policy->app_count = saturating_sum(policy->app_count, 1);
     if (policy->profile != nullptr)
         utm_app_link_policy_to_usage(policy->profile);
     utm_app_debug_log("Policy %d add app %d action %d limit %d success\n", policy->app_policy_id,

@@ -3,7 +3,7 @@
 #include "core/debug_log.h"
 #include "core/heap.h"
 #include "store/enforcement.h"
-#include "store/minutes.h"
+#include "store/saturate.h"
 
 namespace {
 
@@ -30,13 +30,13 @@ bool has_reached_its_limit(const config_app_usage_t &usage) UTM_REQUIRES(utm_app
 } // namespace
 
 int32_t utm_app_budget_of(const config_user_profile_t *profile) {
-    return minutes_sum(profile->daily_limit, profile->daily_extend);
+    return saturating_sum(profile->daily_limit, profile->daily_extend);
 }
 
 int32_t utm_app_update_profile_usage(config_user_profile_t *profile, int32_t minutes) {
     if (profile == nullptr)
         return -1;
-    profile->daily_used = minutes_sum(profile->daily_used, minutes);
+    profile->daily_used = saturating_sum(profile->daily_used, minutes);
     const int32_t budget = utm_app_budget_of(profile);
     if (!utm_app_feature_is_active() || profile->daily_limit_enable != 1 || profile->blocked != 0 ||
         profile->daily_used < budget)
@@ -53,7 +53,7 @@ int32_t utm_app_update_app_usage(config_user_profile_t *profile, int32_t app_id,
         return -1;
     config_app_usage_t *usage = utm_app_find_app_usage(&profile->app_stat_list, app_id);
     if (usage != nullptr)
-        usage->daily_used = minutes_sum(usage->daily_used, minutes);
+        usage->daily_used = saturating_sum(usage->daily_used, minutes);
     else
         usage = add_app_usage(profile, app_id, minutes);
     if (usage == nullptr)

@@ -7,8 +7,8 @@
 /// `next_day_idx` names the oldest day, the slot that the next finished day overwrites. A new
 /// record's ring is all zero with index 0.
 
-#include "store/minutes.h"
 #include "store/records.h"
+#include "store/saturate.h"
 
 /// Writes a finished day's minutes into the ring and moves on, 29 to 0.
 inline void day_ring_push(config_app_usage_t *usage, int32_t minutes) {
@@ -27,5 +27,5 @@ inline int32_t day_ring_sum(const config_app_usage_t &usage, int32_t first, int3
     int64_t sum = 0;
     for (int32_t days_ago = first; days_ago <= last; ++days_ago)
         sum += day_ring_at(usage, days_ago);
-    return minutes_saturate(sum);
+    return saturate(sum);
 }

@@ -3,7 +3,7 @@
 #include "core/debug_log.h"
 #include "core/heap.h"
 #include "store/enforcement.h"
-#include "store/minutes.h"
+#include "store/saturate.h"
 #include "usage/accounting.h"
 #include "usage/calendar.h"
 
@@ -34,7 +34,7 @@ void unblock(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) 
 void reevaluate(config_user_profile_t *profile, int32_t limit) UTM_REQUIRES(utm_app_config_mutex) {
     if (!utm_app_feature_is_active() || profile->daily_limit_enable != 1)
         return;
-    if (profile->daily_used < minutes_sum(limit, profile->daily_extend))
+    if (profile->daily_used < saturating_sum(limit, profile->daily_extend))
         unblock(profile);
     else
         block(profile);
@@ -178,7 +178,7 @@ int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes) {
                           minutes, profile_id);
         return -1;
     }
-    profile->daily_extend = minutes_sum(profile->daily_extend, minutes);
+    profile->daily_extend = saturating_sum(profile->daily_extend, minutes);
     reevaluate(profile, profile->daily_limit);
     utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
                       profile->daily_extend);

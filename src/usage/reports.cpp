@@ -2,7 +2,7 @@
 
 #include "core/debug_log.h"
 #include "core/heap.h"
-#include "store/minutes.h"
+#include "store/saturate.h"
 #include "usage/calendar.h"
 #include "usage/day_ring.h"
 #include "usage/top_apps.h"
@@ -30,9 +30,9 @@ int32_t finished_week(const config_app_usage_t &usage, int32_t weekday, int32_t 
 int32_t minutes_in_period(const config_app_usage_t &usage, int32_t period, int32_t weekday) {
     const int64_t this_week = int64_t{usage.weekly_used} + usage.daily_used;
     if (period == period_this_month)
-        return minutes_saturate(this_week + usage.monthly_used);
+        return saturate(this_week + usage.monthly_used);
     if (period == period_this_week)
-        return minutes_saturate(this_week);
+        return saturate(this_week);
     if (period > period_this_week)
         return finished_week(usage, weekday, period - period_this_week);
     return period == 0 ? usage.daily_used : day_ring_at(usage, period);
@@ -77,7 +77,7 @@ void fill_row(config_prev_day_row_t *row, const config_app_usage_t &usage, int32
             row->previous[days_ago - 1] = day_ring_at(usage, days_ago);
     if (mode != prev_usage_by_week)
         return;
-    row->current = minutes_sum(usage.daily_used, day_ring_sum(usage, 1, weekday));
+    row->current = saturating_sum(usage.daily_used, day_ring_sum(usage, 1, weekday));
     for (int32_t weeks_ago = 1; weeks_ago <= 3; ++weeks_ago)
         row->previous[weeks_ago - 1] = finished_week(usage, weekday, weeks_ago);
 }

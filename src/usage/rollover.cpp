@@ -1,7 +1,7 @@
 #include "usage/rollover.h"
 
 #include "store/enforcement.h"
-#include "store/minutes.h"
+#include "store/saturate.h"
 #include "usage/calendar.h"
 #include "usage/day_ring.h"
 
@@ -20,10 +20,10 @@ boundary_t boundary_between(time_t last, time_t now) {
 
 /// Closes the day, and the week and month where they end, in three running figures.
 void roll_counters(int32_t *daily, int32_t *weekly, int32_t *monthly, boundary_t boundary) {
-    *weekly = minutes_sum(*weekly, *daily);
+    *weekly = saturating_sum(*weekly, *daily);
     *daily = 0;
     if (boundary.week) {
-        *monthly = minutes_sum(*monthly, *weekly);
+        *monthly = saturating_sum(*monthly, *weekly);
         *weekly = 0;
     }
     if (boundary.month)

@@ -2,13 +2,13 @@
 
 #include "core/debug_log.h"
 #include "core/heap.h"
-#include "store/minutes.h"
+#include "store/saturate.h"
 
 int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes) {
     config_app_usage_t *usage =
         utm_app_find_app_usage(&utm_app_config_global_app_stat_list, app_id);
     if (usage != nullptr) {
-        usage->daily_used = minutes_sum(usage->daily_used, minutes);
+        usage->daily_used = saturating_sum(usage->daily_used, minutes);
         return 0;
     }
     usage = heap_allocate<config_app_usage_t>();
@@ -36,8 +36,8 @@ config_app_minutes_t *copy_top_apps(int32_t *count) UTM_EXCLUDES(utm_app_config_
     }
     config_app_minutes_t *row = apps;
     for (const config_app_usage_t &usage : global_apps())
-        *row++ = {usage.app_id, minutes_saturate(int64_t{usage.daily_used} + usage.weekly_used +
-                                                 usage.monthly_used)};
+        *row++ = {usage.app_id,
+                  saturate(int64_t{usage.daily_used} + usage.weekly_used + usage.monthly_used)};
     return apps;
 }
 

@@ -1,12 +1,12 @@
 #pragma once
-/// Minutes saturate: a counter that would leave 32 bits stays at the end of the range, where a
+/// Sums saturate: a counter that would leave 32 bits stays at the end of the range, where a
 /// wrapped one would turn years of use into a negative figure that blocks nobody.
 
 #include <cstdint>
 #include <limits>
 
 /// @return `value` moved into the range of int32
-inline constexpr int32_t minutes_saturate(int64_t value) {
+constexpr int32_t saturate(int64_t value) {
     using limits = std::numeric_limits<int32_t>;
     if (value > limits::max())
         return limits::max();
@@ -16,6 +16,6 @@ inline constexpr int32_t minutes_saturate(int64_t value) {
 }
 
 /// @return a + b, saturated
-inline constexpr int32_t minutes_sum(int32_t a, int32_t b) {
-    return minutes_saturate(static_cast<int64_t>(a) + b);
+constexpr int32_t saturating_sum(int32_t a, int32_t b) {
+    return saturate(int64_t{a} + b);
 }
