@@ -1,0 +1,390 @@
+#include "core/daemon.h"
+
+#include "control/fd_event.h"
+#include "control/protocol.h"
+#include "control/socket_server.h"
+#include "core/debug_log.h"
+#include "persist/export_schedule.h"
+#include "persist/usage_file.h"
+#include "tests/unit/support/store_state.h"
+#include "tests/unit/support/world.h"
+#include "usage/top_apps.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Daemon : public testing::Test {
+protected:
+    void SetUp() override {
+        world::reset();
+        running = 1;
+    }
+    void TearDown() override {
+        running = 1;
+        signal(SIGINT, SIG_DFL);
+        signal(SIGPIPE, SIG_DFL);
+    }
+};
+
+/// Whether every signal that can be held back is held back while the handler runs.
+bool blocks_everything(const sigset_t &mask) {
+    for (int signo = 1; signo < SIGRTMAX; ++signo)
+        if (signo != SIGKILL && signo != SIGSTOP && (signo < 32 || signo >= SIGRTMIN) &&
+            sigismember(&mask, signo) != 1)
+            return false;
+    return true;
+}
+
+TEST_F(Daemon, InstallsOneHandlerForBothSignals) {
+    constexpr int kept_by_libc = 0x04000000;
+    utm_app_install_signal_handlers();
+    for (const int signo : {SIGINT, SIGPIPE}) {
+        struct sigaction action = {};
+        ASSERT_EQ(sigaction(signo, nullptr, &action), 0);
+        EXPECT_EQ(action.sa_handler, signal_handler) << signo;
+        EXPECT_EQ(action.sa_flags & ~kept_by_libc, SA_RESTART) << signo;
+        EXPECT_TRUE(blocks_everything(action.sa_mask)) << signo;
+    }
+}
+
+TEST_F(Daemon, HandlesEachSignal) {
+    struct {
+        int signo, running_after;
+        const char *story;
+    } const table[] = {
+        {SIGINT, 0, ""}, {SIGPIPE, 1, "log Receive SIGPIPE\n"}, {SIGTERM, 1, ""}, {SIGHUP, 1, ""},
+        {0, 1, ""},
+    };
+    for (const auto &row : table) {
+        SetUp();
+        signal_handler(row.signo);
+        EXPECT_EQ(running, row.running_after) << row.signo;
+        EXPECT_EQ(world::story(), row.story) << row.signo;
+    }
+}
+
+TEST_F(Daemon, LogsSigpipeWhileLoggingIsOff) {
+    ASSERT_EQ(utm_app_debug_set(0), 0);
+    utm_app_install_signal_handlers();
+    raise(SIGPIPE);
+    EXPECT_EQ(world::log(), "Receive SIGPIPE\n");
+}
+
+// ---- Inherited descriptors -----------------------------------------------------------------
+
+/// Puts the standard streams back at its end.
+class DaemonDescriptors : public Daemon {
+protected:
+    void SetUp() override {
+        Daemon::SetUp();
+        for (int fd = 0; fd <= STDERR_FILENO; ++fd)
+            kept_[fd] = dup(fd);
+        ASSERT_EQ(pipe(pipe_), 0);
+    }
+    void TearDown() override {
+        restore();
+        for (const int fd : {kept_[0], kept_[1], kept_[2], pipe_[0], pipe_[1]})
+            close(fd);
+        Daemon::TearDown();
+    }
+    /// For a test that has something to say.
+    void restore() {
+        for (int fd = 0; fd <= STDERR_FILENO; ++fd)
+            dup2(kept_[fd], fd);
+    }
+
+    int kept_[STDERR_FILENO + 1] = {};
+    int pipe_[2] = {};
+};
+
+bool is_null_device(int fd) {
+    struct stat here = {};
+    struct stat null = {};
+    return fstat(fd, &here) == 0 && stat("/dev/null", &null) == 0 && here.st_rdev == null.st_rdev;
+}
+
+/// @return the highest descriptor that is open
+int highest_descriptor() {
+    int highest = -1;
+    for (int fd = 0; fd < FD_SETSIZE; ++fd)
+        if (fcntl(fd, F_GETFD) >= 0)
+            highest = fd;
+    return highest;
+}
+
+TEST_F(DaemonDescriptors, OpenTheStandardStreamsThatTheStarterClosed) {
+    const int highest = highest_descriptor();
+    for (int closed = 0; closed < 8; ++closed) {
+        for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+            dup2(pipe_[0], fd);
+            if ((closed >> fd) % 2 == 1)
+                close(fd);
+        }
+        utm_app_settle_descriptors();
+        const int opened = is_null_device(0) * 1 + is_null_device(1) * 2 + is_null_device(2) * 4;
+        const int highest_after = highest_descriptor();
+        restore();
+        EXPECT_EQ(opened, closed);
+        EXPECT_EQ(highest_after, highest);
+    }
+}
+
+TEST_F(DaemonDescriptors, KeepInheritedOnesOutOfTheProgramsThatItStarts) {
+    const int first = dup(STDIN_FILENO);
+    const int last = dup2(STDIN_FILENO, FD_SETSIZE - 1);
+    utm_app_settle_descriptors();
+    for (const int fd : {first, last})
+        EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC) << fd;
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        EXPECT_EQ(fcntl(fd, F_GETFD), 0) << fd;
+    close(first);
+    close(last);
+}
+
+// ---- The main loop -------------------------------------------------------------------------
+
+/// Runs the main loop until it has slept so many times.
+/// @return the sleeps before each router-wide query, that is, before each tick
+std::vector<int> ticks_within(int sleeps_wanted) {
+    int sleeps = 0;
+    std::vector<int> ticks;
+    world::on_popen([&](const std::string &) {
+        ticks.push_back(sleeps);
+        return std::string();
+    });
+    world::on_sleep([&](unsigned seconds) {
+        EXPECT_EQ(seconds, 1U);
+        if (++sleeps == sleeps_wanted)
+            running = 0;
+    });
+    utm_app_main_loop();
+    EXPECT_EQ(sleeps, sleeps_wanted);
+    return ticks;
+}
+
+TEST_F(Daemon, TicksAtOnceAndThenEverySixtySleeps) {
+    struct {
+        int sleeps;
+        std::vector<int> ticks;
+    } const table[] = {
+        {1, {0}}, {59, {0}}, {60, {0}}, {61, {0, 60}}, {120, {0, 60}}, {121, {0, 60, 120}},
+    };
+    for (const auto &row : table) {
+        SetUp();
+        EXPECT_EQ(ticks_within(row.sleeps), row.ticks) << row.sleeps;
+    }
+}
+
+TEST_F(Daemon, CollectsProfilesBeforeTheRouterInATick) {
+    world::make_profile(1, {world::tablet});
+    ticks_within(1);
+    EXPECT_EQ(world::story(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+                              "'{\"s\":1772625540,\"e\":1772625540,\"mac\":\"001122334455 \"}'\n"
+                              "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+                              "'{\"s\":1772625540,\"e\":1772625540}'\n");
+}
+
+TEST_F(Daemon, FinishesTheTickAndSleepsOnceMoreAfterSigint) {
+    world::make_profile(1, {world::tablet});
+    int queries = 0;
+    int sleeps = 0;
+    world::on_popen([&](const std::string &) {
+        ++queries;
+        signal_handler(SIGINT);
+        return std::string();
+    });
+    world::on_sleep([&](unsigned) { ++sleeps; });
+    utm_app_main_loop();
+    EXPECT_EQ(queries, 2);
+    EXPECT_EQ(sleeps, 1);
+}
+
+TEST_F(Daemon, PutsItsSignalHandlersBackEverySecond) {
+    int sleeps = 0;
+    world::on_sleep([&](unsigned) {
+        struct sigaction action = {};
+        sigaction(SIGINT, nullptr, &action);
+        EXPECT_EQ(action.sa_handler, signal_handler) << sleeps;
+        signal(SIGINT, SIG_IGN);
+        if (++sleeps == 3)
+            running = 0;
+    });
+    utm_app_main_loop();
+    EXPECT_EQ(sleeps, 3);
+}
+
+// ---- Start-up ------------------------------------------------------------------------------
+
+class DaemonStart : public Daemon {
+protected:
+    void TearDown() override {
+        close(listen_fd);
+        listen_fd = -1;
+        fd_event_reset();
+        fs::remove_all(UTM_APP_CONFIG_SOCKET_PATH);
+        Daemon::TearDown();
+    }
+};
+
+TEST_F(DaemonStart, OpensTheControlSocketToEverybody) {
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    struct stat status = {};
+    ASSERT_EQ(stat(UTM_APP_CONFIG_SOCKET_PATH, &status), 0);
+    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777));
+    EXPECT_EQ(fd_event_max_fd(), listen_fd);
+    EXPECT_EQ(world::story(), "");
+}
+
+TEST_F(DaemonStart, TakesOverTheSocketOfAnEarlierRun) {
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    close(listen_fd);
+    EXPECT_EQ(utm_app_config_handler_init(), 0);
+    EXPECT_EQ(world::story(), "");
+}
+
+TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
+    world::set_now(1'772'700'000);
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_config_user_profile_list = {};
+        utm_app_config_app_policy_list = {};
+        utm_app_config_global_app_stat_list = {};
+        utm_app_config_global_app_stat_list_count = 9;
+    }
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    EXPECT_EQ(store_text(), "");
+    EXPECT_EQ(last_export_statistics_ts, 1'772'700'000);
+    const mutex_guard lock(utm_app_config_mutex);
+    EXPECT_TRUE(list_is_empty(&utm_app_config_global_app_stat_list));
+    EXPECT_EQ(utm_app_config_global_app_stat_list_count, 0);
+    EXPECT_EQ(utm_app_config_global_app_stat_last_ts, 1'772'700'000);
+}
+
+TEST_F(DaemonStart, ForgetsDescriptorsOfBefore) {
+    fd_event_add(127, fd_event_read, nullptr);
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    EXPECT_FALSE(fd_event_is_registered(127));
+    EXPECT_TRUE(fd_event_is_registered(listen_fd));
+}
+
+TEST_F(DaemonStart, ReportsASocketThatCannotBeBound) {
+    fs::create_directory(UTM_APP_CONFIG_SOCKET_PATH);
+    EXPECT_LT(utm_app_config_handler_init(), 0);
+    EXPECT_EQ(world::story(), "log Can't bind unix address: /dev/utm_app_config_socket(98)\n"
+                              "log utm_app_config_socket_init_binding failed\n");
+}
+
+TEST_F(DaemonStart, ReportsASocketThatCannotBeBoundWhileLoggingIsOff) {
+    ASSERT_EQ(utm_app_debug_set(0), 0);
+    fs::create_directory(UTM_APP_CONFIG_SOCKET_PATH);
+    EXPECT_LT(utm_app_config_handler_init(), 0);
+    EXPECT_EQ(world::story(), "log utm_app_config_socket_init_binding failed\n");
+}
+
+TEST_F(Daemon, StartsTheControlSocketThread) {
+    const pthread_attr_t *attributes = nullptr;
+    world::thread_body_t *body = nullptr;
+    void *argument = &body;
+    world::on_thread([&](const pthread_attr_t *a, world::thread_body_t *b, void *c) {
+        attributes = a;
+        body = b;
+        argument = c;
+        return 0;
+    });
+    EXPECT_EQ(utm_app_config_handler_start(), 0);
+    EXPECT_EQ(attributes, nullptr);
+    EXPECT_EQ(body, utm_app_config_handler);
+    EXPECT_EQ(argument, nullptr);
+    EXPECT_EQ(world::story(), "log Config handler init success\n");
+}
+
+TEST_F(Daemon, ReportsHowTheThreadStarted) {
+    struct {
+        int error, result;
+        unsigned debug;
+        const char *story;
+    } const table[] = {
+        {0, 0, 1, "log Config handler init success\n"},
+        {0, 0, 0, ""},
+        {EAGAIN, -1, 1, "log Config handler init failed\n"},
+        {EAGAIN, -1, 0, "log Config handler init failed\n"},
+    };
+    for (const auto &row : table) {
+        SetUp();
+        ASSERT_EQ(utm_app_debug_set(row.debug), 0);
+        world::on_thread([&](auto...) { return row.error; });
+        EXPECT_EQ(utm_app_config_handler_start(), row.result);
+        EXPECT_EQ(world::story(), row.story);
+    }
+}
+
+TEST_F(Daemon, EndsTheControlSocketThreadWhenSelectFails) {
+    int passes = 0;
+    world::on_select([&](int, const timeval &) {
+        errno = ++passes < 3 ? EINTR : EBADF;
+        return -1;
+    });
+    fd_event_reset();
+    EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
+    EXPECT_EQ(passes, 3);
+    EXPECT_EQ(world::story(), "log utm_app_config_loop failed\n");
+}
+
+// ---- Shut-down -----------------------------------------------------------------------------
+
+class DaemonExit : public Daemon {
+protected:
+    /// The locks are gone after the exit routine; whoever comes next wants them.
+    void TearDown() override {
+        utm_app_config_mutex.create();
+        utm_app_debug_mutex.create();
+        utm_app_export_import_mutex.create();
+        utm_export_interval_rwlock.create();
+        Daemon::TearDown();
+    }
+};
+
+TEST_F(DaemonExit, ReleasesEverythingAndSaysSo) {
+    config_user_profile_t *profile = world::make_profile(5, {world::tablet});
+    profile->blocked = 1;
+    world::make_policy(4, {{12, 2, 0}}, profile);
+    world::make_profile(3, {world::phone});
+    EXPECT_EQ(utm_app_config_handler_exit(), 0);
+    EXPECT_EQ(world::story(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
+                              "event unblock profile 5\n"
+                              "log send event: unblock profile 5 to use network\n"
+                              "log Delete user profile 5 and unblock all success\n"
+                              "run lcsh apg acl reset AA:BB:CC:DD:EE:0F\n"
+                              "log Delete user profile 3 and unblock all success\n"
+                              "log Flush all profiles success\n"
+                              "log Reset top apps success\n"
+                              "log Config handler exit\n");
+}
+
+TEST_F(DaemonExit, LogsTheEndWhileLoggingIsOff) {
+    ASSERT_EQ(utm_app_debug_set(0), 0);
+    EXPECT_EQ(utm_app_config_handler_exit(), 0);
+    EXPECT_EQ(world::story(), "log Config handler exit\n");
+}
+
+TEST_F(DaemonExit, ForgetsTheTopApplications) {
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_global_app_stat_add(305, 7);
+    }
+    EXPECT_EQ(utm_app_config_handler_exit(), 0);
+    utm_app_config_mutex.create();
+    const mutex_guard lock(utm_app_config_mutex);
+    EXPECT_TRUE(list_is_empty(&utm_app_config_global_app_stat_list));
+    EXPECT_EQ(utm_app_config_global_app_stat_list_count, 0);
+}
+
+} // namespace

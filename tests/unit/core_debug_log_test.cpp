@@ -1,0 +1,319 @@
+#include "core/debug_log.h"
+
+#include "tests/unit/support/world.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string moved_aside = std::string(debug_log_path) + "2";
+const std::string mkdir_line = "run mkdir -p /tmp/utm_log\n";
+const std::string touch_line = "run /bin/touch /tmp/utm_log/utm_app_log\n";
+const std::string mv_line = "run /bin/mv /tmp/utm_log/utm_app_log /tmp/utm_log/utm_app_log2\n";
+
+class DebugLog : public testing::Test {
+protected:
+    void SetUp() override { world::reset(); }
+};
+
+std::string text_of(const std::string &path) {
+    std::ifstream file(path);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// A log file of so many zero bytes.
+void make_log_of(int64_t size) {
+    std::ofstream{debug_log_path};
+    fs::resize_file(debug_log_path, static_cast<uintmax_t>(size));
+}
+
+void switch_logging(unsigned value) {
+    ASSERT_EQ(utm_app_debug_set(value), 0);
+}
+
+TEST_F(DebugLog, AddsNothingToALine) {
+    utm_app_debug_log("Create profile %d success\n", -3);
+    utm_app_log_always("import from %s success\n", "/x");
+    utm_app_debug_log("no line end");
+    utm_app_debug_log("%c %d%%\n", ',', 7);
+    EXPECT_EQ(world::log(), "Create profile -3 success\n"
+                            "import from /x success\n"
+                            "no line end, 7%\n");
+}
+
+TEST_F(DebugLog, WritesALineWithTheLongestPathWhole) {
+    const std::string path(4095, 'p');
+    utm_app_debug_log("import from %s failed\n", path.c_str());
+    EXPECT_EQ(world::log(), "import from " + path + " failed\n");
+}
+
+TEST_F(DebugLog, CreatesNothingForAGatedLineWhileSwitchedOff) {
+    fs::remove_all(debug_log_directory);
+    switch_logging(0);
+    utm_app_debug_log("gated\n");
+    EXPECT_FALSE(fs::exists(debug_log_directory));
+}
+
+TEST_F(DebugLog, CreatesFolderAndFileForAnUngatedLineWhileSwitchedOff) {
+    fs::remove_all(debug_log_directory);
+    switch_logging(0);
+    utm_app_log_always("ungated\n");
+    EXPECT_EQ(world::log(), "ungated\n");
+}
+
+TEST_F(DebugLog, LeavesAnExistingFileAloneWhileSwitchedOff) {
+    utm_app_debug_log("before\n");
+    switch_logging(0);
+    utm_app_debug_log("gated\n");
+    switch_logging(1);
+    utm_app_debug_log("after\n");
+    EXPECT_EQ(world::log(), "before\nafter\n");
+}
+
+TEST_F(DebugLog, KnowsOnlyOnAndOff) {
+    struct {
+        unsigned before, value;
+        int result, after;
+    } const table[] = {
+        {0, 0, 0, 0},  {0, 1, 0, 1},  {1, 0, 0, 0},           {1, 1, 0, 1},           {0, 2, -1, 0},
+        {1, 2, -1, 1}, {1, 3, -1, 1}, {0, 0x80000000, -1, 0}, {1, 0xFFFFFFFF, -1, 1},
+    };
+    for (const auto &row : table) {
+        switch_logging(row.before);
+        EXPECT_EQ(utm_app_debug_set(row.value), row.result) << row.value;
+        EXPECT_EQ(utm_app_debug_get(), row.after) << row.value;
+    }
+}
+
+TEST_F(DebugLog, RunsOnlyTheCommandsThatAreNeeded) {
+    struct {
+        const char *name;
+        bool folder, file;
+        int64_t size;
+        std::string commands;
+    } const table[] = {
+        {"no folder", false, false, 0, mkdir_line + touch_line},
+        {"no file", true, false, 0, touch_line},
+        {"empty file", true, true, 0, ""},
+        {"full file", true, true, debug_log_size_limit, ""},
+        {"oversized file", true, true, debug_log_size_limit + 1, mv_line},
+    };
+    for (const auto &row : table) {
+        world::reset();
+        switch_logging(0);
+        fs::remove_all(debug_log_directory);
+        if (row.folder)
+            fs::create_directory(debug_log_directory);
+        if (row.file)
+            make_log_of(row.size);
+        world::intercept_log_commands();
+        std::string commands;
+        world::on_system([&](const std::string &line) {
+            commands += "run " + line + "\n";
+            return 0;
+        });
+        utm_app_log_always("line\n");
+        EXPECT_EQ(commands, row.commands) << row.name;
+    }
+}
+
+TEST_F(DebugLog, DropsTheLineWhenThereIsStillNoFile) {
+    fs::remove_all(debug_log_directory);
+    world::intercept_log_commands();
+    utm_app_debug_log("dropped\n");
+    EXPECT_EQ(world::story(), mkdir_line + touch_line);
+    EXPECT_FALSE(fs::exists(debug_log_directory));
+}
+
+TEST_F(DebugLog, DropsTheLineWhenTheFileWasNotCreatedInAnExistingFolder) {
+    fs::remove(debug_log_path);
+    world::intercept_log_commands();
+    world::on_system([](const std::string &) { return 256; });
+    utm_app_debug_log("dropped\n");
+    EXPECT_EQ(world::story(), touch_line);
+    EXPECT_FALSE(fs::exists(debug_log_path));
+}
+
+TEST_F(DebugLog, DropsTheLineWhenTheFileCannotBeOpened) {
+    fs::remove(debug_log_path);
+    fs::create_directory(debug_log_path);
+    utm_app_debug_log("dropped\n");
+    utm_app_log_from_signal("dropped\n");
+    EXPECT_TRUE(fs::is_empty(debug_log_path));
+    fs::remove(debug_log_path);
+}
+
+TEST_F(DebugLog, DropsTheLineWhenAFileStandsInPlaceOfTheFolder) {
+    fs::remove_all(debug_log_directory);
+    std::ofstream(debug_log_directory) << "in the way";
+    world::intercept_log_commands();
+    utm_app_debug_log("dropped\n");
+    utm_app_log_from_signal("dropped\n");
+    EXPECT_EQ(world::story(), touch_line);
+    EXPECT_EQ(text_of(debug_log_directory), "in the way");
+    fs::remove(debug_log_directory);
+}
+
+TEST_F(DebugLog, KeepsAFileOfExactlyTheLimit) {
+    make_log_of(5'242'880);
+    utm_app_debug_log("line\n");
+    EXPECT_EQ(fs::file_size(debug_log_path), 5'242'880U + 5);
+    EXPECT_FALSE(fs::exists(moved_aside));
+}
+
+TEST_F(DebugLog, MovesAFileAsideThatIsOneByteOverTheLimit) {
+    make_log_of(5'242'881);
+    utm_app_debug_log("line\n");
+    EXPECT_EQ(world::log(), "line\n");
+    EXPECT_EQ(fs::file_size(moved_aside), 5'242'881U);
+}
+
+TEST_F(DebugLog, KeepsOneOlderGeneration) {
+    std::ofstream(moved_aside) << "the generation before";
+    make_log_of(5'242'876);
+    utm_app_debug_log("full\n");
+    utm_app_debug_log("next\n");
+    EXPECT_EQ(world::log(), "next\n");
+    EXPECT_EQ(fs::file_size(moved_aside), 5'242'881U);
+    EXPECT_EQ(std::distance(fs::directory_iterator(debug_log_directory), {}), 2);
+}
+
+TEST_F(DebugLog, AppendsToAnOversizedFileThatCannotBeMoved) {
+    make_log_of(5'242'881);
+    world::intercept_log_commands();
+    world::on_system([](const std::string &) { return 256; });
+    utm_app_debug_log("line\n");
+    EXPECT_EQ(fs::file_size(debug_log_path), 5'242'881U + 5);
+    EXPECT_FALSE(fs::exists(moved_aside));
+}
+
+TEST_F(DebugLog, ComesBackAfterTheFolderIsDeleted) {
+    utm_app_debug_log("first\n");
+    fs::remove_all(debug_log_directory);
+    utm_app_debug_log("second\n");
+    EXPECT_EQ(world::log(), "second\n");
+}
+
+TEST_F(DebugLog, FollowsARotationFromOutside) {
+    utm_app_debug_log("first\n");
+    fs::rename(debug_log_path, moved_aside);
+    utm_app_debug_log("second\n");
+    EXPECT_EQ(text_of(moved_aside), "first\n");
+    EXPECT_EQ(world::log(), "second\n");
+}
+
+TEST_F(DebugLog, HasReleasedItsMutexWhenItTouchesTheFile) {
+    fs::remove_all(debug_log_directory);
+    world::intercept_log_commands();
+    std::vector<int> held;
+    world::on_system([&](const std::string &) {
+        held.push_back(pthread_mutex_trylock(&utm_app_debug_mutex.native));
+        if (held.back() == 0)
+            pthread_mutex_unlock(&utm_app_debug_mutex.native);
+        return 0;
+    });
+    utm_app_debug_log("line\n");
+    EXPECT_EQ(held, (std::vector<int>{0, 0}));
+}
+
+TEST_F(DebugLog, WritesUngatedLinesWithoutTheMutex) {
+    const mutex_guard lock(utm_app_debug_mutex);
+    utm_app_log_always("at the end\n");
+    utm_app_log_from_signal("from a signal\n");
+    EXPECT_EQ(world::log(), "at the end\nfrom a signal\n");
+}
+
+TEST_F(DebugLog, CreatesFolderAndFileFromASignalWithoutACommand) {
+    fs::remove_all(debug_log_directory);
+    switch_logging(0);
+    world::intercept_log_commands();
+    utm_app_log_from_signal("100% fixed text\n");
+    EXPECT_EQ(world::story(), "log 100% fixed text\n");
+}
+
+TEST_F(DebugLog, MovesAnOversizedFileAsideFromASignalWithoutACommand) {
+    struct {
+        int64_t size;
+        bool moved;
+    } const table[] = {{5'242'880, false}, {5'242'881, true}};
+    for (const auto &row : table) {
+        world::reset();
+        make_log_of(row.size);
+        world::intercept_log_commands();
+        utm_app_log_from_signal("line\n");
+        EXPECT_EQ(fs::exists(moved_aside), row.moved);
+        EXPECT_EQ(fs::file_size(debug_log_path),
+                  row.moved ? 5U : static_cast<uintmax_t>(row.size) + 5U);
+    }
+}
+
+TEST_F(DebugLog, KeepsErrnoFromASignal) {
+    errno = EINTR;
+    utm_app_log_from_signal("to an existing file\n");
+    EXPECT_EQ(errno, EINTR);
+    fs::remove_all(debug_log_directory);
+    errno = EAGAIN;
+    utm_app_log_from_signal("to a new file\n");
+    EXPECT_EQ(errno, EAGAIN);
+    fs::remove(debug_log_path);
+    fs::create_directory(debug_log_path);
+    errno = 0;
+    utm_app_log_from_signal("to no file\n");
+    EXPECT_EQ(errno, 0);
+    fs::remove(debug_log_path);
+}
+
+constexpr int writers = 4;
+constexpr int lines_each = 250;
+
+/// Has several threads write numbered lines, while this one does something else.
+template <typename Write, typename Meanwhile>
+void write_from_threads(Write write, Meanwhile meanwhile) {
+    std::vector<std::thread> threads;
+    for (int writer = 0; writer < writers; ++writer)
+        threads.emplace_back([=] {
+            for (int line = 0; line < lines_each; ++line)
+                write(writer * lines_each + line);
+        });
+    meanwhile();
+    for (std::thread &thread : threads)
+        thread.join();
+}
+
+/// @return how often each number was written; a line that is not whole counts for nothing
+std::vector<int> numbers_written() {
+    std::vector<int> times(writers * lines_each);
+    std::ifstream file(debug_log_path);
+    for (std::string line; std::getline(file, line);) {
+        size_t number = 0;
+        if (sscanf(line.c_str(), "line %zu of", &number) == 1 && number < times.size() &&
+            line == "line " + std::to_string(number) + " of many")
+            ++times[number];
+        else
+            ADD_FAILURE() << "torn: " << line;
+    }
+    return times;
+}
+
+TEST_F(DebugLog, KeepsEveryLineOfConcurrentWritersWhole) {
+    write_from_threads([](int number) { utm_app_debug_log("line %d of many\n", number); }, [] {});
+    EXPECT_EQ(numbers_written(), std::vector<int>(writers * lines_each, 1));
+}
+
+TEST_F(DebugLog, CanBeSwitchedWhileOthersWrite) {
+    write_from_threads([](int number) { utm_app_debug_log("line %d of many\n", number); },
+                       [] {
+                           for (unsigned turn = 0; turn < 1001; ++turn)
+                               switch_logging(turn % 2);
+                       });
+    EXPECT_EQ(utm_app_debug_get(), 0);
+    for (const int times : numbers_written())
+        EXPECT_LE(times, 1);
+}
+
+} // namespace

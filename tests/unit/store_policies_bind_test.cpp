@@ -1,0 +1,167 @@
+#include "store/policies.h"
+
+#include "tests/unit/support/store_state.h"
+#include "tests/unit/support/world.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class PolicyBinding : public testing::Test {
+protected:
+    void SetUp() override { world::reset(); }
+};
+
+const std::vector<world::mac_t> both = {world::tablet, world::phone};
+
+TEST_F(PolicyBinding, BlocksEveryDeviceEvenWhileTheFeatureIsOff) {
+    for (const bool active : {false, true}) {
+        SetUp();
+        world::make_profile(1, both);
+        world::make_policy(4, {{12, 2, 0}});
+        world::set_active(active);
+        EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
+        EXPECT_EQ(world::story(), "log block device to use 12\n"
+                                  "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
+                                  "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+                                  "log Add policy 4 to profile 1 success\n");
+        EXPECT_EQ(policy_text(4), "policy 4: profile 1, 1 apps: 12 action 2 limit 0;\n");
+    }
+}
+
+TEST_F(PolicyBinding, BlocksRuleByRuleInListOrderAndChangesNoFlag) {
+    config_user_profile_t *profile = world::make_profile(1, {world::tablet});
+    world::make_usage(profile, {{10, 59}, {20, 60}, {30, 61}, {40, 5}});
+    world::make_policy(4, {{10, 1, 60}, {20, 1, 60}, {30, 1, 60}, {40, 2, 0}, {50, 1, 0}});
+    EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
+    EXPECT_EQ(world::story(), "log block device to use 40\n"
+                              "run lcsh apg acl set 00:11:22:33:44:55 40 0 18\n"
+                              "log block device to use 30 because exceed limit\n"
+                              "run lcsh apg acl set 00:11:22:33:44:55 30 0 18\n"
+                              "log block device to use 20 because exceed limit\n"
+                              "run lcsh apg acl set 00:11:22:33:44:55 20 0 18\n"
+                              "log Add policy 4 to profile 1 success\n");
+    EXPECT_EQ(store_text(),
+              "profile 1: enable 0, limit 1440+0, used 0/0/0, blocked 0, since 1772625600, "
+              "policy 4\n"
+              " week 0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"
+              " 1 devices \"001122334455 \": 00:11:22:33:44:55\n"
+              " 4 apps: 10 used 59/0/0 blocked 0 ruled; 20 used 60/0/0 blocked 0 ruled; "
+              "30 used 61/0/0 blocked 0 ruled; 40 used 5/0/0 blocked 0 ruled;\n"
+              "policy 4: profile 1, 5 apps: 50 action 1 limit 0; 40 action 2 limit 0 used; "
+              "30 action 1 limit 60 used; 20 action 1 limit 60 used; "
+              "10 action 1 limit 60 used;\n");
+}
+
+TEST_F(PolicyBinding, WritesItsLinesForAProfileWithoutDevicesToo) {
+    world::make_usage(world::make_profile(1), {{20, 60}});
+    world::make_policy(4, {{20, 1, 60}, {40, 2, 0}});
+    EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
+    EXPECT_EQ(world::story(), "log block device to use 40\n"
+                              "log block device to use 20 because exceed limit\n"
+                              "log Add policy 4 to profile 1 success\n");
+}
+
+TEST_F(PolicyBinding, IsRefusedWithoutAChange) {
+    struct {
+        const char *name;
+        int32_t profile_id, policy_id;
+        const char *story;
+    } const table[] = {
+        {"no profile", 9, 4, "log Add policy 4 to profile 9 failed because profile not exist\n"},
+        {"neither", 9, 8, "log Add policy 8 to profile 9 failed because profile not exist\n"},
+        {"second policy", 1, 5,
+         "log Add policy 5 to profile 1 failed because already has policy\n"},
+        {"same policy", 1, 4, "log Add policy 4 to profile 1 failed because already has policy\n"},
+        {"second and missing", 1, 8,
+         "log Add policy 8 to profile 1 failed because already has policy\n"},
+        {"no policy", 2, 8, ""},
+        {"another profile's policy", 2, 4, ""},
+    };
+    world::make_policy(4, {{12, 2, 0}}, world::make_profile(1, both));
+    world::make_policy(5, {{13, 2, 0}});
+    world::make_profile(2, both);
+    const std::string before = store_text();
+    for (const auto &row : table) {
+        EXPECT_EQ(utm_app_add_policy_to_profile(row.profile_id, row.policy_id), -1) << row.name;
+        EXPECT_EQ(world::story(), row.story) << row.name;
+        EXPECT_EQ(store_text(), before) << row.name;
+    }
+}
+
+TEST_F(PolicyBinding, ReleasesTheStoreOnEveryPath) {
+    world::make_policy(4, {}, world::make_profile(1));
+    world::make_profile(2);
+    world::make_policy(5, {});
+    for (const int32_t profile_id : {9, 1, 2})
+        for (const int32_t policy_id : {9, 4, 5}) {
+            (void)!utm_app_add_policy_to_profile(profile_id, policy_id);
+            ASSERT_EQ(pthread_mutex_trylock(&utm_app_config_mutex.native), 0);
+            pthread_mutex_unlock(&utm_app_config_mutex.native);
+        }
+    EXPECT_EQ(policy_text(5), "policy 5: profile 2, 0 apps:\n");
+}
+
+TEST_F(PolicyBinding, IsStillInForceAfterTheRulesWereDeletedAndRefilled) {
+    config_user_profile_t *profile = world::make_profile(1, {world::tablet});
+    world::make_usage(profile, {{12, 5}});
+    world::make_policy(4, {{12, 2, 0}}, profile);
+    world::set_active(true);
+    ASSERT_EQ(utm_app_delete_policy(4), 0);
+    const config_policy_rule_t rule = {12, 1, 5};
+    ASSERT_EQ(utm_app_add_apps_to_policy(4, &rule, 1), 0);
+    EXPECT_EQ(world::story(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
+                              "log Policy 4 add app 12 action 1 limit 5 success\n"
+                              "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
+                              "log Add apps to policy 4 success\n");
+    EXPECT_EQ(policy_text(4), "policy 4: profile 1, 2 apps: 12 action 1 limit 5 used;\n");
+}
+
+// ---- After an import -----------------------------------------------------------------------
+
+void relink_and_enforce(config_user_profile_t *profile) {
+    const mutex_guard lock(utm_app_config_mutex);
+    utm_app_relink_and_enforce(profile);
+}
+
+TEST_F(PolicyBinding, BlocksWhatIsOverItsLimitAfterAnImportWhateverTheAction) {
+    for (const bool active : {false, true}) {
+        SetUp();
+        config_user_profile_t *profile = world::make_profile(1, both);
+        world::make_policy(
+            4, {{10, 1, 60}, {20, 1, 60}, {30, 2, 60}, {40, 2, 60}, {50, 2, 0}, {60, 1, 0}},
+            profile);
+        world::make_usage(profile, {{10, 59}, {20, 60}, {30, 61}, {40, 59}, {60, 0}});
+        world::set_active(active);
+        const std::string before = store_text();
+        relink_and_enforce(profile);
+        EXPECT_EQ(world::story(),
+                  "log block device to use 60 because exceed limit\n" + block_lines(both, 60) +
+                      "log block device to use 30 because exceed limit\n" + block_lines(both, 30) +
+                      "log block device to use 20 because exceed limit\n" + block_lines(both, 20));
+        EXPECT_EQ(store_text(), before);
+    }
+}
+
+TEST_F(PolicyBinding, LinksAnewAfterAnImport) {
+    config_user_profile_t *profile = world::make_profile(1, both);
+    world::make_policy(4, {{10, 1, 60}, {20, 1, 60}}, profile);
+    world::make_usage(profile, {{20, 5}, {10, 5}});
+    for (config_app_usage_t &usage : apps_of(profile))
+        usage.policy_app = nullptr;
+    relink_and_enforce(profile);
+    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(profile_text(1).substr(profile_text(1).find(" 2 apps")),
+              " 2 apps: 20 used 5/0/0 blocked 0 ruled; 10 used 5/0/0 blocked 0 ruled;\n");
+}
+
+TEST_F(PolicyBinding, DoesNothingAfterAnImportWithoutAPolicy) {
+    config_user_profile_t *profile = world::make_profile(1, both);
+    world::make_usage(profile, {{10, 500}});
+    const std::string before = store_text();
+    relink_and_enforce(profile);
+    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(store_text(), before);
+}
+
+} // namespace

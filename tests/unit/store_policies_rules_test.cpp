@@ -1,0 +1,270 @@
+#include "store/policies.h"
+
+#include "tests/unit/support/store_state.h"
+#include "tests/unit/support/world.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class PolicyRules : public testing::Test {
+protected:
+    void SetUp() override { world::reset(); }
+};
+
+const std::vector<world::mac_t> both = {world::tablet, world::phone};
+constexpr int no_record = -1;
+
+enum bound_t { unbound, bound };
+enum feature_t { off, on };
+enum lines_t { nothing, blocks, unblocks };
+
+/// A rule set for application 12 of policy 4, and what comes of it.
+struct rule_case {
+    feature_t feature;
+    bound_t binding;
+    int used, blocked; ///< of the profile's usage record; `no_record` for none
+    int action, limit; ///< of the rule that is set
+    lines_t lines;     ///< what is run on each device of the profile
+    int blocked_after; ///< `no_record` where there is none
+};
+
+std::string name_of(const rule_case &row) {
+    return std::string(row.feature == on ? "on" : "off") +
+           (row.binding == bound ? ", bound" : ", unbound") + ", used " + std::to_string(row.used) +
+           ", blocked " + std::to_string(row.blocked) + ", action " + std::to_string(row.action) +
+           ", limit " + std::to_string(row.limit);
+}
+
+std::string lines_of(lines_t lines) {
+    return lines == blocks     ? block_lines(both, 12)
+           : lines == unblocks ? unblock_lines(both, 12)
+                               : "";
+}
+
+/// A profile with two devices and, bound to it or not, policy 4 with the rules given.
+config_app_policy_t *make_state(const rule_case &row,
+                                const std::vector<config_policy_rule_t> &rules) {
+    world::reset();
+    config_user_profile_t *profile = world::make_profile(1, both);
+    config_app_policy_t *policy =
+        world::make_policy(4, rules, row.binding == bound ? profile : nullptr);
+    if (row.used != no_record) {
+        world::make_usage(profile, {{12, row.used}});
+        usage_of(profile, 12)->blocked = row.blocked;
+    }
+    world::set_active(row.feature == on);
+    return policy;
+}
+
+int32_t set_rule(config_app_policy_t *policy, const rule_case &row) {
+    const config_policy_rule_t rule = {12, row.action, row.limit};
+    const mutex_guard lock(utm_app_config_mutex);
+    return utm_app_set_rule(policy, &rule);
+}
+
+/// The usage record as it should be, with its rule or without.
+std::string expected_usage(const rule_case &row, bool ruled) {
+    if (row.used == no_record)
+        return " 0 apps:\n";
+    return " 1 apps: 12 used " + std::to_string(row.used) + "/0/0 blocked " +
+           std::to_string(row.blocked_after) + (ruled && row.binding == bound ? " ruled" : "") +
+           ";\n";
+}
+
+std::string expected_policy(const rule_case &row, bool ruled) {
+    const std::string head =
+        std::string("policy 4: profile ") + (row.binding == bound ? "1, " : "none, ");
+    if (!ruled)
+        return head + "0 apps:\n";
+    return head + "1 apps: 12 action " + std::to_string(row.action) + " limit " +
+           std::to_string(row.limit) +
+           (row.binding == bound && row.used != no_record ? " used;\n" : ";\n");
+}
+
+std::string usage_and_policy() {
+    const std::string profile = profile_text(1);
+    return profile.substr(profile.rfind("\n", profile.size() - 2) + 1) + policy_text(4);
+}
+
+std::string log_line(const char *verb, const rule_case &row) {
+    return std::string("log Policy 4 ") + verb + " app 12 action " + std::to_string(row.action) +
+           " limit " + std::to_string(row.limit) + " success\n";
+}
+
+TEST_F(PolicyRules, ThatAreNewBlockWhatTheyBlockNow) {
+    const rule_case table[] = {
+        // Blocked for good: the lines need the feature, the flag only needs the record.
+        {off, unbound, no_record, 0, 2, 0, nothing, no_record},
+        {on, unbound, no_record, 0, 2, 0, nothing, no_record},
+        {on, unbound, 50, 0, 2, 0, nothing, 0},
+        {off, bound, no_record, 0, 2, 0, nothing, no_record},
+        {on, bound, no_record, 0, 2, 0, blocks, no_record},
+        {off, bound, 50, 0, 2, 60, nothing, 1},
+        {on, bound, 50, 0, 2, 60, blocks, 1},
+        {on, bound, 0, 0, 2, 60, blocks, 1},
+        {on, bound, 50, 1, 2, 60, blocks, 1},
+        {off, bound, 50, 1, 2, 60, nothing, 1},
+        // Limited: blocked from the minute on that reaches the limit.
+        {on, unbound, no_record, 0, 1, 0, nothing, no_record},
+        {on, unbound, 50, 0, 1, 50, nothing, 0},
+        {on, bound, no_record, 0, 1, 0, nothing, no_record},
+        {on, bound, 49, 0, 1, 50, nothing, 0},
+        {on, bound, 50, 0, 1, 50, blocks, 1},
+        {on, bound, 51, 0, 1, 50, blocks, 1},
+        {on, bound, 0, 0, 1, 0, blocks, 1},
+        {on, bound, 0, 0, 1, -1, blocks, 1},
+        {on, bound, 50, 1, 1, 50, blocks, 1},
+        {on, bound, 49, 1, 1, 50, nothing, 1},
+        {off, bound, 49, 0, 1, 50, nothing, 0},
+        {off, bound, 50, 0, 1, 50, nothing, 0},
+        {off, bound, no_record, 0, 1, 0, nothing, no_record},
+    };
+    for (const rule_case &row : table) {
+        SCOPED_TRACE(name_of(row));
+        config_app_policy_t *policy = make_state(row, {});
+        EXPECT_EQ(set_rule(policy, row), 0);
+        EXPECT_EQ(world::story(), log_line("add", row) + lines_of(row.lines));
+        EXPECT_EQ(usage_and_policy(), expected_usage(row, true) + expected_policy(row, true));
+    }
+}
+
+TEST_F(PolicyRules, ThatAreUpdatedBringTheDevicesInLine) {
+    const rule_case table[] = {
+        // Blocked for good.
+        {off, unbound, no_record, 0, 2, 5, nothing, no_record},
+        {on, unbound, no_record, 0, 2, 5, nothing, no_record},
+        {on, unbound, 50, 0, 2, 5, nothing, 0},
+        {off, bound, no_record, 0, 2, 5, nothing, no_record},
+        {on, bound, no_record, 0, 2, 5, blocks, no_record},
+        {off, bound, 50, 0, 2, 60, nothing, 1},
+        {on, bound, 50, 0, 2, 60, blocks, 1},
+        {on, bound, 50, 1, 2, 60, blocks, 1},
+        // Limited.
+        {on, unbound, no_record, 0, 1, 50, nothing, no_record},
+        {on, bound, no_record, 0, 1, 50, unblocks, no_record},
+        {on, bound, no_record, 0, 1, 0, unblocks, no_record},
+        {on, bound, 49, 1, 1, 50, unblocks, 0},
+        {on, bound, 49, 0, 1, 50, nothing, 0},
+        {on, bound, 50, 0, 1, 50, blocks, 1},
+        {on, bound, 51, 0, 1, 50, blocks, 1},
+        {on, bound, 50, 1, 1, 50, nothing, 1},
+        {on, bound, 0, 0, 1, 0, blocks, 1},
+        {off, bound, no_record, 0, 1, 50, nothing, no_record},
+        {off, bound, 49, 1, 1, 50, nothing, 1},
+        {off, bound, 50, 0, 1, 50, nothing, 0},
+        {off, unbound, no_record, 0, 1, 50, nothing, no_record},
+    };
+    for (const rule_case &row : table)
+        for (const int32_t action_before : {1, 2}) {
+            SCOPED_TRACE(name_of(row) + ", before " + std::to_string(action_before));
+            config_app_policy_t *policy = make_state(row, {{12, action_before, 77}});
+            EXPECT_EQ(set_rule(policy, row), 0);
+            EXPECT_EQ(world::story(), log_line("update", row) + lines_of(row.lines));
+            EXPECT_EQ(usage_and_policy(), expected_usage(row, true) + expected_policy(row, true));
+        }
+}
+
+TEST_F(PolicyRules, ThatAreRemovedReleaseTheDevices) {
+    const rule_case table[] = {
+        {off, unbound, no_record, 0, 0, 0, nothing, no_record},
+        {on, unbound, no_record, 0, 0, 0, nothing, no_record},
+        {on, unbound, 50, 1, 0, 0, nothing, 1}, // another profile's business
+        {on, bound, no_record, 0, 0, 0, unblocks, no_record},
+        {on, bound, 50, 0, 0, 0, unblocks, 0},
+        {on, bound, 50, 1, 0, 99, unblocks, 0},
+        {off, bound, no_record, 0, 0, 0, nothing, no_record},
+        {off, bound, 50, 0, 0, 0, nothing, 0},
+        {off, bound, 50, 1, 0, 0, nothing, 0},
+    };
+    for (const rule_case &row : table)
+        for (const int32_t action_before : {1, 2}) {
+            SCOPED_TRACE(name_of(row) + ", before " + std::to_string(action_before));
+            config_app_policy_t *policy = make_state(row, {{12, action_before, 77}});
+            EXPECT_EQ(set_rule(policy, row), 0);
+            EXPECT_EQ(world::story(), log_line("update", row) + lines_of(row.lines));
+            EXPECT_EQ(usage_and_policy(), expected_usage(row, false) + expected_policy(row, false));
+        }
+}
+
+TEST_F(PolicyRules, ThatDoNotExistAreRemovedWithoutATrace) {
+    const rule_case table[] = {
+        {on, unbound, no_record, 0, 0, 5, nothing, no_record},
+        {on, bound, no_record, 0, 0, 5, nothing, no_record},
+        {on, bound, 50, 1, 0, 5, nothing, 1},
+        {off, bound, 50, 1, 0, 5, nothing, 1},
+    };
+    for (const rule_case &row : table) {
+        SCOPED_TRACE(name_of(row));
+        config_app_policy_t *policy = make_state(row, {});
+        EXPECT_EQ(set_rule(policy, row), 0);
+        EXPECT_EQ(world::story(), "");
+        EXPECT_EQ(usage_and_policy(), expected_usage(row, false) + expected_policy(row, false));
+    }
+}
+
+TEST_F(PolicyRules, AreRefusedWithoutPolicyOrRuleOrKnownAction) {
+    config_app_policy_t *policy = world::make_policy(4, {{12, 1, 30}});
+    const std::string before = store_text();
+    const config_policy_rule_t good = {12, 2, 0};
+    const config_policy_rule_t odd[] = {{12, 3, 0}, {12, -1, 0}, {13, 3, 0}, {13, -1, 0}};
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        EXPECT_EQ(utm_app_set_rule(nullptr, &good), -1);
+        EXPECT_EQ(utm_app_set_rule(policy, nullptr), -1);
+        EXPECT_EQ(utm_app_set_rule(nullptr, nullptr), -1);
+        for (const config_policy_rule_t &rule : odd)
+            EXPECT_EQ(utm_app_set_rule(policy, &rule), -1) << rule.action;
+    }
+    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(store_text(), before);
+}
+
+TEST_F(PolicyRules, LeaveOtherRulesAndOtherApplicationsAlone) {
+    config_user_profile_t *profile = world::make_profile(1, both);
+    world::make_usage(profile, {{11, 90}, {12, 90}, {13, 90}});
+    world::make_policy(4, {{11, 1, 60}, {13, 1, 60}}, profile);
+    world::set_active(true);
+    const config_policy_rule_t rule = {12, 2, 0};
+    EXPECT_EQ(utm_app_update_app_in_policy(4, &rule), 0);
+    EXPECT_EQ(usage_and_policy(),
+              " 3 apps: 11 used 90/0/0 blocked 0 ruled; 12 used 90/0/0 blocked 1 ruled; "
+              "13 used 90/0/0 blocked 0 ruled;\n"
+              "policy 4: profile 1, 3 apps: 12 action 2 limit 0 used; 13 action 1 limit 60 used; "
+              "11 action 1 limit 60 used;\n");
+}
+
+TEST_F(PolicyRules, UnblockEveryDeviceWhenABlockBecomesALimitNotYetReached) {
+    config_user_profile_t *profile = world::make_profile(1, both);
+    world::make_usage(profile, {{12, 30}});
+    world::make_policy(4, {}, profile);
+    world::set_active(true);
+    const config_policy_rule_t rules[] = {{12, 2, 0}, {12, 1, 31}};
+    EXPECT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0);
+    EXPECT_EQ(world::story(), "log Policy 4 add app 12 action 2 limit 0 success\n"
+                              "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
+                              "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+                              "log Policy 4 update app 12 action 1 limit 31 success\n"
+                              "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
+                              "run lcsh apg acl del AA:BB:CC:DD:EE:0F 12 0\n"
+                              "log Add apps to policy 4 success\n");
+    EXPECT_EQ(usage_of(profile, 12)->blocked, 0);
+}
+
+TEST_F(PolicyRules, SucceedAlthoughTheirLinesFail) {
+    world::make_policy(4, {}, world::make_profile(1, {world::tablet}));
+    world::set_active(true);
+    world::on_system([](const std::string &) { return 256; });
+    const config_policy_rule_t rules[] = {{12, 2, 0}, {12, 0, 0}};
+    EXPECT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0);
+    EXPECT_EQ(world::story(),
+              "log Policy 4 add app 12 action 2 limit 0 success\n"
+              "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
+              "log Command lcsh apg acl set 00:11:22:33:44:55 12 0 18 return 256\n"
+              "log Policy 4 update app 12 action 0 limit 0 success\n"
+              "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
+              "log Command lcsh apg acl del 00:11:22:33:44:55 12 0 return 256 != 0\n"
+              "log Add apps to policy 4 success\n");
+}
+
+} // namespace

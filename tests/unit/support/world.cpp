@@ -1,0 +1,341 @@
+#include "tests/unit/support/world.h"
+
+#include "core/debug_log.h"
+#include "core/heap.h"
+#include "persist/export_schedule.h"
+#include "store/policies.h"
+#include "store/profiles.h"
+#include "store/qvutm_notify.h"
+#include "store/store.h"
+#include "usage/accounting.h"
+#include "usage/top_apps.h"
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <sys/mman.h>
+#include <sys/select.h>
+#include <sys/time.h>
+#include <unistd.h>
+#include <utility>
+
+extern "C" {
+int __real_system(const char *line);
+int __real_pclose(FILE *pipe);
+void *__real_calloc(size_t count, size_t size);
+void *__real_realloc(void *old, size_t size);
+int __real_select(int descriptors, fd_set *read, fd_set *write, fd_set *except, timeval *timeout);
+int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
+                          world::thread_body_t *body, void *argument);
+}
+
+namespace {
+
+struct state_t {
+    std::string told;
+    size_t log_told = 0; ///< bytes of the log file that are in the story already
+    time_t now = world::default_now;
+    std::function<int(const std::string &)> answer_system;
+    std::function<std::string(const std::string &)> answer_popen;
+    std::function<void(unsigned)> answer_sleep;
+    std::function<int(int, const timeval &)> answer_select;
+    std::function<int(const pthread_attr_t *, world::thread_body_t *, void *)> answer_thread;
+    bool intercept_log_commands = false;
+    int popen_until_failure = 0;
+    int allocations = 0;
+    int allocation_to_fail = 0;
+    bool fail_onwards = false;
+    std::set<FILE *> pipes;
+};
+
+state_t state;
+
+/// Writes what the log has gained into the story, so that both keep one order.
+void tell_log() {
+    const std::string text = world::log();
+    if (text.size() < state.log_told)
+        state.log_told = 0;
+    std::istringstream lines(text.substr(state.log_told));
+    state.log_told = text.size();
+    for (std::string line; std::getline(lines, line);)
+        state.told += "log " + line + "\n";
+}
+
+void tell(const std::string &line) {
+    tell_log();
+    state.told += line + "\n";
+}
+
+bool is_log_command(const std::string &line) {
+    return line.starts_with("mkdir -p /tmp/utm_log") ||
+           line.starts_with("/bin/touch /tmp/utm_log") || line.starts_with("/bin/mv /tmp/utm_log");
+}
+
+bool is_allocation_to_fail() {
+    ++state.allocations;
+    if (state.allocation_to_fail == 0)
+        return false;
+    return state.fail_onwards ? state.allocations >= state.allocation_to_fail
+                              : state.allocations == state.allocation_to_fail;
+}
+
+/// A readable stream of a text of any length.
+FILE *stream_of(const std::string &text) {
+    const int fd = memfd_create("reply", MFD_CLOEXEC);
+    if (fd < 0 || write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+        abort();
+    lseek(fd, 0, SEEK_SET);
+    return fdopen(fd, "r");
+}
+
+void empty_store() {
+    utm_app_flush_profiles();
+    const mutex_guard lock(utm_app_config_mutex);
+    utm_app_clear_global_app_stat();
+    for (config_app_policy_t &policy : all_policies())
+        utm_app_destroy_policy(&policy);
+}
+
+void empty_log() {
+    std::filesystem::remove_all(debug_log_directory);
+    std::filesystem::create_directory(debug_log_directory);
+    std::ofstream{debug_log_path};
+}
+
+} // namespace
+
+// ---- What the linker puts behind the daemon's doors ----------------------------------------
+
+extern "C" {
+
+int __wrap_system(const char *line) {
+    if (is_log_command(line) && !state.intercept_log_commands)
+        return __real_system(line);
+    tell(std::string("run ") + line);
+    return state.answer_system ? state.answer_system(line) : 0;
+}
+
+FILE *__wrap_popen(const char *line, const char *) {
+    if (state.popen_until_failure > 0 && --state.popen_until_failure == 0) {
+        tell(std::string("query failed ") + line);
+        return nullptr;
+    }
+    tell(std::string("query ") + line);
+    FILE *pipe = stream_of(state.answer_popen ? state.answer_popen(line) : std::string());
+    state.pipes.insert(pipe);
+    return pipe;
+}
+
+int __wrap_pclose(FILE *pipe) {
+    if (state.pipes.erase(pipe) == 0)
+        return __real_pclose(pipe);
+    return fclose(pipe);
+}
+
+int __wrap_gettimeofday(timeval *now, void *) {
+    *now = {state.now, 0};
+    return 0;
+}
+
+void *__wrap_calloc(size_t count, size_t size) {
+    return is_allocation_to_fail() ? nullptr : __real_calloc(count, size);
+}
+
+void *__wrap_realloc(void *old, size_t size) {
+    return is_allocation_to_fail() ? nullptr : __real_realloc(old, size);
+}
+
+unsigned __wrap_sleep(unsigned seconds) {
+    if (state.answer_sleep)
+        state.answer_sleep(seconds);
+    return 0;
+}
+
+int __wrap_select(int descriptors, fd_set *read, fd_set *write, fd_set *except, timeval *timeout) {
+    if (state.answer_select)
+        return state.answer_select(descriptors, *timeout);
+    return __real_select(descriptors, read, write, except, timeout);
+}
+
+int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
+                          world::thread_body_t *body, void *argument) {
+    if (state.answer_thread)
+        return state.answer_thread(attributes, body, argument);
+    return __real_pthread_create(thread, attributes, body, argument);
+}
+
+int __wrap_send_utm_notify_event(const utm_notify_event_t *event) {
+    utm_notify_event_t expected = {};
+    expected.type = 128;
+    expected.profile_id = event->profile_id;
+    expected.action = event->action;
+    const bool is_clean = memcmp(event, &expected, sizeof(expected)) == 0;
+    tell(std::string("event ") + (event->action == 0 ? "block" : "unblock") + " profile " +
+         std::to_string(event->profile_id) + (is_clean ? "" : " (with stray bytes)"));
+    return 0;
+}
+
+int __wrap_send_utm_notify_event_status_changed(int feature, int status) {
+    tell("status_changed " + std::to_string(feature) + " " + std::to_string(status));
+    return 0;
+}
+
+} // extern "C"
+
+namespace world {
+
+void reset() {
+    static bool is_first = true;
+    state.answer_system = nullptr;
+    state.intercept_log_commands = false;
+    state.fail_onwards = false;
+    state.allocation_to_fail = 0;
+    if (is_first) {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_store_init(default_now);
+        is_first = false;
+    }
+    empty_store();
+    empty_log();
+    set_active(false);
+    if (utm_app_debug_set(1) != 0 || utm_app_set_export_interval(30) != 0)
+        abort();
+    state = {};
+    set_zone("UTC");
+    const mutex_guard lock(utm_app_config_mutex);
+    utm_app_store_init(default_now);
+}
+
+std::string story() {
+    tell_log();
+    return std::exchange(state.told, {});
+}
+
+std::string log() {
+    std::ifstream file(debug_log_path);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+void set_now(time_t now) {
+    state.now = now;
+}
+
+void set_zone(const char *zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+}
+
+time_t local(int year, int month, int day, int hour, int minute, int second) {
+    tm fields = {};
+    fields.tm_year = year - 1900;
+    fields.tm_mon = month - 1;
+    fields.tm_mday = day;
+    fields.tm_hour = hour;
+    fields.tm_min = minute;
+    fields.tm_sec = second;
+    fields.tm_isdst = -1;
+    return mktime(&fields);
+}
+
+void on_system(std::function<int(const std::string &)> answer) {
+    state.answer_system = std::move(answer);
+}
+
+void intercept_log_commands() {
+    state.intercept_log_commands = true;
+}
+
+void on_popen(std::function<std::string(const std::string &)> answer) {
+    state.answer_popen = std::move(answer);
+}
+
+void fail_popen(int nth) {
+    state.popen_until_failure = nth;
+}
+
+void fail_allocation(int nth) {
+    state.allocations = 0;
+    state.allocation_to_fail = nth;
+    state.fail_onwards = false;
+}
+
+void fail_allocations_from(int nth) {
+    fail_allocation(nth);
+    state.fail_onwards = true;
+}
+
+int allocations() {
+    return state.allocations;
+}
+
+void on_sleep(std::function<void(unsigned)> answer) {
+    state.answer_sleep = std::move(answer);
+}
+
+void on_select(std::function<int(int, const timeval &)> answer) {
+    state.answer_select = std::move(answer);
+}
+
+void on_thread(std::function<int(const pthread_attr_t *, thread_body_t *, void *)> answer) {
+    state.answer_thread = std::move(answer);
+}
+
+int open_pipes() {
+    return static_cast<int>(state.pipes.size());
+}
+
+void close_pipes() {
+    for (FILE *pipe : state.pipes)
+        fclose(pipe);
+    state.pipes.clear();
+}
+
+config_user_profile_t *make_profile(int32_t id, const std::vector<mac_t> &devices) {
+    const std::string before = story();
+    if (utm_app_create_profile(id) != 0)
+        abort();
+    for (const mac_t &mac : devices)
+        if (utm_app_add_device(id, mac.data()) != 0)
+            abort();
+    story();
+    state.told = before;
+    const mutex_guard lock(utm_app_config_mutex);
+    return utm_app_find_profile(id);
+}
+
+void make_usage(config_user_profile_t *profile, const std::vector<config_app_minutes_t> &apps) {
+    const mutex_guard lock(utm_app_config_mutex);
+    for (auto app = apps.rbegin(); app != apps.rend(); ++app) {
+        config_app_usage_t *usage = heap_allocate<config_app_usage_t>();
+        usage->app_id = app->app_id;
+        usage->daily_used = app->minutes;
+        list_push_front(&profile->app_stat_list, &usage->link);
+        profile->app_count += 1;
+    }
+    utm_app_link_policy_to_usage(profile);
+}
+
+config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rule_t> &rules,
+                                 config_user_profile_t *profile) {
+    const std::string before = story();
+    if (utm_app_create_policy(id) != id)
+        abort();
+    if (utm_app_add_apps_to_policy(id, rules.data(), static_cast<int32_t>(rules.size())) != 0)
+        abort();
+    if (profile != nullptr && utm_app_add_policy_to_profile(profile->user_profile_id, id) != 0)
+        abort();
+    story();
+    state.told = before;
+    const mutex_guard lock(utm_app_config_mutex);
+    return utm_app_find_policy(id);
+}
+
+void set_active(bool active) {
+    const mutex_guard lock(utm_app_config_mutex);
+    activate = active ? 1 : 0;
+}
+
+} // namespace world

@@ -1,0 +1,111 @@
+#pragma once
+/// The world that a unit test sees: stand-ins behind the daemon's doors to the outside.
+///
+/// The linker puts these behind `system`, `popen`, the clock, the notification calls and the
+/// allocator. Everything that the daemon does to the outside becomes one line of the *story*, in
+/// the order in which it happened, log lines included:
+///
+///     log Create profile 3 success
+///     run lcsh apg acl set 00:1A:2B:3C:4D:5E 305 0 18
+///     event block profile 3
+///     status_changed 1 1
+///     query ubus -t 2 call ...
+///
+/// A test builds the smallest state, acts once, and compares the whole story.
+
+#include "store/records.h"
+
+#include <cstdint>
+#include <ctime>
+#include <functional>
+#include <pthread.h>
+#include <string>
+#include <sys/time.h>
+#include <vector>
+
+namespace world {
+
+/// Back to the beginning: an empty store, the feature and every stand-in's settings at their
+/// start values, debug logging on, an empty log, the clock at `default_now`, the zone UTC.
+void reset();
+
+/// Wednesday, 4 March 2026, 12:00:00 UTC.
+inline constexpr time_t default_now = 1'772'625'600;
+
+/// What happened since the last call of `story` or `reset`, one line each.
+std::string story();
+
+/// The log file's whole text.
+std::string log();
+
+/// Sets what `gettimeofday` answers.
+void set_now(time_t now);
+
+/// Sets the zone of the machine, such as "Europe/Berlin" or "UTC".
+void set_zone(const char *zone);
+
+/// @return the instant of a local time in the zone that is set
+time_t local(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
+
+/// Answers `system`: the raw wait status for a command line. Lines of the log itself (mkdir,
+/// touch, mv) really run and are not asked for, unless `intercept_log_commands` is set; then they
+/// do not run and appear in the story.
+void on_system(std::function<int(const std::string &line)> answer);
+void intercept_log_commands();
+
+/// Answers `popen`: the text that the program prints. Without one, programs print nothing.
+void on_popen(std::function<std::string(const std::string &line)> answer);
+
+/// Makes the `nth` call of `popen` from now fail (1 is the next one).
+void fail_popen(int nth);
+
+/// Makes the `nth` `calloc` or `realloc` of the daemon's code from now fail (1 is the next one);
+/// 0 counts without failing.
+void fail_allocation(int nth);
+
+/// Makes every allocation from the `nth` one on fail, until `fail_allocation(0)`.
+void fail_allocations_from(int nth);
+
+/// @return calls of `calloc` and `realloc` since the last `fail_allocation...` or `reset`
+int allocations();
+
+/// Pipes opened with `popen` and not closed yet.
+int open_pipes();
+/// Closes those that are left open on purpose.
+void close_pipes();
+
+/// Answers `sleep`, which returns at once and is no part of the story.
+void on_sleep(std::function<void(unsigned seconds)> answer);
+
+/// Answers `select` with the sets left as they are, so that all that is watched is ready. Without
+/// an answer the real one is called.
+void on_select(std::function<int(int descriptors, const timeval &timeout)> answer);
+
+/// Answers `pthread_create`, which then starts nothing. Without an answer it is the real one.
+using thread_body_t = void *(void *);
+void on_thread(
+    std::function<int(const pthread_attr_t *attributes, thread_body_t *body, void *argument)>
+        answer);
+
+// ---- The smallest states -------------------------------------------------------------------
+
+using mac_t = std::vector<uint8_t>;
+/// Two addresses, defined here so that a test's own constants may be made of them.
+inline const mac_t tablet = {0x00, 0x11, 0x22, 0x33, 0x44, 0x55};
+inline const mac_t phone = {0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0x0F};
+
+/// Creates a profile with devices, without a trace in the story.
+config_user_profile_t *make_profile(int32_t id, const std::vector<mac_t> &devices = {});
+
+/// Gives a profile usage records, the first one given being the first in the list.
+void make_usage(config_user_profile_t *profile, const std::vector<config_app_minutes_t> &apps);
+
+/// Creates a policy whose rules are added in the order given, bound when a profile is given;
+/// without a trace in the story.
+config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rule_t> &rules,
+                                 config_user_profile_t *profile = nullptr);
+
+/// Sets the feature switch without its side effects.
+void set_active(bool active);
+
+} // namespace world

@@ -1,0 +1,246 @@
+#include "usage/calendar.h"
+
+#include "tests/unit/support/world.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using world::local;
+
+constexpr time_t day = 24 * 60 * 60;
+
+class Calendar : public testing::Test {
+protected:
+    void SetUp() override { world::reset(); }
+};
+
+/// What the four boundary tests say of two instants: "dwmy", a dash where nothing changed.
+std::string changes(time_t last, time_t now) {
+    std::string text;
+    text += utm_app_is_day_changed(last, now) == 1 ? 'd' : '-';
+    text += utm_app_is_week_changed(last, now) == 1 ? 'w' : '-';
+    text += utm_app_is_month_changed(last, now) == 1 ? 'm' : '-';
+    text += utm_app_is_year_changed(last, now) == 1 ? 'y' : '-';
+    return text;
+}
+
+struct boundary_case_t {
+    const char *name;
+    int last[6];
+    int now[6];
+    const char *forward;  ///< from last to now
+    const char *backward; ///< from now to last: a clock that was set back
+};
+
+time_t instant(const int (&fields)[6]) {
+    return local(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
+}
+
+// 1 March 2026 is a Sunday, 1 January 2026 a Thursday, 1 January 2023 a Sunday.
+const boundary_case_t boundaries[] = {
+    {"within a minute", {2026, 3, 4, 12, 0, 0}, {2026, 3, 4, 12, 0, 59}, "----", "----"},
+    {"within a day", {2026, 3, 4, 0, 0, 0}, {2026, 3, 4, 23, 59, 59}, "----", "----"},
+    {"midnight in mid-week", {2026, 3, 4, 23, 59, 59}, {2026, 3, 5, 0, 0, 0}, "d---", "dw--"},
+    {"midnight into Saturday", {2026, 3, 6, 23, 59, 59}, {2026, 3, 7, 0, 0, 0}, "d---", "dw--"},
+    {"midnight into Sunday", {2026, 3, 7, 23, 59, 59}, {2026, 3, 8, 0, 0, 0}, "dw--", "d---"},
+    {"midnight into Monday", {2026, 3, 8, 23, 59, 59}, {2026, 3, 9, 0, 0, 0}, "d---", "dw--"},
+    {"a month", {2026, 3, 31, 23, 59, 59}, {2026, 4, 1, 0, 0, 0}, "d-m-", "dwm-"},
+    {"a month that starts on Sunday",
+     {2026, 2, 28, 23, 59, 0},
+     {2026, 3, 1, 0, 0, 0},
+     "dwm-",
+     "d-m-"},
+    {"January into February", {2025, 1, 31, 23, 59, 59}, {2025, 2, 1, 0, 0, 0}, "d-m-", "dwm-"},
+    {"a year", {2025, 12, 31, 23, 59, 59}, {2026, 1, 1, 0, 0, 0}, "d-my", "dwmy"},
+    {"a year that starts on Sunday",
+     {2022, 12, 31, 23, 59, 59},
+     {2023, 1, 1, 0, 0, 0},
+     "dwmy",
+     "d-my"},
+    {"into 29 February", {2024, 2, 28, 23, 59, 59}, {2024, 2, 29, 0, 0, 0}, "d---", "dw--"},
+    {"out of 29 February", {2024, 2, 29, 23, 59, 59}, {2024, 3, 1, 0, 0, 0}, "d-m-", "dwm-"},
+    {"out of 28 February", {2025, 2, 28, 23, 59, 59}, {2025, 3, 1, 0, 0, 0}, "d-m-", "dwm-"},
+    // Narrow on purpose: each test looks at one field.
+    {"a month to the day", {2026, 3, 5, 10, 0, 0}, {2026, 4, 5, 10, 0, 0}, "-wm-", "--m-"},
+    {"a year to the day", {2025, 3, 5, 10, 0, 0}, {2026, 3, 5, 10, 0, 0}, "---y", "-w-y"},
+    {"a week", {2026, 3, 4, 10, 0, 0}, {2026, 3, 11, 10, 0, 0}, "d---", "d---"},
+    {"eight days", {2026, 3, 4, 10, 0, 0}, {2026, 3, 12, 10, 0, 0}, "d---", "dw--"},
+    {"six days", {2026, 3, 4, 10, 0, 0}, {2026, 3, 10, 10, 0, 0}, "dw--", "d---"},
+};
+
+TEST_F(Calendar, SeesEachBoundaryInBothDirections) {
+    for (const char *zone : {"UTC", "Europe/Berlin", "America/Santiago", "Asia/Kathmandu"}) {
+        world::set_zone(zone);
+        for (const boundary_case_t &c : boundaries) {
+            const time_t last = instant(c.last);
+            const time_t now = instant(c.now);
+            EXPECT_EQ(changes(last, now), c.forward) << c.name << " in " << zone;
+            EXPECT_EQ(changes(now, last), c.backward) << c.name << " backwards in " << zone;
+            EXPECT_EQ(changes(last, last), "----") << c.name << " in " << zone;
+        }
+    }
+}
+
+TEST_F(Calendar, CountsDaysInTheLocalZone) {
+    // 23:30 UTC on Saturday is Sunday already in Berlin.
+    const time_t last = local(2026, 3, 7, 22, 59);
+    const time_t now = local(2026, 3, 7, 23, 30);
+    EXPECT_EQ(changes(last, now), "----");
+    world::set_zone("Europe/Berlin");
+    EXPECT_EQ(changes(last, now), "dw--");
+}
+
+TEST_F(Calendar, FollowsAZoneThatIsSetWhileTheDaemonRuns) {
+    world::set_now(local(2026, 3, 7, 23, 30));
+    EXPECT_EQ(utm_app_current_weekday(), 6);
+    setenv("TZ", "Europe/Berlin", 1);
+    EXPECT_EQ(utm_app_current_weekday(), 0);
+}
+
+TEST_F(Calendar, KeepsTheDayWhenClocksChangeAtNight) {
+    const time_t spring = local(2026, 3, 29, 0, 59, 59);
+    const time_t autumn = local(2026, 10, 25, 0, 59, 59);
+    world::set_zone("Europe/Berlin");
+    for (const time_t before : {spring, autumn})
+        EXPECT_EQ(changes(before, before + 1), "----") << before;
+    // The day that the clocks change is 23 or 25 hours long, and one day all the same.
+    EXPECT_EQ(local(2026, 3, 30) - local(2026, 3, 29), day - 3600);
+    EXPECT_EQ(changes(local(2026, 3, 29), local(2026, 3, 30) - 1), "----");
+    EXPECT_EQ(changes(local(2026, 3, 30) - 1, local(2026, 3, 30)), "d---");
+    EXPECT_EQ(local(2026, 10, 26) - local(2026, 10, 25), day + 3600);
+    EXPECT_EQ(changes(local(2026, 10, 25), local(2026, 10, 26) - 1), "----");
+    EXPECT_EQ(changes(local(2026, 10, 26) - 1, local(2026, 10, 26)), "d---");
+}
+
+TEST_F(Calendar, FollowsClocksThatChangeAtMidnight) {
+    world::set_zone("America/Santiago");
+    // Sunday, 6 September 2026 starts at 01:00: midnight itself does not exist.
+    const time_t spring = local(2026, 9, 6, 1);
+    EXPECT_EQ(changes(spring - 1, spring), "dw--");
+    EXPECT_EQ(spring - local(2026, 9, 5), day);
+    // The last hour of Saturday, 4 April 2026 comes twice before Sunday starts.
+    const time_t second_hour = local(2026, 4, 5) - 3600;
+    EXPECT_EQ(changes(second_hour - 1, second_hour), "----");
+    EXPECT_EQ(changes(second_hour - 3601, second_hour), "----");
+    EXPECT_EQ(changes(second_hour, second_hour + 3599), "----");
+    EXPECT_EQ(changes(second_hour + 3599, second_hour + 3600), "dw--");
+}
+
+TEST_F(Calendar, NumbersTheDaysOfTheWeekFromSunday) {
+    for (int weekday = 0; weekday < 7; ++weekday) {
+        world::set_now(local(2026, 3, 1 + weekday));
+        EXPECT_EQ(utm_app_current_weekday(), weekday);
+        world::set_now(local(2026, 3, 1 + weekday, 23, 59, 59));
+        EXPECT_EQ(utm_app_current_weekday(), weekday);
+    }
+}
+
+struct leap_case_t {
+    int32_t year;
+    int32_t month;
+    int32_t days;
+};
+
+const leap_case_t leap_counts[] = {
+    {2024, 3, 490}, {2024, 12, 490}, {2025, 1, 490},  {2025, 2, 490},   {2025, 3, 491},
+    {2026, 3, 491}, {2027, 3, 491},  {2027, 12, 491}, {2028, 1, 491},   {2028, 2, 491},
+    {2028, 3, 491}, {2029, 3, 492},  {2020, 3, 489},  {2021, 2, 489},   {2021, 3, 490},
+    {2000, 3, 485}, {2001, 1, 485},  {2000, 2, 484},  {1999, 12, 484},  {1970, 3, 477},
+    {1970, 1, 477}, {1900, 3, 460},  {2100, 3, 509},  {400, 3, 97},     {100, 3, 24},
+    {1, 1, 0},      {0, 3, 0},       {0, 1, 0},       {-2000, 3, -485},
+};
+
+TEST_F(Calendar, CountsLeapDaysInFloatingPoint) {
+    for (const leap_case_t &c : leap_counts)
+        EXPECT_EQ(utm_app_leap_days(c.year, c.month), c.days) << c.year << "-" << c.month;
+}
+
+TEST_F(Calendar, AddsTheFractionsOfLeapDaysBeforeItCutsThem) {
+    // 97 leap days in 400 years: the sum of the fractions, and not of three whole numbers.
+    for (int32_t year = 0; year < 10'000; ++year) {
+        EXPECT_EQ(utm_app_leap_days(year, 3), year * 97 / 400);
+        EXPECT_EQ(utm_app_leap_days(year + 1, 2), year * 97 / 400);
+    }
+}
+
+struct day_number_case_t {
+    int date[3];
+    int64_t number;
+};
+
+TEST_F(Calendar, NumbersADayByYearMonthAndLeapDays) {
+    const day_number_case_t cases[] = {
+        {{1970, 1, 1}, 365 * 1970 + 1 + 477},          {{2025, 1, 1}, 365 * 2025 + 1 + 490},
+        {{2025, 3, 1}, 365 * 2025 + 1 + 59 + 491},     {{2024, 2, 29}, 365 * 2024 + 29 + 31 + 490},
+        {{2026, 12, 31}, 365 * 2026 + 31 + 334 + 491},
+    };
+    for (const day_number_case_t &c : cases)
+        EXPECT_EQ(utm_app_day_number(local(c.date[0], c.date[1], c.date[2], 13)), c.number)
+            << c.date[0] << "-" << c.date[1] << "-" << c.date[2];
+}
+
+struct between_case_t {
+    int a[3];
+    int b[3];
+    int32_t days;
+};
+
+const between_case_t distances[] = {
+    {{2025, 2, 28}, {2025, 3, 1}, 2},    {{2024, 2, 29}, {2024, 3, 1}, 0},
+    {{2024, 2, 28}, {2024, 3, 1}, 1},    {{2024, 2, 28}, {2024, 2, 29}, 1},
+    {{2025, 1, 1}, {2026, 1, 1}, 366},   {{2024, 1, 1}, {2025, 1, 1}, 365},
+    {{2026, 3, 4}, {2026, 3, 4}, 0},     {{2026, 3, 4}, {2026, 3, 11}, 7},
+    {{2025, 12, 31}, {2026, 1, 1}, 1},   {{2026, 1, 31}, {2026, 2, 1}, 1},
+    {{2000, 1, 1}, {2000, 12, 31}, 365}, {{1970, 1, 1}, {2026, 1, 1}, 56 * 365 + 14},
+};
+
+TEST_F(Calendar, CountsTheDaysBetweenTwoDatesInBothDirections) {
+    for (const char *zone : {"UTC", "Europe/Berlin", "America/Santiago"}) {
+        world::set_zone(zone);
+        for (const between_case_t &c : distances) {
+            const time_t a = local(c.a[0], c.a[1], c.a[2], 12);
+            const time_t b = local(c.b[0], c.b[1], c.b[2], 12);
+            EXPECT_EQ(utm_app_days_between(a, b), c.days) << zone << " " << a << " " << b;
+            EXPECT_EQ(utm_app_days_between(b, a), -c.days) << zone << " " << b << " " << a;
+        }
+    }
+}
+
+TEST_F(Calendar, MiscountsOnlyTheDayAfterTheEndOfSomeFebruaries) {
+    std::string miscounts;
+    for (time_t noon = local(2020, 1, 1, 12); noon < local(2032, 1, 1); noon += day) {
+        const int32_t days = utm_app_days_between(noon, noon + day);
+        char date[32];
+        tm fields = {};
+        strftime(date, sizeof(date), "%Y-%m-%d", gmtime_r(&noon, &fields));
+        if (days != 1)
+            miscounts += std::string(date) + ": " + std::to_string(days) + "\n";
+    }
+    EXPECT_EQ(miscounts, "2020-02-29: 0\n"
+                         "2021-02-28: 2\n"
+                         "2024-02-29: 0\n"
+                         "2025-02-28: 2\n"
+                         "2028-02-29: 0\n"
+                         "2029-02-28: 2\n");
+}
+
+TEST_F(Calendar, CountsLocalDatesAndNotHours) {
+    world::set_zone("Europe/Berlin");
+    EXPECT_EQ(utm_app_days_between(local(2026, 3, 4, 23, 59, 59), local(2026, 3, 5)), 1);
+    EXPECT_EQ(utm_app_days_between(local(2026, 3, 4), local(2026, 3, 4, 23, 59, 59)), 0);
+    // Across the short and the long day.
+    EXPECT_EQ(utm_app_days_between(local(2026, 3, 29), local(2026, 3, 30)), 1);
+    EXPECT_EQ(utm_app_days_between(local(2026, 10, 25), local(2026, 10, 26)), 1);
+    EXPECT_EQ(utm_app_days_between(local(2026, 10, 25), local(2026, 10, 25, 23, 59)), 0);
+}
+
+TEST_F(Calendar, SaysMinusOneForADistanceBeyond32Bits) {
+    // Years that a tm holds only just: about 2.1 thousand million years are 784 thousand million
+    // days.
+    const time_t far = time_t{60'000'000'000'000'000};
+    EXPECT_EQ(utm_app_days_between(0, far), -1);
+    EXPECT_EQ(utm_app_days_between(far, 0), -1);
+}
+
+} // namespace

@@ -1,0 +1,197 @@
+#include "usage/collector.h"
+
+#include "tests/unit/support/render.h"
+#include "tests/unit/support/world.h"
+
+#include "store/store.h"
+
+#include <gtest/gtest.h>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define UTM_BUFFERS_ARE_COPIED
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define UTM_BUFFERS_ARE_COPIED
+#endif
+
+namespace {
+
+/// A reply that no router gives. The sanitizers' allocators copy a buffer at each of its steps,
+/// which makes minutes of ten megabytes.
+#ifdef UTM_BUFFERS_ARE_COPIED
+constexpr size_t very_long = 1'000'000;
+#else
+constexpr size_t very_long = 10'000'000;
+#endif
+
+/// Both collectors run against replies that the statistics service ought not to give.
+class OddReplies : public testing::Test {
+protected:
+    void SetUp() override {
+        world::reset();
+        config_user_profile_t *profile = world::make_profile(3, {world::phone});
+        world::make_usage(profile, {{7, 1}});
+        profile->daily_used = 2;
+    }
+
+    /// The store after a tick whose queries are answered with `reply`, without the times.
+    static std::string store_after(const std::string &reply) {
+        world::on_popen([&reply](const std::string &) { return reply; });
+        EXPECT_EQ(utm_app_update_app_status(), 0);
+        EXPECT_EQ(utm_app_update_global_app_status(), 0);
+        EXPECT_EQ(world::open_pipes(), 0);
+        return world::render_store();
+    }
+};
+
+constexpr char figure[] = R"({"type":"APP","app_id":7,"total_time_usage":4})";
+
+std::string around(const std::string &before, const std::string &after) {
+    return "{\"data\":[" + before + figure + after + "]}";
+}
+
+std::string nested(int depth) {
+    return std::string(static_cast<size_t>(depth), '[') +
+           std::string(static_cast<size_t>(depth), ']');
+}
+
+/// Nothing, before the tick and after a tick without a figure.
+constexpr char untouched[] =
+    "profile 3: devices 1 [AABBCCDDEE0F ], enabled 0, limit 1440 + 0, used 2/0/0, blocked 0, "
+    "collected +0, apps 1, policy none\n"
+    "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
+    "  app 7: used 1/0/0, blocked 0, days [] next 0\n"
+    "router: apps 0, collected +0\n";
+
+/// The figure above, counted once.
+constexpr char counted[] =
+    "profile 3: devices 1 [AABBCCDDEE0F ], enabled 0, limit 1440 + 0, used 2/0/0, blocked 0, "
+    "collected +0, apps 1, policy none\n"
+    "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
+    "  app 7: used 5/0/0, blocked 0, days [] next 0\n"
+    "router: apps 1, collected +0\n"
+    "  app 7: used 4/0/0, blocked 0, days [] next 0\n";
+
+TEST_F(OddReplies, ChangeNothingWithoutAFigure) {
+    const std::string replies[] = {
+        "",
+        "\n",
+        "   \n\n",
+        "null",
+        "true",
+        "7",
+        "\"data\"",
+        "[]",
+        R"([{"type":"APP","app_id":7,"total_time_usage":4}])",
+        "{}",
+        "{\"data\":null}",
+        "{\"data\":7}",
+        "{\"data\":\"APP\"}",
+        "{\"data\":{}}",
+        "{\"data\":[]}",
+        "{\"data\":[null,null]}",
+        "{\"data\":[7,1.5,true,\"APP\",[],{},[{\"type\":\"APP\"}]]}",
+        std::string("{\"date\":[") + figure + "]}",
+        std::string("{\"data\":{\"data\":[") + figure + "]}}",
+        std::string("{\"data\":[[") + figure + "]]}",
+        std::string("{\"data\":[") + figure + "],\"data\":[]}",
+        R"({"data":[{"app_id":7,"total_time_usage":4}]})",
+        R"({"data":[{"type":"APP","total_time_usage":4}]})",
+        R"({"data":[{"type":"APP","app_id":7}]})",
+        R"({"data":[{"type":"OTHER","app_id":7,"total_time_usage":4}]})",
+        R"({"data":[{"type":null,"app_id":7,"total_time_usage":4}]})",
+        R"({"data":[{"type":7,"app_id":7,"total_time_usage":4}]})",
+        "{\"data\":" + nested(100) + "}",
+        nested(100'000),
+        std::string("{\"data\":[") + nested(100) + "," + figure + "]}",
+        "Command failed: Request timed out\n",
+        "Command failed: Not found\n{\"data\":[]}\n",
+        std::string("trailing {\"data\":[") + figure + "]}",
+        std::string("\0{\"data\":[", 10) + figure + "]}",
+        "\xFF\xFE\x80{\"data\":[]}",
+        std::string(very_long, ' '),
+        std::string(very_long, '['),
+    };
+    ASSERT_EQ(world::render_store(), untouched);
+    for (const std::string &reply : replies)
+        EXPECT_EQ(store_after(reply), untouched) << reply.substr(0, 100);
+}
+
+TEST_F(OddReplies, CountAFigureAmongElementsOfAnyOtherShape) {
+    const std::string replies[] = {
+        around("null,", ",null"),
+        around("7,1e300,true,\"APP\",[],{},", ""),
+        around(nested(20) + ",", ""),
+        around(R"({"type":"OTHER","app_id":7,"total_time_usage":9},)", ""),
+        around(R"({"type":"APP","app_id":7},)", R"(,{"total_time_usage":9})"),
+        around("", "") + " and some more text",
+        around("", "") + "}}}}",
+        around("", "") + "\n\n",
+        around(" \n\t ", "\n"),
+        around("", "") + std::string("\0{\"data\":[]}", 12),
+        around("{\"x\":\"\xFF\xFE\"},", ""),
+        "{\"status\":0,\"data\":[" + std::string(figure) + "],\"more\":{}}",
+        std::string("{\"data\":[],\"data\":[") + figure + "]}",
+        R"({"data":[{"unit":"min","type":"APP","total_time_usage":"4","x":[1],"app_id":"7"}]})",
+        R"({"data":[{"type":"APP","app_id":7.9,"total_time_usage":4.9}]})",
+        around(std::string(very_long, ' '), ""),
+    };
+    for (const std::string &reply : replies) {
+        EXPECT_EQ(store_after(reply), counted) << reply.substr(0, 100);
+        SetUp();
+    }
+}
+
+TEST_F(OddReplies, AddUpAnApplicationThatIsThereTwice) {
+    const std::string twice = around("", std::string(",") + figure);
+    EXPECT_EQ(store_after(twice),
+              "profile 3: devices 1 [AABBCCDDEE0F ], enabled 0, limit 1440 + 0, used 2/0/0, "
+              "blocked 0, collected +0, apps 1, policy none\n"
+              "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
+              "  app 7: used 9/0/0, blocked 0, days [] next 0\n"
+              "router: apps 1, collected +0\n"
+              "  app 7: used 8/0/0, blocked 0, days [] next 0\n");
+}
+
+TEST_F(OddReplies, ChangeNothingWhenTheyEndTooEarly) {
+    const std::string whole =
+        "{\"data\":[" + std::string(figure) + R"(,{"type":"INTERNET","app_id":0,)" +
+        R"("total_time_usage":"12\u0041"},{"type":"APP","app_id":-5,"total_time_usage":1.5e0}]})";
+    for (size_t length = 0; length < whole.size(); ++length)
+        EXPECT_EQ(store_after(whole.substr(0, length)), untouched) << whole.substr(0, length);
+    EXPECT_NE(store_after(whole), untouched);
+}
+
+TEST_F(OddReplies, CountNegativeAndHugeFiguresWithinTheRange) {
+    const std::string reply = R"({"data":[)"
+                              R"({"type":"APP","app_id":7,"total_time_usage":99999999999},)"
+                              R"({"type":"APP","app_id":7,"total_time_usage":1},)"
+                              R"({"type":"INTERNET","app_id":0,"total_time_usage":1e300},)"
+                              R"({"type":"APP","app_id":-1e300,"total_time_usage":-9e99},)"
+                              R"({"type":"APP","app_id":-1e300,"total_time_usage":-1}]})";
+    EXPECT_EQ(store_after(reply),
+              "profile 3: devices 1 [AABBCCDDEE0F ], enabled 0, limit 1440 + 0, "
+              "used 2147483647/0/0, blocked 0, collected +0, apps 2, policy none\n"
+              "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
+              "  app -2147483648: used -2147483648/0/0, blocked 0, days [] next 0\n"
+              "  app 7: used 2147483647/0/0, blocked 0, days [] next 0\n"
+              "router: apps 2, collected +0\n"
+              "  app -2147483648: used -2147483648/0/0, blocked 0, days [] next 0\n"
+              "  app 7: used 2147483647/0/0, blocked 0, days [] next 0\n");
+}
+
+TEST_F(OddReplies, CountEveryElementOfAVeryLongReply) {
+    std::string elements = figure;
+    int32_t count = 1;
+    for (; elements.size() < very_long; ++count)
+        elements += std::string(",") + figure;
+    store_after("{\"data\":[" + elements + "]}");
+    const mutex_guard lock(utm_app_config_mutex);
+    const config_app_usage_t *app = utm_app_find_app_usage(&utm_app_config_global_app_stat_list, 7);
+    ASSERT_NE(app, nullptr);
+    EXPECT_EQ(app->daily_used, 4 * count);
+}
+
+} // namespace
