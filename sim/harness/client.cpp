@@ -26,8 +26,9 @@ utm_app_config_cmd sim_command(const sim_request &request) {
 
 /// Lays bytes over the request, as the overlays of the protocol do.
 static void overlay(utm_app_config_cmd *command, size_t offset, const void *bytes, size_t size) {
-    memcpy(reinterpret_cast<char *>(command) + offset, bytes,
-           std::min(size, sizeof *command - offset));
+    if (size > 0) // no rules: there may be nothing to point at
+        memcpy(reinterpret_cast<char *>(command) + offset, bytes,
+               std::min(size, sizeof *command - offset));
 }
 
 utm_app_config_cmd sim_device_command(uint8_t type, int32_t profile_id, const sim_mac &mac) {

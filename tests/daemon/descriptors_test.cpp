@@ -1,0 +1,224 @@
+/// What the programs that the daemon starts get of its descriptors: nothing.
+
+#include "tests/daemon/support/fixture.h"
+#include "tests/daemon/support/processes.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+namespace {
+
+constexpr char RECORDERS[] = "/tmp/bin";
+
+/// Goes before the stand-ins on the PATH: writes down what it inherited, then is the program of
+/// its name.
+constexpr char RECORDER_SCRIPT[] = R"(#!/bin/sh
+name=${0##*/}
+ls -l /proc/self/fd >"$UTM_SIM_DIR/inherited.$name.$$"
+real=")" UTM_STAND_INS R"(/$name"
+[ -x "$real" ] || real=/bin/$name
+exec "$real" "$@"
+)";
+
+/// Takes a listing of `ls -l` apart. The directory that `ls` itself reads does not count.
+std::vector<int> descriptors_in(const std::string &listing) {
+    std::vector<int> numbers;
+    for (const std::string &line : sim_split_lines(listing)) {
+        const size_t arrow = line.find(" -> ");
+        if (arrow == std::string::npos || line.find(" -> /proc/") != std::string::npos)
+            continue;
+        numbers.push_back(atoi(line.c_str() + line.rfind(' ', arrow - 1)));
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+/// @return what each start of a program inherited
+std::vector<std::vector<int>> inherited_by(const std::string &program) {
+    std::vector<std::vector<int>> starts;
+    for (const auto &entry : std::filesystem::directory_iterator(ROUTER_DIR))
+        if (entry.path().filename().string().rfind("inherited." + program + ".", 0) == 0)
+            starts.push_back(descriptors_in(sim_read_file(entry.path())));
+    return starts;
+}
+
+class daemon_descriptors : public daemon_test {
+protected:
+    void SetUp() override {
+        daemon_test::SetUp();
+        ASSERT_EQ(mkdir(RECORDERS, 0777), 0);
+        for (const char *program : {"lcsh", "ubus", "profile_daily_limit.sh", "mkdir"}) {
+            const std::string path = std::string(RECORDERS) + "/" + program;
+            ASSERT_TRUE(sim_write_file(path, RECORDER_SCRIPT));
+            ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+        }
+        options.stand_ins = RECORDERS;
+    }
+    /// Profile 1 with a device and a rule that blocks application 300, with the feature on.
+    void set_up_a_profile() {
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1}), 0);
+        EXPECT_EQ(ask_command(sim_rules_command(1, {{300, 1, 5}})), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1}), 0);
+    }
+};
+
+} // namespace
+
+TEST_F(daemon_descriptors, a_descriptor_that_is_inherited_would_be_seen) {
+    const std::string command = std::string("exec 9</dev/null; UTM_SIM_DIR=") + ROUTER_DIR + " " +
+                                RECORDERS + "/lcsh apg on";
+
+    ASSERT_EQ(system(command.c_str()), 0);
+
+    EXPECT_THAT(inherited_by("lcsh"), ElementsAre(ElementsAre(0, 1, 2, 9)));
+}
+
+TEST_F(daemon_descriptors, commands_inherit_the_standard_streams_only) {
+    start();
+    const int idle = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(5));
+
+    set_up_a_profile();
+    EXPECT_EQ(ask_command(sim_rules_command(1, {{301, 2, 0}})), 0);
+
+    EXPECT_THAT(journal(),
+                ElementsAre(router_query(NOON, NOON), "lcsh apg on", "notify status_changed 1 1",
+                            "lcsh apg acl set 02:00:00:00:00:00 301 0 18"));
+    EXPECT_THAT(inherited_by("lcsh"), SizeIs(2));
+    EXPECT_THAT(inherited_by("lcsh"), Each(ElementsAre(0, 1, 2)));
+    close(idle);
+}
+
+TEST_F(daemon_descriptors, commands_do_not_inherit_what_the_daemon_s_starter_left_open) {
+    options.in_child = [] {
+        dup2(0, 9);
+        dup2(0, 200);
+    };
+    start();
+    set_up_a_profile();
+
+    EXPECT_THAT(inherited_by("lcsh"), ElementsAre(ElementsAre(0, 1, 2)));
+    EXPECT_THAT(inherited_by("ubus"), ElementsAre(ElementsAre(0, 1, 2)));
+}
+
+TEST_F(daemon_descriptors, the_script_of_a_leaving_device_inherits_the_standard_streams_only) {
+    start();
+    const int idle = sim_connect();
+    set_up_a_profile();
+    prescribe("reply.profile", R"({"data":[{"type":"INTERNET","app_id":0,"total_time_usage":5}]})");
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5}), 0);
+    tick();
+
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 1, {2})), 0);
+
+    EXPECT_EQ(journal().back(), "profile_daily_limit.sh -C 1");
+    EXPECT_THAT(inherited_by("profile_daily_limit.sh"), ElementsAre(ElementsAre(0, 1, 2)));
+    close(idle);
+}
+
+TEST_F(daemon_descriptors,
+       a_query_and_a_signature_that_run_together_inherit_nothing_of_each_other) {
+    start();
+    const int idle = sim_connect();
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", 2));
+
+    const int busy = occupy_the_socket_thread();
+    ASSERT_EQ(children_of(daemon.pid).size(), 2u) << "both run";
+    open_gates();
+
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_THAT(inherited_by("ubus"), SizeIs(2));
+    EXPECT_THAT(inherited_by("ubus"), Each(ElementsAre(0, 1, 2)));
+    EXPECT_THAT(inherited_by("lcsh"), ElementsAre(ElementsAre(0, 1, 2)));
+    close(busy);
+    close(idle);
+}
+
+TEST_F(daemon_descriptors, the_log_s_commands_inherit_nothing_of_a_query_that_runs) {
+    start();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", 2));
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), 0);
+
+    EXPECT_THAT(log_lines(), ElementsAre("[socket] Receive cmd type=0"));
+    EXPECT_THAT(inherited_by("mkdir"), ElementsAre(ElementsAre(0, 1, 2)));
+}
+
+TEST_F(daemon_descriptors,
+       a_tick_beside_a_signature_that_loads_inherits_the_standard_streams_only) {
+    start();
+    set_up_a_profile();
+    prescribe("reply.profile", usage_reply({{300, 5}}));
+    const int idle = sim_connect();
+    const int busy = occupy_the_socket_thread();
+
+    tick();
+    open_gates();
+
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_THAT(journal(), testing::Contains("lcsh apg acl set 02:00:00:00:00:00 300 0 18"));
+    EXPECT_THAT(inherited_by("lcsh"), SizeIs(3)) << "on, load, set";
+    EXPECT_THAT(inherited_by("lcsh"), Each(ElementsAre(0, 1, 2)));
+    EXPECT_THAT(inherited_by("ubus"), SizeIs(3));
+    EXPECT_THAT(inherited_by("ubus"), Each(ElementsAre(0, 1, 2)));
+    close(busy);
+    close(idle);
+}
+
+TEST_F(daemon_descriptors, a_client_sees_its_connection_close_while_a_query_runs) {
+    start();
+    const int before = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(5));
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", 2));
+
+    ASSERT_TRUE(send_bytes(before, bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}))));
+
+    const sim_answer answer = sim_read_answer(before);
+    EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_TRUE(answer.closed) << "the query keeps the connection open";
+    EXPECT_FALSE(children_of(daemon.pid).empty()) << "the query is over";
+    close(before);
+}
+
+TEST_F(daemon_descriptors, the_daemon_sees_a_client_close_while_a_query_runs) {
+    start();
+    const int idle = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(5));
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", 2));
+    ASSERT_TRUE(wait_for_descriptors(6)) << "the socket, the client and the query's pipe";
+
+    close(idle);
+
+    EXPECT_TRUE(wait_for_descriptors(5)) << "the connection stays";
+    EXPECT_FALSE(children_of(daemon.pid).empty()) << "the query is over";
+}
+
+TEST_F(daemon_descriptors, ticks_and_commands_leave_no_descriptor_behind) {
+    start();
+    set_up_a_profile();
+    for (int i = 0; i < 20; ++i) {
+        tick();
+        EXPECT_EQ(ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/none")), 255);
+    }
+
+    EXPECT_TRUE(wait_for_descriptors(4));
+}

@@ -1,0 +1,230 @@
+/// The daemon's life: start, ticks, stop.
+
+#include "tests/daemon/support/fixture.h"
+#include "tests/daemon/support/processes.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+const sim_mac TABLET = sim_parse_mac("02:00:00:00:00:01");
+const sim_mac PHONE = sim_parse_mac("02:00:00:00:00:02");
+
+class daemon_life : public daemon_test {
+protected:
+    /// Two profiles that have something to be released when the daemon stops: profile 1 with two
+    /// devices is blocked, profile 2 has none.
+    void set_up_a_blocked_profile() {
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 2}), 0);
+        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, TABLET)), 0);
+        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, PHONE)), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5}), 0);
+        prescribe("reply.profile",
+                  R"({"data":[{"type":"INTERNET","app_id":0,"total_time_usage":5}]})");
+        tick();
+    }
+};
+
+} // namespace
+
+TEST_F(daemon_life, it_detaches_and_its_starter_ends_with_status_0) {
+    start();
+
+    EXPECT_EQ(daemon.starter_status, 0);
+    EXPECT_EQ(getsid(daemon.pid), daemon.pid) << "it is not in a session of its own";
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(daemon.pid) + "/cwd"), "/");
+    for (int fd = 0; fd <= 2; ++fd)
+        EXPECT_EQ(descriptor_target(daemon.pid, fd), "/dev/null") << fd;
+    EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3)) << "3 is the socket";
+}
+
+TEST_F(daemon_life, it_starts_with_its_standard_streams_closed_too) {
+    options.in_child = [] {
+        for (int fd = 0; fd <= 2; ++fd)
+            close(fd);
+    };
+
+    start();
+
+    EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3));
+    for (int fd = 0; fd <= 2; ++fd)
+        EXPECT_EQ(descriptor_target(daemon.pid, fd), "/dev/null") << fd;
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+}
+
+TEST_F(daemon_life, it_starts_in_silence) {
+    start();
+
+    EXPECT_FALSE(std::filesystem::exists("/tmp/utm_log"));
+    EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData"));
+}
+
+TEST_F(daemon_life, a_socket_path_that_is_a_directory_ends_it_with_status_1) {
+    ASSERT_EQ(mkdir(UTM_APP_CONFIG_SOCKET_PATH, 0777), 0);
+    ASSERT_TRUE(sim_clock_create(&clock, std::string(ROUTER_DIR) + "/clock", NOON));
+    options.clock = &clock;
+
+    EXPECT_FALSE(sim_daemon_start(&daemon, options));
+
+    EXPECT_EQ(daemon.starter_status, 1);
+    EXPECT_THAT(log_lines(), ElementsAre("utm_app_config_socket_init_binding failed"));
+    EXPECT_THAT(journal(), IsEmpty());
+}
+
+TEST_F(daemon_life, a_socket_directory_that_cannot_be_written_ends_it_with_status_1) {
+    ASSERT_EQ(mount(nullptr, "/dev", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
+
+    EXPECT_FALSE(sim_daemon_start(&daemon, options));
+
+    EXPECT_EQ(daemon.starter_status, 1);
+    EXPECT_THAT(log_lines(), ElementsAre("utm_app_config_socket_init_binding failed"));
+    EXPECT_EQ(mount(nullptr, "/dev", nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
+}
+
+TEST_F(daemon_life, the_first_tick_comes_at_once_and_the_others_every_sixty_seconds) {
+    start();
+    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON)));
+
+    ASSERT_TRUE(sim_clock_advance(&clock, 59));
+    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON)));
+    ASSERT_TRUE(sim_clock_advance(&clock, 1));
+    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON), router_query(NOON, NOON + 60)));
+    ASSERT_TRUE(sim_clock_advance(&clock, 119));
+    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON), router_query(NOON, NOON + 60),
+                                       router_query(NOON + 60, NOON + 120)));
+}
+
+TEST_F(daemon_life, a_tick_queries_the_profiles_in_order_and_then_the_router) {
+    start();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 5}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 4}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, PHONE)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, TABLET)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, PHONE)), 0);
+
+    tick();
+
+    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON),
+                                       device_query(NOON, NOON + 60, "020000000001 020000000002 "),
+                                       device_query(NOON, NOON + 60, "020000000002 "),
+                                       router_query(NOON, NOON + 60)));
+}
+
+TEST_F(daemon_life, the_socket_answers_while_a_query_runs) {
+    start();
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", 2));
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 7}), 0);
+}
+
+TEST_F(daemon_life, an_interrupt_during_start_up_leads_straight_to_the_end) {
+    if (access("/proc/sys/fs/dir-notify-enable", F_OK) != 0)
+        GTEST_SKIP() << "this kernel cannot send a signal when a file appears";
+    // The kernel interrupts the daemon the moment its socket appears.
+    options.in_child = [] {
+        const int directory = open("/dev", O_RDONLY | O_DIRECTORY);
+        fcntl(directory, F_SETSIG, SIGINT);
+        fcntl(directory, F_NOTIFY, DN_CREATE);
+    };
+
+    launch();
+
+    const sim_exit how = sim_daemon_wait_exit(&daemon);
+    EXPECT_TRUE(how.ended);
+    EXPECT_EQ(how.status, 0);
+    EXPECT_THAT(log_lines(), ElementsAre("Config handler exit"));
+    EXPECT_THAT(journal(), IsEmpty()) << "it made a tick";
+}
+
+TEST_F(daemon_life, an_interrupt_during_a_tick_lets_the_tick_finish) {
+    start_with_log();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, TABLET)), 0);
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus"));
+
+    ASSERT_TRUE(sim_daemon_signal(daemon, SIGINT));
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_EQ(log_count("Config handler exit"), 0u);
+    open_gates();
+    sim_clock_grant(&clock, 1);
+
+    const sim_exit how = sim_daemon_wait_exit(&daemon);
+    EXPECT_TRUE(how.ended);
+    EXPECT_EQ(how.status, 0);
+    EXPECT_THAT(journal(),
+                ElementsAre(device_query(NOON, NOON + 60, "020000000001 "),
+                            router_query(NOON, NOON + 60), "lcsh apg acl reset 02:00:00:00:00:01"));
+}
+
+TEST_F(daemon_life, the_end_releases_every_device_and_says_so) {
+    start_with_log();
+    set_up_a_blocked_profile();
+    ASSERT_EQ(journal().back(), router_query(NOON, NOON + 60));
+    const size_t log_length = log_lines().size();
+    const size_t journal_length = journal().size();
+
+    stop();
+
+    const text_lines log = log_lines();
+    EXPECT_EQ(
+        text_lines(log.begin() + static_cast<long>(log_length), log.end()),
+        (text_lines{"send event: unblock profile 1 to use network",
+                    "Delete user profile 1 and unblock all success",
+                    "Delete user profile 2 and unblock all success", "Flush all profiles success",
+                    "Reset top apps success", "Config handler exit"}));
+    const text_lines seen = journal();
+    EXPECT_EQ(text_lines(seen.begin() + static_cast<long>(journal_length), seen.end()),
+              (text_lines{"lcsh apg acl reset 02:00:00:00:00:01",
+                          "lcsh apg acl reset 02:00:00:00:00:02", "notify unblock profile 1"}));
+}
+
+TEST_F(daemon_life, the_end_is_logged_with_the_debug_log_off_too) {
+    start();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+
+    stop();
+
+    EXPECT_THAT(log_lines(), ElementsAre("Config handler exit"));
+    EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData")) << "the end saves nothing";
+    EXPECT_TRUE(std::filesystem::exists(UTM_APP_CONFIG_SOCKET_PATH)) << "the path is left behind";
+}
+
+TEST_F(daemon_life, a_termination_signal_ends_it_without_the_closing_work) {
+    start_with_log();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, TABLET)), 0);
+
+    ASSERT_TRUE(sim_daemon_signal(daemon, SIGTERM));
+
+    EXPECT_EQ(sim_daemon_wait_exit(&daemon).signal, SIGTERM);
+    EXPECT_EQ(log_count("Config handler exit"), 0u);
+    EXPECT_THAT(journal(), IsEmpty());
+}
+
+TEST_F(daemon_life, a_second_life_starts_from_nothing) {
+    start();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    stop();
+
+    ASSERT_TRUE(sim_daemon_start(&daemon, options));
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 1}),
+              UTM_APP_CONFIG_STATUS_FAIL);
+}

@@ -1,0 +1,164 @@
+/// Long lists, and clients that take their time to read them.
+
+#include "tests/daemon/support/fixture.h"
+
+#include <chrono>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+namespace {
+
+constexpr int APPS = 700;
+constexpr int FIRST_APP = 1000;
+constexpr int PERIOD_TODAY = 0;
+constexpr int BY_DAY = 0;
+constexpr int BY_WEEK = 1;
+
+class daemon_lists : public daemon_test {
+protected:
+    /// Profile 1 has used applications 1000, 1001, ... for 1, 2, ... minutes.
+    void SetUp() override {
+        daemon_test::SetUp();
+        start();
+        ASSERT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+        ASSERT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+        std::vector<std::pair<int, int>> apps;
+        for (int i = 0; i < APPS; ++i)
+            apps.push_back({FIRST_APP + i, i + 1});
+        prescribe("reply.profile", usage_reply(apps));
+        tick();
+        prescribe("reply.profile", usage_reply({}));
+    }
+};
+
+const sim_request LONG_LIST = {
+    .type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_DAY};
+
+/// @return whether the replies are that many entries and the end
+bool is_whole_list(const std::vector<utm_app_config_reply> &replies, size_t entries) {
+    if (replies.size() != entries + 1 || replies.back().status != UTM_APP_CONFIG_STATUS_OK)
+        return false;
+    for (size_t i = 0; i < entries; ++i)
+        if (replies[i].status != UTM_APP_CONFIG_STATUS_DATA)
+            return false;
+    return true;
+}
+
+std::vector<int> whole_row(const utm_app_config_reply &reply) {
+    std::vector<int> row = {reply.prev_day_app_id};
+    row.insert(row.end(), std::begin(reply.prev_day_data), std::end(reply.prev_day_data));
+    return row;
+}
+
+} // namespace
+
+TEST_F(daemon_lists, the_usage_of_hundreds_of_applications_is_sorted_and_whole) {
+    const sim_answer answer =
+        sim_ask({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 1, .arg1 = PERIOD_TODAY});
+
+    ASSERT_TRUE(is_whole_list(answer.replies, APPS));
+    for (int i = 0; i < APPS; ++i) {
+        const utm_app_config_reply &reply = answer.replies[static_cast<size_t>(i)];
+        EXPECT_EQ(reply.app_usage_app_id, FIRST_APP + APPS - 1 - i);
+        EXPECT_EQ(reply.app_usage_value, APPS - i);
+    }
+}
+
+TEST_F(daemon_lists, the_days_of_hundreds_of_applications_come_newest_first) {
+    sim_clock_jump(&clock, 12 * 60 * 60);
+    tick();
+
+    const sim_answer answer = sim_ask(LONG_LIST);
+
+    ASSERT_TRUE(is_whole_list(answer.replies, APPS));
+    for (int i = 0; i < APPS; ++i) {
+        std::vector<int> row(32, 0);
+        row[0] = FIRST_APP + APPS - 1 - i;
+        row[2] = APPS - i; // yesterday
+        EXPECT_EQ(whole_row(answer.replies[static_cast<size_t>(i)]), row);
+    }
+}
+
+TEST_F(daemon_lists, the_weeks_of_hundreds_of_applications_come_newest_first) {
+    const sim_answer answer =
+        sim_ask({.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_WEEK});
+
+    ASSERT_TRUE(is_whole_list(answer.replies, APPS));
+    for (int i = 0; i < APPS; ++i) {
+        std::vector<int> row(32, 0);
+        row[0] = FIRST_APP + APPS - 1 - i;
+        row[1] = APPS - i; // this week
+        EXPECT_EQ(whole_row(answer.replies[static_cast<size_t>(i)]), row);
+    }
+}
+
+TEST_F(daemon_lists, a_slow_reader_gets_everything) {
+    const int fd = send_request(LONG_LIST);
+    sim_answer answer;
+
+    // A second to each quarter: four seconds in all, more than a reply may wait.
+    const size_t whole = (APPS + 1) * UTM_APP_CONFIG_REPLY_SIZE;
+    while (answer.bytes.size() < whole && !HasFailure()) {
+        std::this_thread::sleep_for(seconds(1));
+        std::string piece(whole / 4 + 1, '\0');
+        size_t filled = 0;
+        while (filled < piece.size() && answer.bytes.size() + filled < whole) {
+            const ssize_t got = recv(fd, &piece[filled], piece.size() - filled, 0);
+            ASSERT_GT(got, 0) << "the list broke off";
+            filled += static_cast<size_t>(got);
+        }
+        answer.bytes += piece.substr(0, filled);
+    }
+    EXPECT_TRUE(sim_read_answer(fd).closed);
+
+    EXPECT_EQ(answer.bytes.size(), whole);
+    const auto last = static_cast<uint8_t>(answer.bytes[whole - UTM_APP_CONFIG_REPLY_SIZE]);
+    EXPECT_EQ(last, UTM_APP_CONFIG_STATUS_OK);
+    close(fd);
+}
+
+TEST_F(daemon_lists, a_reader_that_never_reads_costs_the_others_a_few_seconds) {
+    const int stuck = send_request(LONG_LIST);
+    const auto asked = steady_clock::now();
+
+    const int status = ask({.type = UTM_APP_CONFIG_PING});
+
+    EXPECT_EQ(status, UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_LT(steady_clock::now() - asked, seconds(8));
+    const sim_answer rest = sim_read_answer(stuck);
+    EXPECT_TRUE(rest.closed);
+    EXPECT_LT(rest.replies.size(), static_cast<size_t>(APPS)) << "it was sent whole after all";
+    ASSERT_FALSE(rest.replies.empty());
+    EXPECT_EQ(rest.replies.back().status, UTM_APP_CONFIG_STATUS_DATA) << "the list goes on";
+    close(stuck);
+}
+
+TEST_F(daemon_lists, a_reader_that_goes_in_the_middle_ends_its_list) {
+    ASSERT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
+    const int fd = send_request(LONG_LIST);
+    std::string some(4000, '\0');
+    ASSERT_GT(recv(fd, some.data(), some.size(), 0), 0);
+    close(fd);
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+
+    // A writer that is waiting when the reader goes is told by an error, without a signal.
+    const text_lines told = {"[socket] Receive cmd type=37", "[socket] Receive cmd type=0"};
+    const text_lines signalled = {told[0], "Receive SIGPIPE", told[1]};
+    EXPECT_THAT(log_lines(), testing::AnyOf(told, signalled));
+}
+
+TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_ticks) {
+    const int stuck = send_request(LONG_LIST);
+    const size_t before = journal().size();
+
+    tick();
+
+    EXPECT_EQ(journal().size(), before + 2) << "the profile's query and the router's";
+    close(stuck);
+}

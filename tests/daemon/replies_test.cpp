@@ -1,0 +1,219 @@
+/// What the replies carry.
+
+#include "tests/daemon/support/fixture.h"
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using testing::ElementsAre;
+using testing::Pair;
+
+namespace {
+
+constexpr char USAGE[] = R"({"data":[{"type":"APP","app_id":305,"total_time_usage":10},
+                                     {"type":"APP","app_id":306,"total_time_usage":20},
+                                     {"type":"INTERNET","app_id":0,"total_time_usage":25}]})";
+
+class daemon_replies : public daemon_test {
+protected:
+    void SetUp() override {
+        daemon_test::SetUp();
+        start();
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), 0);
+        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, {2})), 0);
+    }
+    /// A daemon that finds another shell than the simulated router's.
+    void put_in_place_of_the_shell(const std::string &script) {
+        stop();
+        ASSERT_EQ(mkdir("/tmp/bin", 0777), 0);
+        ASSERT_TRUE(sim_write_file("/tmp/bin/lcsh", "#!/bin/sh\n" + script + "\n"));
+        ASSERT_EQ(chmod("/tmp/bin/lcsh", 0777), 0);
+        options.stand_ins = std::string("/tmp/bin:") + UTM_STAND_INS;
+        start();
+    }
+};
+
+/// Asks for one reply and returns it.
+utm_app_config_reply reply_to(const sim_request &request) {
+    const sim_answer answer = sim_ask(request);
+    EXPECT_TRUE(answer.closed);
+    EXPECT_EQ(answer.replies.size(), 1u);
+    EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_OK);
+    return answer.replies.empty() ? utm_app_config_reply{} : answer.replies.front();
+}
+
+/// Asks for a list and returns its entries without the end.
+std::vector<utm_app_config_reply> entries_of(const sim_request &request) {
+    sim_answer answer = sim_ask(request);
+    EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_OK);
+    if (!answer.replies.empty())
+        answer.replies.pop_back();
+    for (const utm_app_config_reply &reply : answer.replies)
+        EXPECT_EQ(reply.status, UTM_APP_CONFIG_STATUS_DATA);
+    return answer.replies;
+}
+
+std::vector<std::pair<int, int>> app_usage(int32_t period) {
+    std::vector<std::pair<int, int>> pairs;
+    for (const auto &entry :
+         entries_of({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = period}))
+        pairs.push_back({entry.app_usage_app_id, entry.app_usage_value});
+    return pairs;
+}
+
+std::vector<std::pair<int, int>> weekday_limits(int32_t profile_id) {
+    std::vector<std::pair<int, int>> pairs;
+    for (const auto &entry :
+         entries_of({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = profile_id}))
+        pairs.push_back({entry.weekday_day, entry.weekday_limit});
+    return pairs;
+}
+
+int load(const std::string &path) {
+    return ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
+}
+
+} // namespace
+
+TEST_F(daemon_replies, a_profile_s_limits_are_what_was_set) {
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 1440);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 3, .arg2 = 1}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 60}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 15}), 0);
+
+    EXPECT_EQ(
+        reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, .arg0 = 3}).daily_limit_enable, 1);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 60);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 3}).extend, 45);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_RESET_EXTEND, .arg0 = 3}), 0);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 3}).extend, 0);
+}
+
+TEST_F(daemon_replies, two_profiles_keep_their_own_weekday_limits) {
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = -4}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 60}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT,
+                   .arg0 = 3,
+                   .arg1 = 2, // Tuesday, today
+                   .arg3 = 90}),
+              0);
+
+    EXPECT_THAT(weekday_limits(3), ElementsAre(Pair(0, 60), Pair(1, 60), Pair(2, 90), Pair(3, 60),
+                                               Pair(4, 60), Pair(5, 60), Pair(6, 60)));
+    EXPECT_THAT(weekday_limits(-4),
+                ElementsAre(Pair(0, 1440), Pair(1, 1440), Pair(2, 1440), Pair(3, 1440),
+                            Pair(4, 1440), Pair(5, 1440), Pair(6, 1440)));
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 90);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = -4}).daily_limit, 1440);
+}
+
+TEST_F(daemon_replies, a_profile_without_usage_has_one_empty_pair_and_no_days) {
+    EXPECT_THAT(app_usage(0), ElementsAre(Pair(0, 0)));
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 3}),
+              UTM_APP_CONFIG_STATUS_FAIL);
+}
+
+TEST_F(daemon_replies, usage_adds_up_over_minutes_and_days) {
+    prescribe("reply.profile", USAGE);
+    tick(2);
+    prescribe("reply.profile", usage_reply({}));
+    sim_clock_jump(&clock, 24 * 60 * 60);
+    tick();
+    prescribe("reply.profile", USAGE);
+    tick();
+
+    const auto usage = reply_to({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 3});
+    EXPECT_EQ(usage.daily_used, 25);
+    EXPECT_EQ(usage.weekly_used, 50);
+    EXPECT_EQ(usage.monthly_used, 0);
+    EXPECT_THAT(app_usage(0), ElementsAre(Pair(306, 20), Pair(305, 10)));
+    EXPECT_THAT(app_usage(1), ElementsAre(Pair(306, 40), Pair(305, 20)));
+    EXPECT_THAT(app_usage(1000), ElementsAre(Pair(306, 60), Pair(305, 30)));
+    EXPECT_THAT(app_usage(2000), ElementsAre(Pair(306, 60), Pair(305, 30)));
+}
+
+TEST_F(daemon_replies, a_policy_s_number_comes_back) {
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 7}).policy_id, 7);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 2147483647}).policy_id,
+              2147483647);
+}
+
+TEST_F(daemon_replies, the_switches_and_the_interval_are_what_was_set) {
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).activate, 0);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).debug, 0);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL}).export_interval_minute, 30);
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 2147483647}), 0);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = -1}), 1);
+
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).activate, 1);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).debug, 1);
+    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL}).export_interval_minute,
+              2147483647);
+}
+
+TEST_F(daemon_replies, a_signature_is_loaded_when_any_line_says_so) {
+    put_in_place_of_the_shell("echo 1; echo signature loaded today; echo 3; exit 1");
+
+    EXPECT_EQ(load("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
+}
+
+TEST_F(daemon_replies, a_signature_is_not_loaded_when_no_line_says_so) {
+    put_in_place_of_the_shell("echo load; echo ed; exit 0");
+
+    const sim_answer answer =
+        sim_ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"));
+
+    EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+    EXPECT_EQ(answer.bytes.size(), UTM_APP_CONFIG_REPLY_SIZE);
+}
+
+TEST_F(daemon_replies, a_shell_that_says_a_lot_is_read_to_its_end) {
+    put_in_place_of_the_shell("echo loaded; yes '' | head -c 1000000; touch /tmp/said-it-all");
+
+    EXPECT_EQ(load("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_TRUE(std::filesystem::exists("/tmp/said-it-all"));
+}
+
+TEST_F(daemon_replies, a_shell_that_is_missing_has_not_loaded) {
+    put_in_place_of_the_shell("exec /nowhere/lcsh \"$@\"");
+
+    EXPECT_EQ(load("/tmp/signature"), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+}
+
+TEST_F(daemon_replies, the_longest_path_is_cut_to_the_command_line_s_127_characters) {
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
+    const std::string path = "/tmp/" + std::string(122, 'p');
+
+    EXPECT_EQ(load(path), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+
+    EXPECT_EQ(journal().back(), "lcsh load " + path.substr(0, 117));
+    EXPECT_EQ(log_lines().back(), "cmd = lcsh load " + path.substr(0, 117));
+}
+
+TEST_F(daemon_replies, a_path_without_its_end_stays_within_the_request) {
+    utm_app_config_cmd command = sim_command({.type = UTM_APP_CONFIG_LOAD_SIGNATURE});
+    memset(reinterpret_cast<char *>(&command) + UTM_APP_CONFIG_PATH_OFFSET, 'p',
+           UTM_APP_CONFIG_PATH_SIZE);
+
+    EXPECT_EQ(ask_command(command), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+
+    EXPECT_EQ(journal().back(), "lcsh load " + std::string(117, 'p'));
+}
+
+TEST_F(daemon_replies, commands_wait_for_a_tick_that_holds_the_store) {
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", 2));
+    const int waiting = send_request({.type = UTM_APP_CONFIG_GET_STATUS});
+    EXPECT_FALSE(sim_read_answer(waiting, {std::chrono::milliseconds(50)}).closed);
+
+    open_gates();
+
+    EXPECT_EQ(sim_status(sim_read_answer(waiting)), UTM_APP_CONFIG_STATUS_OK);
+    close(waiting);
+}

@@ -1,0 +1,150 @@
+/// Signals that arrive at bad moments.
+
+#include "tests/daemon/support/clients.h"
+#include "tests/daemon/support/fixture.h"
+
+#include <csignal>
+#include <filesystem>
+#include <unistd.h>
+
+using testing::ElementsAre;
+
+namespace {
+
+class daemon_signals : public daemon_test {
+protected:
+    /// Sends the signal `count` times. Signals that arrive together count as one, so each waits
+    /// for the line of the one before.
+    void send_pipe_signals(size_t count) {
+        for (size_t i = 1; i <= count; ++i) {
+            ASSERT_TRUE(sim_daemon_signal(daemon, SIGPIPE));
+            ASSERT_TRUE(wait_for_log("Receive SIGPIPE", i)) << "after " << i << " signals";
+        }
+    }
+};
+
+utm_app_config_cmd switch_the_feature(std::mt19937 &random) {
+    return sim_command(
+        {.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = static_cast<int32_t>(random() % 2)});
+}
+
+} // namespace
+
+TEST_F(daemon_signals, a_pipe_signal_is_logged_with_the_debug_log_off_too) {
+    start();
+
+    send_pipe_signals(3);
+
+    EXPECT_THAT(log_lines(), ElementsAre("Receive SIGPIPE", "Receive SIGPIPE", "Receive SIGPIPE"));
+}
+
+TEST_F(daemon_signals, a_pipe_signal_brings_back_a_log_that_was_deleted) {
+    start_with_log();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), 0);
+    std::filesystem::remove_all("/tmp/utm_log");
+
+    send_pipe_signals(1);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), 0);
+
+    EXPECT_THAT(log_lines(), ElementsAre("Receive SIGPIPE", "[socket] Receive cmd type=0"));
+}
+
+TEST_F(daemon_signals, a_pipe_signal_moves_an_oversized_log_aside) {
+    start();
+    std::filesystem::create_directory("/tmp/utm_log");
+    ASSERT_TRUE(sim_write_file(LOG_PATH, std::string(5'242'881, 'x')));
+
+    send_pipe_signals(1);
+
+    EXPECT_THAT(log_lines(), ElementsAre("Receive SIGPIPE"));
+    EXPECT_EQ(std::filesystem::file_size(std::string(LOG_PATH) + "2"), 5'242'881u);
+}
+
+TEST_F(daemon_signals, pipe_signals_during_commands_and_log_lines_are_all_logged) {
+    start_with_log();
+    busy_clients clients(2, switch_the_feature);
+
+    send_pipe_signals(300);
+    clients.stop();
+
+    EXPECT_GT(clients.answered(), 0u);
+    EXPECT_EQ(clients.left_waiting(), 0u);
+    EXPECT_EQ(log_count("Receive SIGPIPE"), 300u);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+}
+
+TEST_F(daemon_signals, pipe_signals_during_ticks_are_all_logged) {
+    start_with_log();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+    sim_clock_grant(&clock, 60 * 50);
+
+    send_pipe_signals(100);
+
+    ASSERT_TRUE(sim_clock_wait_asleep(clock));
+    EXPECT_EQ(log_count("Receive SIGPIPE"), 100u);
+    EXPECT_EQ(journal().size(), 100u) << "two queries in each of fifty ticks";
+}
+
+TEST_F(daemon_signals, a_client_that_has_gone_costs_a_line_and_nothing_else) {
+    start_with_log();
+    const int busy = occupy_the_socket_thread();
+    EXPECT_EQ(close(send_request({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = 1})), 0);
+    EXPECT_EQ(close(send_request({.type = UTM_APP_CONFIG_PING})), 0);
+    open_gates();
+
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
+    ASSERT_TRUE(wait_for_log("Receive SIGPIPE", 2));
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_THAT(log_lines(),
+                ElementsAre("[socket] Receive cmd type=46", "UTM_APP_CONFIG_LOAD_SIGNATURE",
+                            "cmd = lcsh load /tmp/signature", "[socket] Receive cmd type=31",
+                            "Receive SIGPIPE", "[socket] Receive cmd type=0", "Receive SIGPIPE",
+                            "[socket] Receive cmd type=0"));
+    close(busy);
+}
+
+TEST_F(daemon_signals, a_list_ends_with_the_first_reply_that_nobody_takes) {
+    start_with_log();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    const int busy = occupy_the_socket_thread();
+    EXPECT_EQ(close(send_request({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = 1})), 0);
+    open_gates();
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
+    ASSERT_TRUE(wait_for_log("Receive SIGPIPE"));
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+
+    EXPECT_EQ(log_count("Receive SIGPIPE"), 1u) << "seven entries and the end, one attempt";
+    close(busy);
+}
+
+TEST_F(daemon_signals, an_interrupt_in_the_middle_of_many_commands_ends_it_with_status_0) {
+    options.environment = {
+        {"TSAN_OPTIONS", std::string("halt_on_error=1:suppressions=") +
+                             UTM_SOURCE_DIR "/tests/tsan-busy-end.supp:log_path=" + ROUTER_DIR +
+                             "/sanitizer"}};
+    for (size_t round = 1; round <= (IS_SANITIZED ? 8u : 25u); ++round) {
+        start();
+        busy_clients clients(3, random_command);
+        ASSERT_TRUE(sim_wait_for([&] { return clients.answered() >= 10; }));
+
+        stop();
+        clients.stop();
+
+        EXPECT_EQ(clients.left_waiting(), 0u) << "round " << round;
+        EXPECT_EQ(log_count("Config handler exit"), round);
+    }
+}
+
+TEST_F(daemon_signals, an_interrupt_while_a_signature_loads_ends_it_with_status_0) {
+    start();
+    const int busy = occupy_the_socket_thread();
+
+    stop();
+
+    const sim_answer answer = sim_read_answer(busy);
+    EXPECT_TRUE(answer.closed);
+    EXPECT_EQ(answer.bytes, "");
+    close(busy);
+}

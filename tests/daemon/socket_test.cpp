@@ -1,0 +1,214 @@
+/// The control socket: what is served, what is not, and in which order.
+
+#include "tests/daemon/support/fixture.h"
+#include "tests/daemon/support/processes.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class daemon_socket : public daemon_test {};
+
+const std::string PING = bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}));
+
+/// Leaves a socket file behind as a daemon does that was killed.
+void leave_a_stale_socket() {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    memcpy(address.sun_path, UTM_APP_CONFIG_SOCKET_PATH, sizeof UTM_APP_CONFIG_SOCKET_PATH);
+    EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    close(fd);
+}
+
+/// @return whether the other end has sent or closed
+bool is_readable(int fd) {
+    pollfd readable = {.fd = fd, .events = POLLIN, .revents = 0};
+    return poll(&readable, 1, 0) > 0;
+}
+
+} // namespace
+
+TEST_F(daemon_socket, every_local_user_may_connect) {
+    start();
+
+    struct stat status = {};
+    ASSERT_EQ(stat(UTM_APP_CONFIG_SOCKET_PATH, &status), 0);
+    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777));
+}
+
+TEST_F(daemon_socket, a_stale_socket_file_is_replaced) {
+    leave_a_stale_socket();
+    ASSERT_EQ(sim_connect(), -1);
+
+    start();
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+}
+
+TEST_F(daemon_socket, a_file_in_the_way_is_replaced) {
+    ASSERT_TRUE(sim_write_file(UTM_APP_CONFIG_SOCKET_PATH, "not a socket"));
+
+    start();
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+}
+
+TEST_F(daemon_socket, a_request_of_136_bytes_gets_one_reply_of_832) {
+    start();
+
+    const sim_answer answer = sim_ask_bytes(PING);
+
+    EXPECT_EQ(answer.bytes.size(), UTM_APP_CONFIG_REPLY_SIZE);
+    EXPECT_TRUE(answer.closed);
+}
+
+TEST_F(daemon_socket, a_request_that_is_not_whole_gets_no_reply) {
+    start_with_log();
+
+    for (const size_t size : {1u, 68u, 135u}) {
+        const sim_answer answer = sim_ask_bytes(PING.substr(0, size));
+        EXPECT_EQ(answer.bytes, "") << size;
+        EXPECT_TRUE(answer.closed) << size;
+    }
+
+    EXPECT_THAT(log_lines(), IsEmpty());
+}
+
+TEST_F(daemon_socket, what_follows_a_request_is_lost) {
+    start_with_log();
+
+    for (const size_t extra : {1u, 136u, 5000u}) {
+        const sim_answer answer = sim_ask_bytes(PING + std::string(extra, '\0'));
+        EXPECT_EQ(answer.replies.size(), 1u) << extra;
+        EXPECT_TRUE(answer.closed) << extra;
+    }
+
+    EXPECT_THAT(log_lines(),
+                ElementsAre("[socket] Receive cmd type=0", "[socket] Receive cmd type=0",
+                            "[socket] Receive cmd type=0"));
+}
+
+TEST_F(daemon_socket, a_request_whose_pieces_arrive_apart_gets_no_reply) {
+    start_with_log();
+    const int fd = sim_connect();
+    ASSERT_TRUE(send_bytes(fd, PING.substr(0, 100)));
+    ASSERT_TRUE(sim_wait_for([fd] { return is_readable(fd); })) << "the first piece is not read";
+
+    EXPECT_FALSE(send_bytes(fd, PING.substr(100))) << "it waits for the second";
+
+    const sim_answer answer = sim_read_answer(fd);
+    EXPECT_EQ(answer.bytes, "");
+    EXPECT_TRUE(answer.closed);
+    EXPECT_THAT(log_lines(), IsEmpty());
+    close(fd);
+}
+
+TEST_F(daemon_socket, a_request_whose_pieces_wait_together_is_served) {
+    start();
+    const int busy = occupy_the_socket_thread();
+    const int fd = sim_connect();
+    ASSERT_TRUE(send_bytes(fd, PING.substr(0, 100)));
+    ASSERT_TRUE(send_bytes(fd, PING.substr(100)));
+    open_gates();
+
+    EXPECT_EQ(sim_status(sim_read_answer(fd)), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
+    close(fd);
+    close(busy);
+}
+
+TEST_F(daemon_socket, types_that_are_not_served_close_the_connection_unanswered) {
+    start_with_log();
+    const std::set<int> served = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31, 32, 33, 34, 35,
+                                  36, 37, 39, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51};
+    text_lines expected;
+    for (int type = 0; type <= 255; ++type) {
+        if (served.count(type) != 0)
+            continue;
+        const sim_answer answer = sim_ask({.type = static_cast<uint8_t>(type), .arg0 = 1});
+        EXPECT_EQ(answer.bytes, "") << type;
+        EXPECT_TRUE(answer.closed) << type;
+        expected.push_back("[socket] Receive cmd type=" + std::to_string(type));
+    }
+
+    EXPECT_EQ(log_lines(), expected);
+}
+
+TEST_F(daemon_socket, a_client_that_says_nothing_delays_nobody) {
+    start();
+    std::vector<int> silent;
+    for (int i = 0; i < 20; ++i)
+        silent.push_back(sim_connect());
+    ASSERT_TRUE(wait_for_descriptors(24)) << "each of them has a slot";
+
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+
+    ASSERT_TRUE(send_bytes(silent.back(), PING));
+    EXPECT_EQ(sim_status(sim_read_answer(silent.back())), UTM_APP_CONFIG_STATUS_OK)
+        << "it may still make up its mind";
+    for (const int fd : silent)
+        close(fd);
+    EXPECT_TRUE(wait_for_descriptors(4)) << "a slot is free again when its client has gone";
+}
+
+TEST_F(daemon_socket, a_lone_out_of_band_byte_delays_nobody) {
+    start();
+    const int rude = sim_connect();
+    if (send(rude, "!", 1, MSG_OOB | MSG_NOSIGNAL) != 1)
+        GTEST_SKIP() << "this kernel has no out-of-band bytes for local sockets";
+    // Either it is hung up on or it keeps its slot; nobody else notices.
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+    close(rude);
+}
+
+TEST_F(daemon_socket, clients_that_are_ready_together_are_served_in_slot_order_each_in_full) {
+    start_with_log();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    const int first = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(5));
+    const int second = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(6));
+    const int busy = occupy_the_socket_thread();
+    unlink(LOG_PATH);
+    const std::string list =
+        bytes_of(sim_command({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = 1}));
+    ASSERT_TRUE(send_bytes(second, PING));
+    ASSERT_TRUE(send_bytes(first, list));
+    open_gates();
+
+    const sim_answer answer_to_first = sim_read_answer(first);
+    const sim_answer answer_to_second = sim_read_answer(second);
+
+    EXPECT_EQ(answer_to_first.replies.size(), 8u);
+    EXPECT_TRUE(answer_to_first.closed);
+    EXPECT_EQ(answer_to_second.replies.size(), 1u);
+    EXPECT_TRUE(answer_to_second.closed);
+    EXPECT_THAT(log_lines(),
+                ElementsAre("[socket] Receive cmd type=31", "[socket] Receive cmd type=0"));
+    for (const int fd : {first, second, busy})
+        close(fd);
+}
+
+TEST_F(daemon_socket, closing_the_highest_descriptor_leaves_the_others_served) {
+    start();
+    const int low = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(5));
+    const int high = sim_connect();
+    ASSERT_TRUE(wait_for_descriptors(6));
+
+    ASSERT_TRUE(send_bytes(high, PING));
+    EXPECT_EQ(sim_status(sim_read_answer(high)), UTM_APP_CONFIG_STATUS_OK);
+    ASSERT_TRUE(send_bytes(low, PING));
+    EXPECT_EQ(sim_status(sim_read_answer(low)), UTM_APP_CONFIG_STATUS_OK);
+    close(low);
+    close(high);
+}

@@ -1,0 +1,191 @@
+#include "tests/daemon/support/fixture.h"
+
+#include "tests/daemon/support/processes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char GATE_PATH[] = "/tmp/router/open";
+/// A query asks for what happened up to a minute ago.
+constexpr time_t QUERY_LAG = 60;
+constexpr char QUERY_START[] = "ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{\"s\":";
+
+std::string router_path(const std::string &name) {
+    return std::string(ROUTER_DIR) + "/" + name;
+}
+
+std::string query_span(time_t from, time_t to) {
+    return QUERY_START + std::to_string(from - QUERY_LAG) +
+           ",\"e\":" + std::to_string(to - QUERY_LAG);
+}
+
+size_t count_containing(const text_lines &lines, const std::string &part) {
+    return static_cast<size_t>(
+        std::count_if(lines.begin(), lines.end(), [&part](const std::string &line) {
+            return line.find(part) != std::string::npos;
+        }));
+}
+
+/// Reaps what has been left to us.
+bool have_no_children() {
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD;
+}
+
+int closed_status(const sim_answer &answer) {
+    EXPECT_TRUE(answer.closed) << "the daemon did not close the connection";
+    return sim_status(answer);
+}
+
+} // namespace
+
+text_lines log_lines() {
+    return sim_split_lines(sim_read_file(LOG_PATH));
+}
+
+text_lines journal() {
+    return sim_journal(ROUTER_DIR);
+}
+
+size_t log_count(const std::string &line) {
+    const text_lines lines = log_lines();
+    return static_cast<size_t>(std::count(lines.begin(), lines.end(), line));
+}
+
+std::string device_query(time_t from, time_t to, const std::string &macs) {
+    return query_span(from, to) + ",\"mac\":\"" + macs + "\"}'";
+}
+
+std::string router_query(time_t from, time_t to) {
+    return query_span(from, to) + "}'";
+}
+
+int ask(const sim_request &request) {
+    return closed_status(sim_ask(request));
+}
+
+int ask_command(const utm_app_config_cmd &command) {
+    return closed_status(sim_ask_command(command));
+}
+
+std::string bytes_of(const utm_app_config_cmd &command) {
+    return std::string(reinterpret_cast<const char *>(&command), sizeof command);
+}
+
+bool send_bytes(int fd, const std::string &bytes) {
+    return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+}
+
+int send_request(const sim_request &request) {
+    const int fd = sim_connect();
+    EXPECT_TRUE(send_bytes(fd, bytes_of(sim_command(request))));
+    return fd;
+}
+
+void prescribe(const char *which, const std::string &reply) {
+    ASSERT_TRUE(sim_write_file(router_path(which), reply));
+}
+
+std::string usage_reply(const std::vector<std::pair<int, int>> &apps) {
+    std::string text;
+    for (const auto &[app_id, minutes] : apps)
+        text += std::string(text.empty() ? "" : ",") +
+                "{\"type\":\"APP\",\"app_id\":" + std::to_string(app_id) +
+                ",\"total_time_usage\":" + std::to_string(minutes) + "}";
+    return "{\"data\":[" + text + "]}\n";
+}
+
+void shut_gate(const std::string &part) {
+    unlink(GATE_PATH);
+    const std::string gates = sim_read_file(router_path("gate"));
+    ASSERT_TRUE(sim_write_file(router_path("gate"), gates + GATE_PATH + " " + part + "\n"));
+}
+
+void open_gates() {
+    ASSERT_TRUE(sim_write_file(GATE_PATH, ""));
+}
+
+bool wait_for_journal(const std::string &part, size_t count) {
+    return sim_wait_for([&] { return count_containing(journal(), part) >= count; });
+}
+
+bool wait_for_log(const std::string &line, size_t count) {
+    return sim_wait_for([&] { return log_count(line) >= count; });
+}
+
+void daemon_test::SetUp() {
+    for (const char *left : {"/tmp/utm_log", "/tmp/ApplicationData", "/tmp/bin", ROUTER_DIR,
+                             UTM_APP_CONFIG_SOCKET_PATH})
+        fs::remove_all(left);
+    ASSERT_EQ(mkdir(ROUTER_DIR, 0777), 0) << strerror(errno);
+    options.binary = UTM_DAEMON;
+    options.stand_ins = UTM_STAND_INS;
+    options.router_dir = ROUTER_DIR;
+    options.clock_library = UTM_CLOCK_LIBRARY;
+}
+
+void daemon_test::TearDown() {
+    open_gates();
+    if (daemon.pid > 0) {
+        EXPECT_TRUE(sim_wait_for([this] { return children_of(daemon.pid).empty(); }))
+            << "the daemon does not wait for a program that it has started";
+        stop();
+    }
+    EXPECT_TRUE(sim_wait_for(have_no_children)) << "a process was left behind";
+    EXPECT_EQ(count_containing(journal(), "refused"), 0u) << testing::PrintToString(journal());
+    EXPECT_EQ(sim_sanitizer_reports(ROUTER_DIR), "");
+}
+
+void daemon_test::launch() {
+    ASSERT_LE(daemon.pid, 0) << "it is running already";
+    ASSERT_TRUE(sim_clock_create(&clock, router_path("clock"), start_time));
+    options.clock = &clock;
+    ASSERT_TRUE(sim_daemon_start(&daemon, options)) << "starter status " << daemon.starter_status;
+}
+
+void daemon_test::start() {
+    ASSERT_NO_FATAL_FAILURE(launch());
+    ASSERT_TRUE(sim_clock_wait_asleep(clock));
+}
+
+void daemon_test::start_with_log() {
+    ASSERT_NO_FATAL_FAILURE(start());
+    ASSERT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), UTM_APP_CONFIG_STATUS_OK);
+    unlink(router_path("journal").c_str());
+}
+
+void daemon_test::tick(int minutes) {
+    for (int i = 0; i < minutes; ++i)
+        ASSERT_TRUE(sim_clock_advance(&clock, 60));
+}
+
+void daemon_test::stop() {
+    const sim_exit how = sim_daemon_stop(&daemon);
+    EXPECT_TRUE(how.ended);
+    EXPECT_EQ(how.status, 0) << "signal " << how.signal;
+}
+
+int daemon_test::occupy_the_socket_thread() {
+    EXPECT_TRUE(sim_write_file("/tmp/signature", "rules"));
+    shut_gate("load /tmp/signature");
+    const int fd = sim_connect();
+    EXPECT_TRUE(send_bytes(
+        fd, bytes_of(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"))));
+    EXPECT_TRUE(wait_for_journal("load /tmp/signature"));
+    return fd;
+}
+
+bool daemon_test::wait_for_descriptors(size_t count) const {
+    return sim_wait_for([&] { return open_descriptors(daemon.pid).size() == count; });
+}

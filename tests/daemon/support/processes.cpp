@@ -1,0 +1,95 @@
+#include "tests/daemon/support/processes.h"
+
+#include "sim/harness/files.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string proc_path(pid_t pid, const char *name) {
+    return "/proc/" + std::to_string(pid) + "/" + name;
+}
+
+/// What of a process's or a thread's `stat` is looked at.
+struct process_figures {
+    int parent = -1;
+    unsigned long own_ticks = 0;
+    unsigned long kernel_ticks = 0;
+};
+
+/// @param path  the file `stat` of a process or of one of its threads
+process_figures figures_in(const std::string &path) {
+    process_figures figures;
+    // "pid (name) state ppid ...": the name may hold anything, so look behind its last bracket.
+    const std::string text = sim_read_file(path);
+    const size_t bracket = text.rfind(')');
+    if (bracket != std::string::npos)
+        sscanf(text.c_str() + bracket, ") %*c %d %*d %*d %*d %*d %*u %*u %*u %*u %*u %lu %lu",
+               &figures.parent, &figures.own_ticks, &figures.kernel_ticks);
+    return figures;
+}
+
+/// The names of a directory's entries that are numbers.
+std::set<int> numbers_in(const std::string &directory) {
+    std::set<int> numbers;
+    std::error_code error;
+    for (const auto &entry : fs::directory_iterator(directory, error)) {
+        const std::string name = entry.path().filename();
+        if (name.find_first_not_of("0123456789") == std::string::npos)
+            numbers.insert(atoi(name.c_str()));
+    }
+    return numbers;
+}
+
+} // namespace
+
+std::string descriptor_target(pid_t pid, int fd) {
+    std::error_code error;
+    return fs::read_symlink(proc_path(pid, "fd/") + std::to_string(fd), error);
+}
+
+std::set<int> open_descriptors(pid_t pid) {
+    return numbers_in(proc_path(pid, "fd"));
+}
+
+int next_descriptor(pid_t pid) {
+    const std::set<int> open = open_descriptors(pid);
+    int lowest = 0;
+    while (open.count(lowest) != 0)
+        ++lowest;
+    return lowest;
+}
+
+std::set<pid_t> children_of(pid_t pid) {
+    std::set<pid_t> children;
+    for (const pid_t other : numbers_in("/proc"))
+        if (figures_in(proc_path(other, "stat")).parent == pid)
+            children.insert(other);
+    return children;
+}
+
+std::chrono::milliseconds side_threads_time(pid_t pid) {
+    unsigned long ticks = 0;
+    for (const int thread : numbers_in(proc_path(pid, "task"))) {
+        const process_figures figures =
+            figures_in(proc_path(pid, "task/") + std::to_string(thread) + "/stat");
+        if (thread != pid)
+            ticks += figures.own_ticks + figures.kernel_ticks;
+    }
+    const auto per_second = static_cast<unsigned long>(sysconf(_SC_CLK_TCK));
+    return std::chrono::milliseconds(ticks * 1000 / per_second);
+}
+
+bool limit_descriptors(pid_t pid, int first_refused) {
+    rlimit limit = {};
+    if (prlimit(pid, RLIMIT_NOFILE, nullptr, &limit) != 0)
+        return false;
+    limit.rlim_cur = static_cast<rlim_t>(first_refused);
+    return prlimit(pid, RLIMIT_NOFILE, &limit, nullptr) == 0;
+}
