@@ -1,9 +1,10 @@
 /// libsimclock.so: preloaded into a program, it puts `sleep` and `gettimeofday` under the control
 /// of a virtual clock (clock_page.h).
 ///
-/// Only these two: they are all that the daemon's tick depends on. Whatever else waits (a socket,
-/// a child) keeps real time. The programs that the daemon starts inherit the preload, so it needs
-/// nothing but libc and does nothing before it is called.
+/// Only these two: they are all that the daemon's tick depends on (and leak_check.cpp, in the same
+/// library, adds a look for leaks to `_exit`). Whatever else waits (a socket, a child) keeps real
+/// time. The programs that the daemon starts inherit the preload, so it needs nothing but libc and
+/// does nothing before it is called.
 
 #include "sim/harness/clock_page.h"
 

@@ -3,8 +3,10 @@
 #include "control/protocol.h"
 #include "core/debug_log.h"
 #include "core/heap.h"
+#include "persist/export.h"
 #include "persist/export_schedule.h"
 #include "persist/feature_switch.h"
+#include "persist/import.h"
 #include "store/policies.h"
 #include "store/profiles.h"
 #include "usage/limits.h"
@@ -259,9 +261,12 @@ int32_t set_export_interval(const cmd_t &cmd, reply_t &) {
     return utm_app_set_export_interval(cmd.arg0);
 }
 
-/// The usage file is not written or read yet, and the reply says so.
-int32_t not_available(const cmd_t &, reply_t &) {
-    return -1;
+int32_t import_statistics(const cmd_t &cmd, reply_t &) {
+    return utm_app_import_statistics(path_of(cmd).text);
+}
+
+int32_t export_statistics(const cmd_t &cmd, reply_t &) {
+    return utm_app_export_statistics_to(path_of(cmd).text);
 }
 
 /// One command: its number, and the operation behind it. `run` answers with one reply whose status
@@ -300,8 +305,8 @@ constexpr command_t commands[] = {
     {UTM_APP_CONFIG_GET_STATUS, get_status, nullptr},
     {UTM_APP_CONFIG_GET_EXPORT_INTERVAL, get_export_interval, nullptr},
     {UTM_APP_CONFIG_SET_EXPORT_INTERVAL, set_export_interval, nullptr},
-    {UTM_APP_CONFIG_IMPORT_STATISTICS, not_available, nullptr},
-    {UTM_APP_CONFIG_EXPORT_STATISTICS, not_available, nullptr},
+    {UTM_APP_CONFIG_IMPORT_STATISTICS, import_statistics, nullptr},
+    {UTM_APP_CONFIG_EXPORT_STATISTICS, export_statistics, nullptr},
 };
 
 const command_t *find_command(uint8_t type) {

@@ -3,6 +3,7 @@
 #include "control/dispatcher.h"
 #include "control/protocol.h"
 #include "core/debug_log.h"
+#include "core/fd_guard.h"
 #include "core/heap.h"
 
 #include <cerrno>
@@ -31,28 +32,8 @@ struct config_conn {
     uint8_t buf[UTM_APP_CONFIG_CMD_SIZE]; ///< room for a request; the dispatcher has its own
 };
 
-/// Closes a descriptor unless it is handed on.
-class fd_guard {
-public:
-    explicit fd_guard(int fd) : fd_(fd) {}
-    ~fd_guard() {
-        if (fd_ >= 0)
-            close(fd_);
-    }
-    fd_guard(const fd_guard &) = delete;
-    fd_guard &operator=(const fd_guard &) = delete;
-    int get() const { return fd_; }
-    int release() {
-        const int fd = fd_;
-        fd_ = -1;
-        return fd;
-    }
-
-private:
-    int fd_;
-};
-
-/// Binds to a path. The address's length covers the family, the path and its NUL.
+/// Binds to a path. The address's length covers the family, the path, its NUL and one byte more,
+/// which the kernel ignores behind the NUL.
 /// @return 0, or -1 with `errno` set, also for a path that does not fit into an address
 int bind_path(int fd, const char *path) {
     sockaddr_un address = {};

@@ -51,6 +51,7 @@ void init_state(time_t now) {
 void tick() {
     utm_app_update_app_status();
     utm_app_update_global_app_status();
+    utm_app_export_check();
 }
 
 } // namespace

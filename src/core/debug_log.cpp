@@ -72,8 +72,7 @@ bool prepare_file_from_signal() {
 }
 
 /// Appends a line in one write, so that two threads' lines never mix. Plain descriptors rather
-/// than stdio: the process may end while the other thread writes, and stdio's own clean-up at
-/// exit must not meet a stream in use.
+/// than stdio, because a signal handler appends in the same way.
 void append(const char *line, size_t length) {
     const int fd = open(debug_log_path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
     if (fd < 0)
@@ -108,8 +107,8 @@ int32_t utm_app_debug_set(unsigned value) {
 
 void utm_app_debug_log(const char *format, ...) {
     const int enabled = utm_app_debug_get();
-    // The mutex orders the flag against utm_app_debug_set and is free again before the file is
-    // touched: a slow disk must not hold up the command that switches logging off.
+    // A change of the flag that is under way is let through first. The mutex is free again before
+    // the file is touched: a slow disk must not hold up the command that switches logging off.
     { const mutex_guard lock(utm_app_debug_mutex); }
     if (enabled == 0)
         return;

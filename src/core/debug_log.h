@@ -15,7 +15,7 @@ inline constexpr char debug_log_path[] = "/tmp/utm_log/utm_app_log";
 /// Bytes that the file may hold when a line is added; one byte more and it is moved aside.
 inline constexpr int64_t debug_log_size_limit = 0x500000;
 
-/// Orders a change of the debug flag against the log lines. It does not serialise the writers.
+/// Held while the debug flag changes. It does not serialise the writers.
 extern utm_mutex_t utm_app_debug_mutex;
 
 /// @return the debug flag, 0 or 1, read without the mutex

@@ -1,9 +1,8 @@
 #pragma once
 /// Locks that clang's thread-safety analysis understands.
 ///
-/// The types wrap the POSIX locks one to one. They have no constructor: each lock is a global
-/// that `core/daemon` creates and destroys by name, so that none is destroyed behind the back of
-/// the control-socket thread, which is still running when the process ends.
+/// The types wrap the POSIX locks one to one. They have no constructor and no destructor: each lock
+/// is a global that `core/daemon` creates and destroys by name, in a fixed order.
 
 #include <pthread.h>
 

@@ -19,6 +19,12 @@ extern std::atomic<int64_t> last_export_statistics_ts;
 /// @return the interval in minutes
 [[nodiscard]] int32_t utm_app_get_export_interval() UTM_EXCLUDES(utm_export_interval_rwlock);
 
+/// Exports to the daemon's own file when the interval has passed; called once a tick.
+///
+/// The router must have been up for an interval as well, so that a boot does not replace the file
+/// before somebody has imported it. Nothing is written while the feature is off.
+void utm_app_export_check() UTM_EXCLUDES(utm_export_interval_rwlock);
+
 /// Sets the interval, which counts from the last export.
 /// @param minutes  1 or more
 /// @return 0, or -1 for a value below 1, which changes nothing

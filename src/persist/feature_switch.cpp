@@ -1,8 +1,11 @@
 #include "persist/feature_switch.h"
 
 #include "core/debug_log.h"
+#include "persist/export.h"
 #include "store/enforcement.h"
 #include "store/qvutm_notify.h"
+
+#include <unistd.h>
 
 namespace {
 
@@ -21,18 +24,24 @@ void switch_off() UTM_REQUIRES(utm_app_config_mutex) {
     utm_app_lift_all_blocks();
 }
 
-/// @return the switch as it was
-int32_t turn(int32_t value) UTM_EXCLUDES(utm_app_config_mutex) {
+/// What turning the switch has found.
+struct turned_t {
+    int32_t old;
+    bool lacks_usage_file; ///< switched on, and there is no usage file yet
+};
+
+turned_t turn(int32_t value) UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     const int32_t old = activate;
     if (value == old)
-        return old;
+        return {old, false};
     activate = value;
-    if (value == 1)
-        switch_on();
-    else
+    if (value == 0) {
         switch_off();
-    return old;
+        return {old, false};
+    }
+    switch_on();
+    return {old, access(usage_file_path, F_OK) != 0};
 }
 
 } // namespace
@@ -41,7 +50,10 @@ int32_t utm_app_set_activate(uint32_t value) {
     if (value > 1)
         return -1;
     const int32_t requested = static_cast<int32_t>(value);
-    const int32_t old = turn(requested);
-    utm_app_debug_log("Set activate from %d to %d\n", old, requested);
+    const turned_t turned = turn(requested);
+    utm_app_debug_log("Set activate from %d to %d\n", turned.old, requested);
+    // Only here, after the store's lock is free again: the export takes it itself.
+    if (turned.lacks_usage_file)
+        utm_app_export_statistics(usage_file_path, 1);
     return 0;
 }

@@ -53,10 +53,6 @@ void send_profile_event(const config_user_profile_t *profile, int32_t action) {
     send_utm_notify_event(&event);
 }
 
-bool is_cut_off(const config_user_profile_t &profile) {
-    return profile.daily_limit_enable == 1 && profile.blocked == 1;
-}
-
 } // namespace
 
 void utm_app_guard_on() {
@@ -75,7 +71,7 @@ void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id) 
         command_line("%s apg acl set %02X:%02X:%02X:%02X:%02X:%02X %d 0 18", LCSH_CMD, mac[0],
                      mac[1], mac[2], mac[3], mac[4], mac[5], app_id);
     const int status = system(line.text);
-    // Log readers tell a failed block from a failed release by the missing "!= 0".
+    // Unlike the other two lines this one is logged without "!= 0"; the text is kept.
     if (status != 0)
         utm_app_debug_log("Command %s return %d\n", line.text, status);
 }

@@ -1,6 +1,6 @@
 #pragma once
-/// Network enforcement: the only place that builds a command line for the DPI engine's shell or
-/// an event for the router's services.
+/// Network enforcement: the only place that builds an access rule's command line for the DPI
+/// engine's shell or a profile's event for the router's services.
 ///
 /// The daemon filters nothing itself. A single application is blocked for a single device by a
 /// line of the DPI shell ("apg acl ..."); a whole profile is cut off by an event of the
@@ -14,7 +14,7 @@
 /// The DPI engine's shell, found through PATH.
 extern const char *LCSH_CMD;
 
-/// Switches the DPI engine's access guard on ("apg on") or off ("apg off").
+/// Switches the DPI engine's "apg" function, which applies the access rules, on or off.
 void utm_app_guard_on() UTM_REQUIRES(utm_app_config_mutex);
 void utm_app_guard_off() UTM_REQUIRES(utm_app_config_mutex);
 

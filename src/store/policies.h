@@ -38,7 +38,7 @@
 
 /// Removes a policy's rules and releases the bound profile's devices, whether or not the feature
 /// is active. In spite of its name it keeps the policy: bound, listed, with its id and its old
-/// application count, as front ends that "delete" and refill a policy rely on. Logs nothing.
+/// application count, ready to be filled again. Logs nothing.
 /// @return 0, or -1 when the policy is missing
 [[nodiscard]] int32_t utm_app_delete_policy(int32_t policy_id) UTM_EXCLUDES(utm_app_config_mutex);
 

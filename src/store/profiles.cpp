@@ -17,10 +17,6 @@ constexpr size_t device_piece_length = 13;
 /// Room for the helper script's command line.
 constexpr size_t script_command_size = 512;
 
-bool is_cut_off(const config_user_profile_t *profile) {
-    return profile->blocked == 1 && profile->daily_limit_enable == 1;
-}
-
 /// Appends a new profile unless its id is taken.
 bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
@@ -49,10 +45,10 @@ void release_devices(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config
 }
 
 /// Brings a device that joins a profile under the blocks in force. An application that is over
-/// its limit and also has a block rule is blocked twice; the DPI shell takes that in its stride.
+/// its limit and also has a block rule is blocked twice, by two equal lines.
 void block_joining_device(config_user_profile_t *profile, const config_device_t *device)
     UTM_REQUIRES(utm_app_config_mutex) {
-    if (is_cut_off(profile))
+    if (is_cut_off(*profile))
         __block_one_device_to_use_network(device);
     for (const config_app_usage_t &usage : apps_of(profile))
         if (usage.blocked == 1)
@@ -67,7 +63,7 @@ void block_joining_device(config_user_profile_t *profile, const config_device_t 
 void release_leaving_device(const config_user_profile_t *profile, const config_device_t *device)
     UTM_REQUIRES(utm_app_config_mutex) {
     utm_app_reset_device(device);
-    if (!is_cut_off(profile))
+    if (!is_cut_off(*profile))
         return;
     char command[script_command_size] = {};
     snprintf(command, sizeof(command), "profile_daily_limit.sh -C %d", profile->user_profile_id);
@@ -223,10 +219,11 @@ uint8_t *utm_app_get_devices(int32_t profile_id, int32_t *count) {
         utm_app_debug_log("Get devices of profile %d failed because malloc failed\n", profile_id);
         return nullptr;
     }
-    uint8_t *slot = macs;
+    int32_t filled = 0;
     for (const config_device_t &device : devices_of(profile)) {
-        memcpy(slot, device.mac, mac_bytes);
-        slot += mac_bytes;
+        if (filled == profile->device_count)
+            break;
+        memcpy(&macs[filled++ * mac_bytes], device.mac, mac_bytes);
     }
     *count = profile->device_count;
     return macs;

@@ -21,6 +21,11 @@ void utm_app_store_init(time_t now) {
     utm_app_config_global_app_stat_list_count = 0;
 }
 
+int32_t utm_app_get_activate() {
+    const mutex_guard lock(utm_app_config_mutex);
+    return activate;
+}
+
 config_user_profile_t *utm_app_find_profile(int32_t profile_id) {
     for (config_user_profile_t &profile : all_profiles())
         if (profile.user_profile_id == profile_id)
@@ -36,6 +41,8 @@ config_app_policy_t *utm_app_find_policy(int32_t policy_id) {
 }
 
 config_device_t *utm_app_find_device(config_user_profile_t *profile, const uint8_t *mac) {
+    if (profile == nullptr)
+        return nullptr;
     for (config_device_t &device : devices_of(profile))
         if (memcmp(device.mac, mac, mac_bytes) == 0)
             return &device;
@@ -52,6 +59,8 @@ config_app_usage_t *utm_app_find_app_usage(config_list_node_t *list, int32_t app
 }
 
 config_policy_app_t *utm_app_find_policy_app(config_app_policy_t *policy, int32_t app_id) {
+    if (policy == nullptr)
+        return nullptr;
     for (config_policy_app_t &rule : rules_of(policy))
         if (rule.app_id == app_id)
             return &rule;

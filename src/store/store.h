@@ -34,6 +34,9 @@ inline bool utm_app_feature_is_active() UTM_REQUIRES(utm_app_config_mutex) {
     return activate == 1;
 }
 
+/// @return the feature switch, 0 or 1, for a caller that does not hold the store
+[[nodiscard]] int32_t utm_app_get_activate() UTM_EXCLUDES(utm_app_config_mutex);
+
 inline list_range<config_user_profile_t> all_profiles() UTM_REQUIRES(utm_app_config_mutex) {
     return list_range<config_user_profile_t>(&utm_app_config_user_profile_list);
 }
@@ -46,7 +49,8 @@ inline list_range<config_app_usage_t> global_apps() UTM_REQUIRES(utm_app_config_
     return list_range<config_app_usage_t>(&utm_app_config_global_app_stat_list);
 }
 
-/// The lookups walk a list from the front and return the first match, or null.
+/// The lookups walk a list from the front and return the first match, or null; so does a null
+/// record or list.
 [[nodiscard]] config_user_profile_t *utm_app_find_profile(int32_t profile_id)
     UTM_REQUIRES(utm_app_config_mutex);
 [[nodiscard]] config_app_policy_t *utm_app_find_policy(int32_t policy_id)

@@ -7,6 +7,19 @@
 
 namespace {
 
+/// Links a new record and the policy's rule for its application. All other links hold already: the
+/// application had no record before, so no rule can have pointed at one.
+void link_new_usage(config_user_profile_t *profile, config_app_usage_t *usage)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (profile->app_policy == nullptr)
+        return;
+    config_policy_app_t *rule = utm_app_find_policy_app(profile->app_policy, usage->app_id);
+    if (rule == nullptr)
+        return;
+    rule->app_usage = usage;
+    usage->policy_app = rule;
+}
+
 config_app_usage_t *add_app_usage(config_user_profile_t *profile, int32_t app_id, int32_t minutes)
     UTM_REQUIRES(utm_app_config_mutex) {
     config_app_usage_t *usage = heap_allocate<config_app_usage_t>();
@@ -16,7 +29,24 @@ config_app_usage_t *add_app_usage(config_user_profile_t *profile, int32_t app_id
     usage->daily_used = minutes;
     list_push_front(&profile->app_stat_list, &usage->link);
     profile->app_count += 1;
-    utm_app_link_policy_to_usage(profile);
+    link_new_usage(profile, usage);
+    return usage;
+}
+
+/// Finds an application's record and adds the minutes to it, or creates it with them.
+/// @return null when memory runs out
+config_app_usage_t *count_minutes(config_user_profile_t *profile, int32_t app_id, int32_t minutes,
+                                  app_index_t *index) UTM_REQUIRES(utm_app_config_mutex) {
+    config_app_usage_t *usage = index != nullptr
+                                    ? app_index_find(index, app_id)
+                                    : utm_app_find_app_usage(&profile->app_stat_list, app_id);
+    if (usage != nullptr) {
+        usage->daily_used = saturating_sum(usage->daily_used, minutes);
+        return usage;
+    }
+    usage = add_app_usage(profile, app_id, minutes);
+    if (usage != nullptr && index != nullptr)
+        app_index_add(index, usage);
     return usage;
 }
 
@@ -48,14 +78,11 @@ int32_t utm_app_update_profile_usage(config_user_profile_t *profile, int32_t min
     return 0;
 }
 
-int32_t utm_app_update_app_usage(config_user_profile_t *profile, int32_t app_id, int32_t minutes) {
+int32_t utm_app_update_app_usage(config_user_profile_t *profile, int32_t app_id, int32_t minutes,
+                                 app_index_t *index) {
     if (profile == nullptr)
         return -1;
-    config_app_usage_t *usage = utm_app_find_app_usage(&profile->app_stat_list, app_id);
-    if (usage != nullptr)
-        usage->daily_used = saturating_sum(usage->daily_used, minutes);
-    else
-        usage = add_app_usage(profile, app_id, minutes);
+    config_app_usage_t *usage = count_minutes(profile, app_id, minutes, index);
     if (usage == nullptr)
         return -1;
     if (!has_reached_its_limit(*usage))

@@ -2,6 +2,7 @@
 /// Accounting: adds a tick's minutes to a profile and blocks what has reached its limit.
 
 #include "store/store.h"
+#include "usage/app_index.h"
 
 #include <cstdint>
 
@@ -18,6 +19,8 @@
 
 /// Adds minutes of one application to a profile, creating the application's record when it is
 /// new, and blocks the application on the profile's devices when they reach its rule's limit.
+/// @param index  an index over the profile's usage list, or null to walk the list
 /// @return 0, or -1 for a null profile or no memory
 [[nodiscard]] int32_t utm_app_update_app_usage(config_user_profile_t *profile, int32_t app_id,
-                                               int32_t minutes) UTM_REQUIRES(utm_app_config_mutex);
+                                               int32_t minutes, app_index_t *index = nullptr)
+    UTM_REQUIRES(utm_app_config_mutex);

@@ -9,13 +9,29 @@ namespace {
 /// Days of each month; leap days come in through `utm_app_leap_days` alone.
 constexpr int32_t month_days[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
+/// The calendar fields of an instant in the zone that was looked at last.
+tm fields_of(time_t instant) {
+    tm fields = {};
+    localtime_r(&instant, &fields);
+    return fields;
+}
+
 /// `localtime` for two threads: `localtime_r` fills the caller's record but need not look at the
 /// zone again, so `tzset` does, as `localtime` would.
 tm local_time(time_t instant) {
-    tm fields = {};
     tzset();
-    localtime_r(&instant, &fields);
-    return fields;
+    return fields_of(instant);
+}
+
+/// Two instants, with one look at the zone: it costs a system call, for each profile of a tick.
+struct local_pair_t {
+    tm last;
+    tm now;
+};
+
+local_pair_t local_times(time_t last, time_t now) {
+    tzset();
+    return {fields_of(last), fields_of(now)};
 }
 
 } // namespace
@@ -25,19 +41,23 @@ int32_t utm_app_current_weekday() {
 }
 
 int32_t utm_app_is_day_changed(time_t last, time_t now) {
-    return local_time(now).tm_mday != local_time(last).tm_mday;
+    const local_pair_t local = local_times(last, now);
+    return local.now.tm_mday != local.last.tm_mday;
 }
 
 int32_t utm_app_is_week_changed(time_t last, time_t now) {
-    return local_time(now).tm_wday < local_time(last).tm_wday;
+    const local_pair_t local = local_times(last, now);
+    return local.now.tm_wday < local.last.tm_wday;
 }
 
 int32_t utm_app_is_month_changed(time_t last, time_t now) {
-    return local_time(now).tm_mon != local_time(last).tm_mon;
+    const local_pair_t local = local_times(last, now);
+    return local.now.tm_mon != local.last.tm_mon;
 }
 
 int32_t utm_app_is_year_changed(time_t last, time_t now) {
-    return local_time(now).tm_year != local_time(last).tm_year;
+    const local_pair_t local = local_times(last, now);
+    return local.now.tm_year != local.last.tm_year;
 }
 
 int32_t utm_app_leap_days(int32_t year, int32_t month) {

@@ -24,42 +24,61 @@ pipe_ptr start_query(const char *line) {
 }
 
 /// Ends the daemon where a reply no longer fits into memory: there is no going on from an
-/// exhausted heap, and whatever supervises the daemon starts it anew.
+/// exhausted heap.
 [[noreturn]] void end_for_want_of_memory(const char *format, size_t wanted, pipe_ptr pipe) {
     utm_app_debug_log(format, static_cast<int>(wanted));
     pipe.reset();
     abort();
 }
 
-void add_profile_figure(const statistics_figure_t &figure, config_user_profile_t *profile)
+/// Where a profile's figures go.
+struct profile_target_t {
+    config_user_profile_t *profile;
+    app_index_t apps;
+};
+
+void add_profile_figure(const statistics_figure_t &figure, profile_target_t *target)
     UTM_REQUIRES(utm_app_config_mutex) {
     if (figure.kind == figure_kind_t::app) {
-        if (utm_app_update_app_usage(profile, figure.app_id, figure.minutes) < 0)
+        if (utm_app_update_app_usage(target->profile, figure.app_id, figure.minutes,
+                                     &target->apps) < 0)
             utm_app_debug_log("Update app stat and block failed\n");
-    } else if (utm_app_update_profile_usage(profile, figure.minutes) < 0) {
+    } else if (utm_app_update_profile_usage(target->profile, figure.minutes) < 0) {
         utm_app_debug_log("Update profile daily usage and block failed\n");
     }
 }
 
-void add_global_figure(const statistics_figure_t &figure) UTM_REQUIRES(utm_app_config_mutex) {
+void add_global_figure(const statistics_figure_t &figure, app_index_t *apps)
+    UTM_REQUIRES(utm_app_config_mutex) {
     if (figure.kind != figure_kind_t::app)
         return;
-    if (utm_app_global_app_stat_add(figure.app_id, figure.minutes) < 0)
+    if (utm_app_global_app_stat_add(figure.app_id, figure.minutes, apps) < 0)
         utm_app_debug_log("Update app stat to global failed\n");
 }
 
 /// The parser's visitors. The analysis cannot follow the lock through a function pointer; the
-/// collectors below hold it around the parse.
-void visit_profile_figure(const statistics_figure_t &figure, void *profile) UTM_NO_ANALYSIS {
-    add_profile_figure(figure, static_cast<config_user_profile_t *>(profile));
+/// functions below hold it around the parse.
+void visit_profile_figure(const statistics_figure_t &figure, void *target) UTM_NO_ANALYSIS {
+    add_profile_figure(figure, static_cast<profile_target_t *>(target));
 }
 
-void visit_global_figure(const statistics_figure_t &figure, void *) UTM_NO_ANALYSIS {
-    add_global_figure(figure);
+void visit_global_figure(const statistics_figure_t &figure, void *apps) UTM_NO_ANALYSIS {
+    add_global_figure(figure, static_cast<app_index_t *>(apps));
 }
 
-bool is_without_devices(const config_user_profile_t &profile) {
-    return profile.device_count == 0 && list_is_empty(&profile.device_list);
+void add_profile_reply(const statistics_reply_t &reply, config_user_profile_t *profile)
+    UTM_REQUIRES(utm_app_config_mutex) {
+    if (reply.text.get()[0] == '\0')
+        return;
+    profile_target_t target = {profile, app_index_of(&profile->app_stat_list)};
+    utm_app_statistics_parse(reply.text.get(), visit_profile_figure, &target);
+}
+
+void add_global_reply(const statistics_reply_t &reply) UTM_REQUIRES(utm_app_config_mutex) {
+    if (reply.text.get()[0] == '\0')
+        return;
+    app_index_t apps = app_index_of(&utm_app_config_global_app_stat_list);
+    utm_app_statistics_parse(reply.text.get(), visit_global_figure, &apps);
 }
 
 /// Queries one profile's devices and adds the reply up.
@@ -83,8 +102,7 @@ int32_t collect_profile(config_user_profile_t *profile, time_t now, statistics_r
                                std::move(pipe));
     line.reset();
     pipe.reset();
-    if (reply->text.get()[0] != '\0')
-        utm_app_statistics_parse(reply->text.get(), visit_profile_figure, profile);
+    add_profile_reply(*reply, profile);
     return 0;
 }
 
@@ -102,7 +120,7 @@ int32_t utm_app_update_app_status() {
         return -1;
     for (config_user_profile_t &profile : all_profiles()) {
         utm_app_profile_rollover(&profile, now);
-        if (!is_without_devices(profile) && collect_profile(&profile, now, &reply) != 0)
+        if (has_devices(profile) && collect_profile(&profile, now, &reply) != 0)
             return -1;
         utm_app_reply_clear(&reply);
         profile.last_collect_ts = now;
@@ -124,8 +142,7 @@ int32_t utm_app_update_global_app_status() {
     statistics_reply_t reply = {};
     if (!utm_app_reply_create(&reply)) {
         utm_app_debug_log("Update global app status failed because malloc failed\n");
-        // The pipe is left open: closing it would wait for the program behind it, and this tick
-        // has failed already.
+        // The pipe is left open, a known leak of the rarest of ticks.
         [[maybe_unused]] const FILE *left_open = pipe.release();
         return -1;
     }
@@ -134,8 +151,7 @@ int32_t utm_app_update_global_app_status() {
         end_for_want_of_memory("Update global app status failed because realloc %d failed\n",
                                failed, std::move(pipe));
     pipe.reset();
-    if (reply.text.get()[0] != '\0')
-        utm_app_statistics_parse(reply.text.get(), visit_global_figure, nullptr);
+    add_global_reply(reply);
     utm_app_config_global_app_stat_last_ts = now;
     return 0;
 }

@@ -30,11 +30,10 @@ void unblock(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) 
 }
 
 /// Blocks or unblocks a profile after a setter has moved its budget.
-/// @param limit  the limit just put in place, minutes
-void reevaluate(config_user_profile_t *profile, int32_t limit) UTM_REQUIRES(utm_app_config_mutex) {
+void reevaluate(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
     if (!utm_app_feature_is_active() || profile->daily_limit_enable != 1)
         return;
-    if (profile->daily_used < saturating_sum(limit, profile->daily_extend))
+    if (profile->daily_used < utm_app_budget_of(profile))
         unblock(profile);
     else
         block(profile);
@@ -59,7 +58,7 @@ void set_weekday(config_user_profile_t *profile, int32_t weekday, int32_t minute
         if (weekday != utm_app_current_weekday())
             continue;
         profile->daily_limit = minutes;
-        reevaluate(profile, minutes);
+        reevaluate(profile);
     }
 }
 
@@ -107,7 +106,7 @@ int32_t utm_app_set_daily_limit(int32_t profile_id, int32_t minutes) {
         return -1;
     if (profile->daily_limit != minutes) {
         profile->daily_limit = minutes;
-        reevaluate(profile, minutes);
+        reevaluate(profile);
     }
     for (config_weekday_limit_t &entry : weekdays_of(profile))
         entry.limit = minutes;
@@ -179,7 +178,7 @@ int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes) {
         return -1;
     }
     profile->daily_extend = saturating_sum(profile->daily_extend, minutes);
-    reevaluate(profile, profile->daily_limit);
+    reevaluate(profile);
     utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
                       profile->daily_extend);
     return 0;
@@ -194,7 +193,7 @@ int32_t utm_app_reset_extend(int32_t profile_id) {
         return -1;
     }
     profile->daily_extend = 0;
-    reevaluate(profile, profile->daily_limit);
+    reevaluate(profile);
     utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);
     return 0;
 }

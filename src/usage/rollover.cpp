@@ -35,10 +35,6 @@ void roll_usage(config_app_usage_t *usage, boundary_t boundary) {
     roll_counters(&usage->daily_used, &usage->weekly_used, &usage->monthly_used, boundary);
 }
 
-bool has_devices(const config_user_profile_t *profile) {
-    return profile->device_count != 0 || !list_is_empty(&profile->device_list);
-}
-
 /// Puts today's weekday limit in force; a profile that lacks the entry keeps yesterday's.
 void take_weekday_limit(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
     const int32_t weekday = utm_app_current_weekday();
@@ -55,7 +51,7 @@ void release_limited_apps(config_user_profile_t *profile) UTM_REQUIRES(utm_app_c
         if (usage.blocked != 1 || usage.policy_app == nullptr ||
             usage.policy_app->action != POLICY_ACTION_LIMIT)
             continue;
-        if (has_devices(profile))
+        if (has_devices(*profile))
             utm_app_unblock_app_on_devices(&profile->device_list, usage.app_id);
         usage.blocked = 0;
     }
@@ -68,7 +64,7 @@ void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) {
     if (utm_app_is_day_changed(last, now) == 0)
         return;
     const boundary_t boundary = boundary_between(last, now);
-    if (has_devices(profile))
+    if (has_devices(*profile))
         utm_app_unblock_profile(profile);
     profile->daily_extend = 0;
     take_weekday_limit(profile);
@@ -76,7 +72,7 @@ void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) {
     for (config_app_usage_t &usage : apps_of(profile))
         roll_usage(&usage, boundary);
     if (profile->blocked == 1) {
-        if (has_devices(profile))
+        if (has_devices(*profile))
             utm_app_unblock_profile(profile);
         profile->blocked = 0;
     }

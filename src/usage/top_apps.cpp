@@ -4,9 +4,10 @@
 #include "core/heap.h"
 #include "store/saturate.h"
 
-int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes) {
+int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t *index) {
     config_app_usage_t *usage =
-        utm_app_find_app_usage(&utm_app_config_global_app_stat_list, app_id);
+        index != nullptr ? app_index_find(index, app_id)
+                         : utm_app_find_app_usage(&utm_app_config_global_app_stat_list, app_id);
     if (usage != nullptr) {
         usage->daily_used = saturating_sum(usage->daily_used, minutes);
         return 0;
@@ -18,6 +19,8 @@ int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes) {
     usage->daily_used = minutes;
     list_push_front(&utm_app_config_global_app_stat_list, &usage->link);
     utm_app_config_global_app_stat_list_count += 1;
+    if (index != nullptr)
+        app_index_add(index, usage);
     return 0;
 }
 
@@ -34,10 +37,13 @@ config_app_minutes_t *copy_top_apps(int32_t *count) UTM_EXCLUDES(utm_app_config_
         utm_app_debug_log("Get top apps failed because malloc failed\n");
         return nullptr;
     }
-    config_app_minutes_t *row = apps;
-    for (const config_app_usage_t &usage : global_apps())
-        *row++ = {usage.app_id,
-                  saturate(int64_t{usage.daily_used} + usage.weekly_used + usage.monthly_used)};
+    int32_t filled = 0;
+    for (const config_app_usage_t &usage : global_apps()) {
+        if (filled == *count)
+            break;
+        apps[filled++] = {usage.app_id, saturate(int64_t{usage.daily_used} + usage.weekly_used +
+                                                 usage.monthly_used)};
+    }
     return apps;
 }
 

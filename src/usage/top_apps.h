@@ -2,12 +2,14 @@
 /// The router's top applications: one usage record per application seen on any device.
 
 #include "store/store.h"
+#include "usage/app_index.h"
 
 #include <cstdint>
 
 /// Adds minutes to an application's router-wide record, which is created when it is new.
+/// @param index  an index over the router-wide list, or null to walk the list
 /// @return always 0; without memory for a new record the figure is lost, the rest goes on
-int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes)
+int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t *index = nullptr)
     UTM_REQUIRES(utm_app_config_mutex);
 
 /// Ranks every application by today's, this week's and this month's minutes together.

@@ -124,6 +124,7 @@ TEST_F(daemon_lists, a_slow_reader_gets_everything) {
 
 TEST_F(daemon_lists, a_reader_that_never_reads_costs_the_others_a_few_seconds) {
     const int stuck = send_request(LONG_LIST);
+    ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
     const auto asked = steady_clock::now();
 
     const int status = ask({.type = UTM_APP_CONFIG_PING});
@@ -155,6 +156,7 @@ TEST_F(daemon_lists, a_reader_that_goes_in_the_middle_ends_its_list) {
 
 TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_ticks) {
     const int stuck = send_request(LONG_LIST);
+    ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
     const size_t before = journal().size();
 
     tick();

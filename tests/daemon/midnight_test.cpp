@@ -2,6 +2,8 @@
 
 #include "tests/daemon/support/fixture.h"
 
+#include <filesystem>
+
 namespace {
 
 /// 2030-01-05 23:50:00.
@@ -25,6 +27,7 @@ protected:
         daemon_test::SetUp();
         start_time = TEN_TO_MIDNIGHT;
         prescribe("scenario", SCENARIO);
+        std::filesystem::create_directory("/tmp/ApplicationData");
         start();
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);

@@ -4,7 +4,6 @@
 #include "tests/daemon/support/processes.h"
 
 #include <chrono>
-#include <poll.h>
 #include <thread>
 #include <unistd.h>
 
@@ -22,6 +21,7 @@ protected:
     void TearDown() override {
         for (const int fd : clients)
             close(fd);
+        EXPECT_TRUE(sim_wait_for([this] { return next_descriptor(daemon.pid) < FIRST_REFUSED; }));
         daemon_test::TearDown();
     }
     /// Connects, one after the other, so that the n-th client has the n-th free descriptor.
@@ -37,11 +37,6 @@ protected:
     }
     std::vector<int> clients;
 };
-
-bool is_readable(int fd) {
-    pollfd readable = {.fd = fd, .events = POLLIN, .revents = 0};
-    return poll(&readable, 1, 0) > 0;
-}
 
 } // namespace
 

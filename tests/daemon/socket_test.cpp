@@ -3,7 +3,6 @@
 #include "tests/daemon/support/fixture.h"
 #include "tests/daemon/support/processes.h"
 
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -26,12 +25,6 @@ void leave_a_stale_socket() {
     memcpy(address.sun_path, UTM_APP_CONFIG_SOCKET_PATH, sizeof UTM_APP_CONFIG_SOCKET_PATH);
     EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
     close(fd);
-}
-
-/// @return whether the other end has sent or closed
-bool is_readable(int fd) {
-    pollfd readable = {.fd = fd, .events = POLLIN, .revents = 0};
-    return poll(&readable, 1, 0) > 0;
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr unsigned CLIENTS = 4;
-constexpr size_t COMMANDS = 3000;
+constexpr size_t COMMANDS = 10'000;
 
 constexpr char USAGE[] = R"({"data":[{"type":"APP","app_id":301,"total_time_usage":7},
                                      {"type":"APP","app_id":305,"total_time_usage":1},
@@ -33,7 +33,62 @@ utm_app_config_cmd random_with_log(std::mt19937 &random) {
     return random_command(random);
 }
 
+/// One command for profile and policy 1, with arguments in range.
+request_maker always(uint8_t type) {
+    return [type](std::mt19937 &random) {
+        const auto minutes = static_cast<int32_t>(random() % 60 + 1);
+        if (type == UTM_APP_CONFIG_ADD_DEVICE || type == UTM_APP_CONFIG_DEL_DEVICE)
+            return sim_device_command(type, 1, {2, 0, 0, 0, 0, 7});
+        if (type == UTM_APP_CONFIG_ADD_APPS_TO_POLICY)
+            return sim_rules_command(1, {{305, 1, static_cast<uint16_t>(minutes)}});
+        if (type == UTM_APP_CONFIG_EXPORT_STATISTICS || type == UTM_APP_CONFIG_IMPORT_STATISTICS)
+            return sim_path_command(type, "/tmp/saved.json");
+        const bool is_switch =
+            type == UTM_APP_CONFIG_SET_ACTIVATE || type == UTM_APP_CONFIG_SET_DEBUG;
+        return sim_command({.type = type,
+                            .arg0 = is_switch ? minutes % 2 : 1,
+                            .arg1 = 1,
+                            .arg2 = minutes % 2,
+                            .arg3 = minutes,
+                            .arg4 = minutes});
+    };
+}
+
+/// Profile 1 with a device and policy 1, whether or not they were there.
+void set_up_a_profile() {
+    ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1});
+    ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1});
+    ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2}));
+    ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1});
+    ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5});
+    ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 1, .arg4 = 2});
+    ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1});
+    ask_command(sim_rules_command(1, {{305, 1, 1}, {310, 2, 0}}));
+    ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1});
+    ask_command(sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, "/tmp/saved.json"));
+}
+
+constexpr uint8_t COMMAND_TYPES[] = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31, 32, 33, 34, 35,
+                                     36, 37, 39, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51};
+
 } // namespace
+
+/// Alone, a command that forgets a lock is not held up by one that takes it: it meets the tick
+/// while the tick's query runs.
+TEST_F(daemon_threads, no_command_shares_anything_unguarded_with_a_tick) {
+    for (const uint8_t type : COMMAND_TYPES) {
+        SCOPED_TRACE("command " + std::to_string(type));
+        set_up_a_profile();
+        busy_clients clients(1, always(type));
+        for (int day = 0; day < 3; ++day) {
+            sim_clock_jump(&clock, 24 * 60 * 60);
+            tick();
+        }
+        ASSERT_TRUE(sim_wait_for([&] { return clients.answered() > 0; }));
+        clients.stop();
+        EXPECT_EQ(clients.left_waiting(), 0u);
+    }
+}
 
 TEST_F(daemon_threads, ticks_and_commands_share_everything_without_a_race) {
     int ticks = 0;
@@ -42,7 +97,7 @@ TEST_F(daemon_threads, ticks_and_commands_share_everything_without_a_race) {
         while (clients.answered() < COMMANDS && !HasFatalFailure()) {
             tick();
             ++ticks;
-            sim_clock_jump(&clock, 3 * 60 * 60); // eight ticks a day
+            sim_clock_jump(&clock, 11 * 60 * 60); // every other tick is on a new day
         }
         clients.stop();
         EXPECT_EQ(clients.left_waiting(), 0u);

@@ -201,7 +201,8 @@ TEST_F(Dispatcher, ReadsEachArgumentFromItsPlace) {
         {39,
          {1, -9, -9, -9, -9},
          "ok\n",
-         "run lcsh apg on\nstatus_changed 1 1\nlog Set activate from 0 to 1\n"},
+         "run lcsh apg on\nstatus_changed 1 1\nlog Set activate from 0 to 1\n"
+         "log export to /tmp/ApplicationData/app_usage.json failed\n"},
         {39, {1}, "ok\n", "log Set activate from 1 to 1\n"},
         {39, {2}, "fail\n", ""},
         {39, {-1}, "fail\n", ""},
@@ -295,10 +296,24 @@ TEST_F(Dispatcher, FailsWhenARuleOrItsPolicyIsUnknownOrMemoryRunsOut) {
                                      "router: apps 0, collected +0\n");
 }
 
-// The usage file: these two answers change together with it.
-TEST_F(Dispatcher, CannotImportOrExportStatistics) {
-    for (const uint8_t type : {uint8_t{50}, uint8_t{51}})
+TEST_F(Dispatcher, RefusesTheUsageFileWhileTheFeatureIsOff) {
+    for (const uint8_t type : {uint8_t{50}, uint8_t{51}}) {
         EXPECT_EQ(exchange(world::path_request(type, "/tmp/usage.json")), "fail\n");
+        EXPECT_EQ(world::story(), received(type));
+    }
+}
+
+TEST_F(Dispatcher, ExportsToAndImportsFromThePathOfTheRequest) {
+    world::set_active(true);
+    EXPECT_EQ(exchange(world::path_request(51, "/tmp/of-the-request.json")), "ok\n");
+    EXPECT_EQ(exchange(world::path_request(50, "/tmp/of-the-request.json")), "ok\n");
+    EXPECT_EQ(exchange(world::path_request(50, "/tmp/none.json")), "fail\n");
+    EXPECT_EQ(exchange(world::path_request(51, "")), "fail\n");
+    EXPECT_EQ(world::story(), received(51) + "log export to /tmp/of-the-request.json success\n" +
+                                  received(50) +
+                                  "log import from /tmp/of-the-request.json success\n" +
+                                  received(50) + "log import from /tmp/none.json failed\n" +
+                                  received(51) + "log export to  failed\n");
 }
 
 } // namespace

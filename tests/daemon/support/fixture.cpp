@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -116,6 +117,11 @@ void open_gates() {
     ASSERT_TRUE(sim_write_file(GATE_PATH, ""));
 }
 
+bool is_readable(int fd) {
+    pollfd readable = {.fd = fd, .events = POLLIN, .revents = 0};
+    return poll(&readable, 1, 0) > 0;
+}
+
 bool wait_for_journal(const std::string &part, size_t count) {
     return sim_wait_for([&] { return count_containing(journal(), part) >= count; });
 }
@@ -140,6 +146,8 @@ void daemon_test::TearDown() {
     if (daemon.pid > 0) {
         EXPECT_TRUE(sim_wait_for([this] { return children_of(daemon.pid).empty(); }))
             << "the daemon does not wait for a program that it has started";
+        // Whatever was asked before has been served then, and the socket's thread is idle.
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
         stop();
     }
     EXPECT_TRUE(sim_wait_for(have_no_children)) << "a process was left behind";

@@ -58,14 +58,17 @@ std::string usage_reply(const std::vector<std::pair<int, int>> &apps);
 void shut_gate(const std::string &part);
 void open_gates();
 
+/// @return whether the other end has sent something or closed
+bool is_readable(int fd);
+
 /// Waits until the journal has `count` lines that contain `part`.
 [[nodiscard]] bool wait_for_journal(const std::string &part, size_t count = 1);
 
 /// Waits until a line stands in the log.
 [[nodiscard]] bool wait_for_log(const std::string &line, size_t count = 1);
 
-/// Every test ends with the daemon stopped with status 0, no process left over, nothing that the
-/// router refused and nothing that a sanitizer found.
+/// Every test ends with a daemon that still answers and stops with status 0, no process left over,
+/// nothing that the router refused and nothing that a sanitizer found.
 class daemon_test : public testing::Test {
 protected:
     void SetUp() override;

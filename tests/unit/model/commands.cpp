@@ -102,8 +102,11 @@ std::string app_usage(state_t &state, int32_t id, int32_t period) {
     std::vector<std::pair<int32_t, int32_t>> ranking; // minutes, application
     for (const app_t &app : profile->apps)
         ranking.emplace_back(minutes_in(app, period, date_of(state.now).tm_wday), app.id);
+    // A file may have counted applications that could not be read.
     if (ranking.empty())
         ranking.emplace_back(0, 0);
+    else
+        ranking.resize(static_cast<size_t>(profile->app_count));
     std::ranges::stable_sort(ranking, [](auto &a, auto &b) { return a.first > b.first; });
     std::string text;
     for (const auto &[minutes, app] : ranking)
@@ -236,6 +239,10 @@ std::string serve(state_t &state, const std::string &bytes) {
         return fields(true, "interval " + number(state.export_interval));
     case 49:
         return status(set_interval(state, id));
+    case 50:
+        return status(import_from(state, request.path()));
+    case 51:
+        return status(export_to(state, request.path()));
     default:
         return "no reply\n";
     }

@@ -117,6 +117,7 @@ bool switch_feature(state_t &state, int32_t value) {
         return false;
     const bool old = state.active;
     const bool on = value == 1;
+    const bool lacks_file = on && !old && !state.files.contains(own_path);
     state.active = on;
     if (on != old) {
         guard(state, on);
@@ -134,6 +135,8 @@ bool switch_feature(state_t &state, int32_t value) {
         }
     }
     log(state, "Set activate from %d to %d", old, value);
+    if (lacks_file)
+        export_to(state, own_path, true);
     return true;
 }
 

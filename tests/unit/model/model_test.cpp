@@ -9,10 +9,16 @@
 #include "tests/unit/support/world.h"
 
 #include "core/debug_log.h"
+#include "persist/export_schedule.h"
+#include "store/policies.h"
+#include "store/profiles.h"
 #include "usage/collector.h"
+#include "usage/top_apps.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <map>
+#include <ostream>
 #include <sstream>
 #include <unistd.h>
 #include <utility>
@@ -22,7 +28,7 @@ namespace {
 using model::kind_t;
 using model::operation_t;
 
-constexpr int operations_per_seed = 2000;
+constexpr int operations_per_seed = 2500;
 constexpr size_t history_length = 25;
 
 /// The lines of a ranking with equal minutes keep no defined order: they are sorted here, in the
@@ -73,10 +79,45 @@ void keep_one_failure(std::vector<model::answer_t> *answers) {
     }
 }
 
-std::string perform(const operation_t &operation) {
+void set_last_export(time_t instant) {
+    last_export_statistics_ts = instant;
+}
+
+std::string clockwork(int64_t last_export) {
+    return "last export: " + std::to_string(last_export - world::default_now) + "\n";
+}
+
+/// What the daemon's end and its next start do to its memory.
+void restart(time_t now) {
+    utm_app_flush_profiles();
+    utm_app_reset_top_apps();
+    if (utm_app_debug_set(0) != 0 || utm_app_set_export_interval(30) != 0)
+        abort();
+    world::set_active(false);
+    set_last_export(now);
+    const mutex_guard lock(utm_app_config_mutex);
+    for (config_app_policy_t &policy : all_policies())
+        utm_app_destroy_policy(&policy);
+    utm_app_store_init(now);
+}
+
+/// All that can be seen of an operation.
+struct outcome_t {
+    std::string text;                         ///< replies, story and store
+    std::map<std::string, std::string> files; ///< their texts by path
+
+    bool operator==(const outcome_t &) const = default;
+};
+
+outcome_t perform(const operation_t &operation) {
     prepare_programs(operation.answers);
     world::set_now(operation.now);
+    world::set_uptime(operation.uptime);
+    world::fail_sysinfo(operation.sysinfo_result);
+    model::change_disk(operation.change);
     std::string replies;
+    if (operation.kind == kind_t::restart)
+        restart(operation.now);
     if (operation.kind == kind_t::command)
         replies = replies_of(operation, world::describe(static_cast<uint8_t>(operation.request[0]),
                                                         world::exchange_bytes(operation.request)));
@@ -84,21 +125,43 @@ std::string perform(const operation_t &operation) {
         // The tick ignores its collectors' results; so does the model.
         [[maybe_unused]] const int32_t ignored[] = {utm_app_update_app_status(),
                                                     utm_app_update_global_app_status()};
+        utm_app_export_check();
     }
     const std::string story = world::story();
-    return "replies:\n" + replies + "story:\n" + story + "store:\n" + world::render_store();
+    return {"replies:\n" + replies + "story:\n" + story + "store:\n" + world::render_store() +
+                clockwork(last_export_statistics_ts),
+            model::files_on_disk()};
 }
 
-std::string predict(model::state_t &state, const operation_t &operation) {
+outcome_t predict(model::state_t &state, const operation_t &operation) {
     state.story.clear();
     state.answers = operation.answers;
     state.now = operation.now;
+    state.uptime = operation.uptime;
+    state.sysinfo_result = operation.sysinfo_result;
+    model::change(state, operation.change);
     std::string replies;
+    if (operation.kind == kind_t::restart)
+        model::restart(state);
     if (operation.kind == kind_t::command)
         replies = replies_of(operation, model::serve(state, operation.request));
     if (operation.kind == kind_t::tick)
         model::tick(state);
-    return "replies:\n" + replies + "story:\n" + state.story + "store:\n" + model::render(state);
+    outcome_t outcome;
+    outcome.text = "replies:\n" + replies + "story:\n" + state.story + "store:\n" +
+                   model::render(state) + clockwork(state.last_export);
+    for (const auto &[path, file] : state.files)
+        outcome.files[path] = file->text;
+    return outcome;
+}
+
+/// The outcome as a failure shows it: without the files that are the same in the other one.
+std::string text_beside(const outcome_t &outcome, const outcome_t &other) {
+    std::string text = outcome.text;
+    for (const auto &[path, content] : outcome.files)
+        if (!other.files.contains(path) || other.files.at(path) != content)
+            text += "file " + path + ":\n" + content + "\n";
+    return text;
 }
 
 /// The story reads the log again for each line: it is kept short.
@@ -113,27 +176,43 @@ struct seed_t {
     const char *zone;
 };
 
+/// Names the seed in the name of its test.
+void PrintTo(const seed_t &seed, std::ostream *to) {
+    *to << "seed " << seed.seed << " in " << seed.zone;
+}
+
+/// The state that both sides start from.
+model::state_t state_at_start() {
+    model::state_t state;
+    state.now = state.router_collected = state.last_export = world::default_now;
+    return state;
+}
+
 class Model : public testing::TestWithParam<seed_t> {
 protected:
     void SetUp() override {
         world::reset();
         world::set_zone(GetParam().zone);
         world::on_system(model::status_of);
+        set_last_export(world::default_now);
+        model::clear_disk();
     }
-    void TearDown() override { world::reset(); }
+    void TearDown() override {
+        world::reset();
+        model::clear_disk();
+    }
 };
 
 TEST_P(Model, AgreesWithTheDaemonAfterEveryOperation) {
-    model::state_t state;
-    state.now = state.router_collected = world::default_now;
+    model::state_t state = state_at_start();
     model::generator_t generator(GetParam().seed);
     std::vector<std::string> history;
     for (int i = 0; i < operations_per_seed; ++i) {
         operation_t operation = generator.next(state);
         keep_one_failure(&operation.answers);
         history.push_back(std::to_string(i) + ": " + operation.text + "\n");
-        const std::string predicted = predict(state, operation);
-        const std::string seen = perform(operation);
+        const outcome_t predicted = predict(state, operation);
+        const outcome_t seen = perform(operation);
         if (seen != predicted) {
             std::string tail;
             for (size_t at = history.size() - std::min(history.size(), history_length);
@@ -141,8 +220,8 @@ TEST_P(Model, AgreesWithTheDaemonAfterEveryOperation) {
                 tail += history[at];
             FAIL() << "seed " << GetParam().seed << " in " << GetParam().zone << ", operation " << i
                    << "\n--- the daemon\n"
-                   << seen << "--- the model\n"
-                   << predicted << "--- the last operations\n"
+                   << text_beside(seen, predicted) << "--- the model\n"
+                   << text_beside(predicted, seen) << "--- the last operations\n"
                    << tail;
         }
         empty_log();
@@ -159,14 +238,13 @@ INSTANTIATE_TEST_SUITE_P(Seeds, Model,
 /// What a run has to come across for its agreement to mean something.
 TEST(ModelReach, MeetsEveryRuleWithinASeed) {
     world::reset();
-    model::state_t state;
-    state.now = state.router_collected = world::default_now;
+    model::state_t state = state_at_start();
     model::generator_t generator(1);
     std::string all;
     for (int i = 0; i < operations_per_seed; ++i) {
         operation_t operation = generator.next(state);
         keep_one_failure(&operation.answers);
-        all += predict(state, operation);
+        all += predict(state, operation).text;
     }
     for (const char *fragment : {"event block profile",
                                  "event unblock profile",
@@ -202,8 +280,31 @@ TEST(ModelReach, MeetsEveryRuleWithinASeed) {
                                  "next 29",
 
                                  "update app",
+                                 "Set activate from 0 to 1\nlog export to /tmp/Application",
+                                 "}'\nlog export to /tmp/ApplicationData/app_usage.json success",
+                                 "app_usage.json failed\n",
+                                 "usage.json success\n",
+                                 "uuu success\n",
+                                 "missing/usage.json failed\n",
+                                 "export to  failed\n",
+                                 "import from  failed\n",
+                                 "import from /tmp/model failed\n",
+                                 "import from /tmp/model/usage.json success\n",
+                                 "import from /tmp/ApplicationData/app_usage.json success\n",
+                                 "import from /tmp/ApplicationData/app_usage.json failed\n",
+                                 "because it is from future\nlog import from",
+                                 "because exceed limit\nrun lcsh apg acl set",
+                                 "sysinfo code error = -14\n",
+                                 "Flush all profiles success\nlog Reset top apps success\n",
                                  "from 1 to 1"})
         EXPECT_NE(all.find(fragment), std::string::npos) << fragment;
+    for (const char *rule :
+         {"on the same day", "after a day", "after a week", "after a month", "after days unnoticed",
+          "without a date", "of a stranger", "of thirty days", "over the ring's end",
+          "without an index", "with another ring", "without applications", "of lost applications",
+          "blocks a profile", "enforces a rule", "before its time", "too early after boot",
+          "with another interval"})
+        EXPECT_TRUE(state.met.contains(rule)) << rule;
 }
 
 } // namespace

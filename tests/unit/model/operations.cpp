@@ -8,15 +8,11 @@ namespace model {
 
 namespace {
 
-std::string bytes_of(const utm_app_config_cmd &request) {
-    return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
-}
-
 /// The commands by how often they come.
 constexpr uint8_t command_types[] = {
-    1,  1,  1,  2,  3,  3,  3,  3,  4,  4,  26, 26, 26, 27, 28, 28, 29, 30,
-    30, 31, 32, 32, 33, 34, 35, 36, 36, 37, 37, 39, 39, 39, 41, 42, 42, 42,
-    43, 43, 43, 43, 43, 43, 44, 45, 45, 45, 45, 46, 47, 48, 49, 0,
+    1,  1,  1,  2,  3,  3,  3,  3,  4,  4,  26, 26, 26, 27, 28, 28, 29, 30, 30,
+    31, 32, 32, 33, 34, 35, 36, 36, 37, 37, 39, 39, 39, 41, 42, 42, 42, 43, 43,
+    43, 43, 43, 43, 44, 45, 45, 45, 45, 46, 47, 48, 49, 0,  50, 50, 51, 51,
 };
 
 std::string json_of(const std::vector<figure_t> &figures) {
@@ -30,13 +26,12 @@ std::string json_of(const std::vector<figure_t> &figures) {
 
 } // namespace
 
-int32_t generator_t::below(int32_t bound) {
-    return static_cast<int32_t>(random_() % static_cast<uint32_t>(bound));
+std::string bytes_of(const utm_app_config_cmd &request) {
+    return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
 }
 
-template <typename T>
-T generator_t::one_of(std::initializer_list<T> values) {
-    return values.begin()[below(static_cast<int32_t>(values.size()))];
+int32_t generator_t::below(int32_t bound) {
+    return static_cast<int32_t>(random_() % static_cast<uint32_t>(bound));
 }
 
 int32_t generator_t::profile_id() {
@@ -57,10 +52,14 @@ uint8_t generator_t::command_type() {
     return command_types[below(static_cast<int32_t>(std::size(command_types)))];
 }
 
-time_t generator_t::clock_step() {
+time_t generator_t::clock_step(time_t now) {
     constexpr int32_t hour = 3600;
     constexpr int32_t day = 24 * hour;
-    switch (below(10)) {
+    // Sometimes to the years in which a 32-bit time runs over, and back again.
+    const time_t from_end = now - INT_MAX;
+    if (from_end > 0 ? one_in(5) : one_in(60))
+        return -from_end + (from_end > 0 ? -below(8000) * day : below(20) * hour);
+    switch (below(12)) {
     case 0:
         return below(60);
     case 1:
@@ -73,6 +72,10 @@ time_t generator_t::clock_step() {
         return -below(40) * day;
     case 5:
         return below(120) * day;
+    case 6:
+        return below(400) * day;
+    case 7:
+        return -below(400) * day;
     default:
         return hour * (4 + below(20));
     }
@@ -127,6 +130,11 @@ std::string generator_t::request(uint8_t type, std::string *text) {
         rules.resize(10);
         return bytes_of(world::rules_request(policy, count, rules));
     }
+    if (type == 50 || type == 51) {
+        const std::string file = path();
+        *text += " " + file;
+        return bytes_of(world::path_request(type, file));
+    }
     if (type == 46)
         return bytes_of(
             world::path_request(type, std::string(static_cast<size_t>(below(129)), 'p')));
@@ -134,6 +142,8 @@ std::string generator_t::request(uint8_t type, std::string *text) {
     int32_t second = policy;
     if (type == 39 || type == 41)
         first = one_in(10) ? one_of({2, -1}) : (one_in(4) ? 0 : 1);
+    if (type == 49)
+        first = interval();
     if (type == 42 || type == 44)
         first = policy;
     if (type == 30)
@@ -151,9 +161,13 @@ std::string generator_t::request(uint8_t type, std::string *text) {
 }
 
 operation_t generator_t::command() {
+    return command(command_type());
+}
+
+operation_t generator_t::command(uint8_t type) {
     operation_t operation;
     operation.kind = kind_t::command;
-    operation.request = request(command_type(), &operation.text);
+    operation.request = request(type, &operation.text);
     answer_t answer;
     answer.fails = one_in(4);
     answer.text = one_of({"", "signature loaded\n", "failed\n"});
@@ -161,24 +175,42 @@ operation_t generator_t::command() {
     return operation;
 }
 
+operation_t generator_t::tick() {
+    operation_t operation;
+    operation.kind = kind_t::tick;
+    operation.text = "tick";
+    operation.step = 60;
+    if (one_in(4))
+        operation.uptime = below(4000);
+    if (one_in(8))
+        operation.sysinfo_result = one_of({-1, -14});
+    operation.text += " up " + std::to_string(operation.uptime) + " sysinfo " +
+                      std::to_string(operation.sysinfo_result);
+    for (int i = 0; i < 12; ++i)
+        operation.answers.push_back(reply());
+    return operation;
+}
+
 operation_t generator_t::next(const state_t &state) {
+    if (plan_.empty() && one_in(400))
+        plan_restart();
+    if (plan_.empty() && one_in(60))
+        plan_round_trip();
     operation_t operation;
     const int32_t dice = below(100);
-    if (dice < 65) {
+    if (!plan_.empty()) {
+        operation = plan_.front();
+        plan_.pop_front();
+    } else if (dice < 62) {
         operation = command();
+    } else if (dice < 89) {
+        operation = tick();
     } else if (dice < 92) {
-        operation.kind = kind_t::tick;
-        operation.text = "tick";
-        for (int i = 0; i < 12; ++i)
-            operation.answers.push_back(reply());
+        operation = change(state);
     } else {
-        operation.text = "clock";
+        operation = clock(clock_step(state.now));
     }
-    operation.now = state.now;
-    if (operation.kind == kind_t::tick)
-        operation.now += 60;
-    if (operation.kind == kind_t::clock)
-        operation.now += clock_step();
+    operation.now = state.now + operation.step;
     operation.text += " at " + std::to_string(operation.now);
     for (const answer_t &answer : operation.answers)
         operation.text += "\n      " + std::string(answer.fails ? "fails " : "") + answer.text;

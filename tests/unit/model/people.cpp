@@ -31,6 +31,17 @@ void block_newcomer(state_t &state, const profile_t &profile, const std::string 
             block_app(state, mac, rule.app);
 }
 
+/// What a profile that goes leaves behind: its policy goes too, and its devices are free. One
+/// without devices is announced to nobody.
+void take_leave(state_t &state, const profile_t &profile) {
+    std::erase_if(state.policies,
+                  [&](const policy_t &policy) { return policy.id == profile.policy; });
+    reset_devices(state, profile);
+    if (!profile.devices.empty() && profile.blocked)
+        announce(state, profile, false);
+    log(state, "Delete user profile %d and unblock all success", profile.id);
+}
+
 } // namespace
 
 bool create_profile(state_t &state, int32_t id) {
@@ -45,18 +56,19 @@ bool create_profile(state_t &state, int32_t id) {
 }
 
 bool delete_profile(state_t &state, int32_t id) {
-    if (profile_t *profile = find_profile(state, id)) {
-        // Its policy goes with it; a profile without devices is announced to nobody.
-        std::erase_if(state.policies,
-                      [&](const policy_t &policy) { return policy.id == profile->policy; });
-        reset_devices(state, *profile);
-        if (!profile->devices.empty() && profile->blocked)
-            announce(state, *profile, false);
-        log(state, "Delete user profile %d and unblock all success", id);
+    if (const profile_t *profile = find_profile(state, id)) {
+        take_leave(state, *profile);
         std::erase_if(state.profiles, [id](const profile_t &other) { return other.id == id; });
     }
     log(state, "Delete profile %d success", id);
     return true;
+}
+
+void flush_profiles(state_t &state) {
+    for (const profile_t &profile : state.profiles)
+        take_leave(state, profile);
+    state.profiles.clear();
+    log(state, "Flush all profiles success");
 }
 
 bool add_device(state_t &state, int32_t profile_id, const std::string &mac) {

@@ -62,8 +62,8 @@ std::string render_profile(state_t &state, const profile_t &profile) {
                                profile.enabled, profile.limit, profile.extend);
     text +=
         used_text(profile.used) +
-        text_of(", blocked %d, collected %+lld, apps %zu, policy %s\n  weekdays", profile.blocked,
-                static_cast<long long>(profile.collected - world::default_now), profile.apps.size(),
+        text_of(", blocked %d, collected %+lld, apps %d, policy %s\n  weekdays", profile.blocked,
+                static_cast<long long>(profile.collected - world::default_now), profile.app_count,
                 profile.policy ? std::to_string(*profile.policy).c_str() : "none");
     for (size_t day = 0; day < 7; ++day)
         text += text_of(" %zu:%d", day, profile.weekdays[day]);
@@ -131,6 +131,13 @@ rule_t *rule_for(state_t &state, const profile_t &profile, int32_t app) {
 void log(state_t &state, const char *format, ...) {
     if (!state.debug)
         return;
+    va_list arguments;
+    va_start(arguments, format);
+    state.story += "log " + format_of(format, arguments) + "\n";
+    va_end(arguments);
+}
+
+void log_always(state_t &state, const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
     state.story += "log " + format_of(format, arguments) + "\n";

@@ -8,7 +8,10 @@
 #include <array>
 #include <cstdint>
 #include <ctime>
+#include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,7 +56,41 @@ struct profile_t {
     time_t collected = 0;
     std::array<int32_t, 7> weekdays = {1440, 1440, 1440, 1440, 1440, 1440, 1440};
     std::vector<app_t> apps; ///< newest first
+    int32_t app_count = 0;   ///< of `apps`, and of those that an import could not read
     std::optional<int32_t> policy;
+};
+
+// ---- Usage files: what they say, and what somebody has done to them --------------------------
+
+/// The daemon's own file, in a folder that somebody else has to make.
+inline const std::string own_path = "/tmp/ApplicationData/app_usage.json";
+/// A folder that is always there, for the files of commands.
+inline const std::string other_folder = "/tmp/model";
+
+struct filed_app_t {
+    app_t app;
+    std::string lacks;       ///< the key that was taken out
+    size_t ring_length = 30; ///< days in its list
+};
+
+struct filed_profile_t {
+    profile_t profile; ///< but its applications
+    std::vector<filed_app_t> apps;
+    std::optional<policy_t> policy;
+    std::string lacks;
+};
+
+struct document_t {
+    std::vector<filed_profile_t> profiles;
+    int32_t written = 0; ///< when, as far as 32 bits can say it
+    std::vector<filed_app_t> router;
+    std::string lacks;
+    bool is_torn = false; ///< the second half of the text is missing
+};
+
+struct file_t {
+    document_t document;
+    std::string text;
 };
 
 /// A figure of the statistics service.
@@ -78,10 +115,17 @@ struct state_t {
     bool active = false;
     bool debug = true;
     int32_t export_interval = 30;
+    time_t last_export = 0; ///< an import counts as one
+
+    std::map<std::string, std::shared_ptr<const file_t>> files; ///< by path
+    bool has_folder = false;                                    ///< the one of `own_path`
 
     time_t now = 0;
+    long uptime = 0;               ///< seconds since the router booted
+    int sysinfo_result = 0;        ///< not 0 when the router does not tell its uptime
     std::vector<answer_t> answers; ///< of the programs that the next operation starts, in turn
     std::string story;             ///< what the operation has done so far
+    std::set<std::string> met;     ///< rules that have come up and leave no line of their own
 };
 
 /// The lasting part of a state, in the form of `world::render_store`.
@@ -99,6 +143,8 @@ rule_t *rule_for(state_t &state, const profile_t &profile, int32_t app);
 // ---- What is seen from outside ---------------------------------------------------------------
 
 void log(state_t &state, const char *format, ...) __attribute__((format(printf, 2, 3)));
+/// Writes a line although debug logging is off.
+void log_always(state_t &state, const char *format, ...) __attribute__((format(printf, 2, 3)));
 /// Runs lines of the DPI shell; those for a device whose address ends in 0C fail.
 void guard(state_t &state, bool on);
 void block_app(state_t &state, const std::string &device, int32_t app);

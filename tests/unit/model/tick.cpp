@@ -69,18 +69,9 @@ app_t &app_with(std::vector<app_t> &apps, int32_t id) {
     return *find_app(apps, id);
 }
 
-void use_internet(state_t &state, profile_t &profile, int32_t minutes) {
-    profile.used.daily = saturated(int64_t{profile.used.daily} + minutes);
-    const int32_t budget = budget_of(profile);
-    if (!state.active || !profile.enabled || profile.blocked || profile.used.daily < budget)
-        return;
-    log(state, "Block profile %d to use network because %d exceed %d", profile.id,
-        profile.used.daily, budget);
-    announce(state, profile, true);
-    profile.blocked = true;
-}
-
 void use_app(state_t &state, profile_t &profile, const figure_t &figure) {
+    if (find_app(profile.apps, figure.app) == nullptr)
+        profile.app_count = saturated(int64_t{profile.app_count} + 1);
     app_t &app = app_with(profile.apps, figure.app);
     app.used.daily = saturated(int64_t{app.used.daily} + figure.minutes);
     const rule_t *rule = rule_for(state, profile, app.id);
@@ -143,9 +134,21 @@ void collect_router(state_t &state) {
 
 } // namespace
 
+void use_internet(state_t &state, profile_t &profile, int32_t minutes) {
+    profile.used.daily = saturated(int64_t{profile.used.daily} + minutes);
+    const int32_t budget = budget_of(profile);
+    if (!state.active || !profile.enabled || profile.blocked || profile.used.daily < budget)
+        return;
+    log(state, "Block profile %d to use network because %d exceed %d", profile.id,
+        profile.used.daily, budget);
+    announce(state, profile, true);
+    profile.blocked = true;
+}
+
 void tick(state_t &state) {
     collect_profiles(state);
     collect_router(state);
+    check_export(state);
 }
 
 } // namespace model

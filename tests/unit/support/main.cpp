@@ -11,7 +11,7 @@ class private_tmp : public testing::Environment {
 public:
     void SetUp() override {
         std::string why;
-        ASSERT_TRUE(sim_enter_private_namespaces({UTM_BUILD_DIR}, &why)) << why;
+        ASSERT_TRUE(sim_enter_private_namespaces({UTM_BUILD_DIR, UTM_SOURCE_DIR}, &why)) << why;
         world::reset();
     }
     /// Whatever the last test left would count as leaked.

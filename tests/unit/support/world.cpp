@@ -10,6 +10,7 @@
 #include "usage/accounting.h"
 #include "usage/top_apps.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -18,6 +19,7 @@
 #include <sstream>
 #include <sys/mman.h>
 #include <sys/select.h>
+#include <sys/sysinfo.h>
 #include <sys/time.h>
 #include <unistd.h>
 #include <utility>
@@ -48,6 +50,9 @@ struct state_t {
     int allocations = 0;
     int allocation_to_fail = 0;
     bool fail_onwards = false;
+    int selects_left = -1; ///< until one fails; -1 for any number
+    long uptime = 86'400;
+    int sysinfo_result = 0;
     std::set<FILE *> pipes;
 };
 
@@ -140,6 +145,12 @@ int __wrap_gettimeofday(timeval *now, void *) {
     return 0;
 }
 
+int __wrap_sysinfo(struct sysinfo *info) {
+    if (state.sysinfo_result == 0)
+        info->uptime = state.uptime;
+    return state.sysinfo_result;
+}
+
 void *__wrap_calloc(size_t count, size_t size) {
     return is_allocation_to_fail() ? nullptr : __real_calloc(count, size);
 }
@@ -157,6 +168,12 @@ unsigned __wrap_sleep(unsigned seconds) {
 int __wrap_select(int descriptors, fd_set *read, fd_set *write, fd_set *except, timeval *timeout) {
     if (state.answer_select)
         return state.answer_select(descriptors, *timeout);
+    if (state.selects_left == 0) {
+        errno = EBADF;
+        return -1;
+    }
+    if (state.selects_left > 0)
+        --state.selects_left;
     return __real_select(descriptors, read, write, except, timeout);
 }
 
@@ -212,6 +229,13 @@ void reset() {
 std::string story() {
     tell_log();
     return std::exchange(state.told, {});
+}
+
+void quietly(const std::function<void()> &act) {
+    const std::string before = story();
+    act();
+    story();
+    state.told = before;
 }
 
 std::string log() {
@@ -271,12 +295,24 @@ int allocations() {
     return state.allocations;
 }
 
+void set_uptime(long seconds) {
+    state.uptime = seconds;
+}
+
+void fail_sysinfo(int result) {
+    state.sysinfo_result = result;
+}
+
 void on_sleep(std::function<void(unsigned)> answer) {
     state.answer_sleep = std::move(answer);
 }
 
 void on_select(std::function<int(int, const timeval &)> answer) {
     state.answer_select = std::move(answer);
+}
+
+void end_select_after(int calls) {
+    state.selects_left = calls;
 }
 
 void on_thread(std::function<int(const pthread_attr_t *, thread_body_t *, void *)> answer) {

@@ -35,6 +35,9 @@ inline constexpr time_t default_now = 1'772'625'600;
 /// What happened since the last call of `story` or `reset`, one line each.
 std::string story();
 
+/// Does something without a trace in the story (the log keeps its lines).
+void quietly(const std::function<void()> &act);
+
 /// The log file's whole text.
 std::string log();
 
@@ -74,12 +77,21 @@ int open_pipes();
 /// Closes those that are left open on purpose.
 void close_pipes();
 
+/// Sets the uptime that `sysinfo` answers, in seconds; a day to begin with.
+void set_uptime(long seconds);
+
+/// Makes `sysinfo` fail with a result; 0 lets it succeed again.
+void fail_sysinfo(int result);
+
 /// Answers `sleep`, which returns at once and is no part of the story.
 void on_sleep(std::function<void(unsigned seconds)> answer);
 
 /// Answers `select` with the sets left as they are, so that all that is watched is ready. Without
 /// an answer the real one is called.
 void on_select(std::function<int(int descriptors, const timeval &timeout)> answer);
+
+/// Lets the real `select` wait so many times and makes the call after these fail (EBADF).
+void end_select_after(int calls);
 
 /// Answers `pthread_create`, which then starts nothing. Without an answer it is the real one.
 using thread_body_t = void *(void *);

@@ -1,0 +1,22 @@
+#pragma once
+/// Export: writes the accounting state to a usage file.
+
+#include "persist/usage_file.h"
+#include "store/store.h"
+
+#include <cstdint>
+
+/// Writes the usage file. The store is locked while the document is built, not while it is
+/// written. An attempt counts as an export whether or not the file could be written, so that a
+/// failing disk is tried again only after a whole interval.
+///
+/// @param path   null or empty fails
+/// @param force  1 exports although the feature is off, 0 does not
+/// @return 0 when the file was written, else -1: with a log line, but silently while the feature
+///         is off
+int32_t utm_app_export_statistics(const char *path, int32_t force)
+    UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex);
+
+/// The same without force: what the front end and the clock ask for.
+int32_t utm_app_export_statistics_to(const char *path)
+    UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex);

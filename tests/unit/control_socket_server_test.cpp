@@ -1,0 +1,499 @@
+#include "control/socket_server.h"
+
+#include "control/fd_event.h"
+#include "control/protocol.h"
+#include "core/debug_log.h"
+#include "sim/harness/client.h"
+#include "tests/unit/support/exchange.h"
+#include "tests/unit/support/sockets.h"
+#include "tests/unit/support/world.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <set>
+#include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string loop_failed = "log utm_app_config_loop failed\n";
+const std::string ping_came = "log [socket] Receive cmd type=0\n";
+
+std::set<int> open_descriptors() {
+    std::set<int> open;
+    for (int fd = 0; fd < FD_SETSIZE; ++fd)
+        if (fcntl(fd, F_GETFD) >= 0)
+            open.insert(fd);
+    return open;
+}
+
+std::set<int> registered() {
+    std::set<int> found;
+    for (int fd = 0; fd < fd_event_capacity; ++fd)
+        if (fd_event_is_registered(fd))
+            found.insert(fd);
+    return found;
+}
+
+/// A call as `sockets::calls` shows it.
+std::string call(const std::string &function, std::initializer_list<int> arguments) {
+    std::string line = function;
+    for (const int argument : arguments)
+        line += " " + std::to_string(argument);
+    return line + "\n";
+}
+
+/// What the server does about one connection that it accepts.
+std::string calls_of_an_accept() {
+    return call("accept4", {SOCK_CLOEXEC}) + call("setsockopt", {SOL_SOCKET, SO_SNDTIMEO});
+}
+
+class SocketServer : public testing::Test {
+protected:
+    void SetUp() override {
+        world::reset();
+        sockets::reset();
+        fd_event_reset();
+        before_ = open_descriptors();
+    }
+    void TearDown() override {
+        for (const int fd : clients_)
+            close(fd);
+        clients_.clear();
+        let_connections_go();
+        fd_event_reset();
+        listen_fd = -1;
+        for (const int fd : open_descriptors())
+            if (!before_.contains(fd))
+                close(fd);
+        fs::remove_all(UTM_APP_CONFIG_SOCKET_PATH);
+        fs::remove_all(directory_);
+        sockets::reset();
+    }
+
+    /// Runs the thread's body for so many passes.
+    void run(int passes) {
+        world::end_select_after(passes);
+        EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
+        world::end_select_after(-1);
+    }
+
+    /// A client that has sent some bytes already.
+    int client(const std::string &bytes = {}) {
+        const int fd = sim_connect();
+        EXPECT_EQ(write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        clients_.push_back(fd);
+        sockets::calls();
+        return fd;
+    }
+    int asking(uint8_t type) { return client(bytes_of(world::request(type))); }
+
+    void close_client(int fd) {
+        close(fd);
+        std::erase(clients_, fd);
+    }
+
+    static std::string bytes_of(const utm_app_config_cmd &request) {
+        return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
+    }
+
+    /// A path of a length in a directory of the test's own.
+    std::string path_of(size_t length) {
+        fs::create_directory(directory_);
+        std::string path = directory_ + "/";
+        path.resize(length, 'x');
+        return path;
+    }
+
+    /// What has been opened since the test began, clients not counted.
+    std::set<int> opened() const {
+        std::set<int> found = open_descriptors();
+        for (const int fd : before_)
+            found.erase(fd);
+        for (const int fd : clients_)
+            found.erase(fd);
+        return found;
+    }
+
+    std::set<int> before_;
+    std::vector<int> clients_;
+    const std::string directory_ = "/tmp/socket_server_test";
+
+private:
+    /// Lets the server release what it keeps of connections whose clients have gone.
+    void let_connections_go() {
+        std::set<int> kept = registered();
+        kept.erase(listen_fd);
+        if (kept.empty())
+            return;
+        fd_event_del(listen_fd);
+        run(1);
+    }
+};
+
+/// What a client has received: a line for each reply, then whether the connection is open.
+std::string received(int fd, uint8_t type = UTM_APP_CONFIG_PING) {
+    std::string bytes;
+    char chunk[4096];
+    ssize_t n = 0;
+    while ((n = recv(fd, chunk, sizeof(chunk), MSG_DONTWAIT)) > 0)
+        bytes.append(chunk, static_cast<size_t>(n));
+    const std::string reply = bytes.empty() ? "" : world::describe(type, bytes);
+    return reply + (n == 0 ? "closed" : "open");
+}
+
+// ---- Creating the socket -------------------------------------------------------------------
+
+TEST_F(SocketServer, CreatesAListeningSocketThatStartedProgramsDoNotGet) {
+    const std::string path = path_of(40);
+    const int fd = utm_app_config_socket_create(path.c_str());
+    EXPECT_EQ(sockets::calls(), call("socket", {AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0}) +
+                                    call("setsockopt", {SOL_SOCKET, SO_REUSEADDR}) +
+                                    call("listen", {15}));
+    EXPECT_EQ(opened(), std::set<int>{fd});
+    EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(world::story(), "");
+}
+
+TEST_F(SocketServer, SaysWhichStepFailedAndClosesTheDescriptor) {
+    struct {
+        const char *function;
+        int error;
+        const char *story;
+    } const table[] = {
+        {"socket", EMFILE, "log Can't create unix domain socket: /tmp/sock(24)\n"},
+        {"socket", ENOMEM, "log Can't create unix domain socket: /tmp/sock(12)\n"},
+        {"setsockopt", ENOTSOCK, "log Can't set unix socket options: /tmp/sock(88)\n"},
+        {"setsockopt", EPERM, "log Can't set unix socket options: /tmp/sock(1)\n"},
+        {"listen", EADDRINUSE, "log Can't listen to unix address: /tmp/sock(98)\n"},
+        {"listen", EINVAL, "log Can't listen to unix address: /tmp/sock(22)\n"},
+    };
+    for (const auto &row : table) {
+        for (const unsigned debug : {1U, 0U}) {
+            SetUp();
+            ASSERT_EQ(utm_app_debug_set(debug), 0);
+            sockets::fail(row.function, row.error);
+            EXPECT_EQ(utm_app_config_socket_create("/tmp/sock"), -1);
+            EXPECT_EQ(world::story(), debug == 1 ? row.story : "") << row.function;
+            EXPECT_EQ(opened(), std::set<int>{}) << row.function;
+            fs::remove_all("/tmp/sock");
+        }
+    }
+}
+
+TEST_F(SocketServer, SaysThatItCannotBindAndClosesTheDescriptor) {
+    std::ofstream{"/tmp/file"};
+    struct {
+        const char *path, *story;
+    } const table[] = {
+        {"/tmp/file", "log Can't bind unix address: /tmp/file(98)\n"},
+        {"/tmp/file/sock", "log Can't bind unix address: /tmp/file/sock(20)\n"},
+        {"/tmp/missing/sock", "log Can't bind unix address: /tmp/missing/sock(2)\n"},
+    };
+    for (const auto &row : table) {
+        EXPECT_EQ(utm_app_config_socket_create(row.path), -1);
+        EXPECT_EQ(world::story(), row.story);
+        EXPECT_EQ(opened(), std::set<int>{}) << row.path;
+    }
+    fs::remove("/tmp/file");
+}
+
+TEST_F(SocketServer, TakesPathsThatFitIntoAnAddress) {
+    for (const size_t length : {30U, 105U, 106U}) {
+        const std::string path = path_of(length);
+        const int fd = utm_app_config_socket_create(path.c_str());
+        sockaddr_un address = {};
+        socklen_t size = sizeof(address);
+        ASSERT_EQ(getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size), 0) << length;
+        EXPECT_EQ(address.sun_path, path);
+        EXPECT_TRUE(fs::is_socket(path)) << length;
+    }
+    EXPECT_EQ(world::story(), "");
+}
+
+TEST_F(SocketServer, RefusesPathsThatDoNotFitIntoAnAddress) {
+    for (const size_t length : {107U, 108U, 109U, 110U, 255U, 3000U}) {
+        const std::string path = path_of(length);
+        EXPECT_EQ(utm_app_config_socket_create(path.c_str()), -1);
+        EXPECT_EQ(world::story(), "log Can't bind unix address: " + path + "(36)\n") << length;
+        EXPECT_EQ(opened(), std::set<int>{}) << length;
+        EXPECT_TRUE(fs::is_empty(directory_)) << length;
+    }
+}
+
+// ---- Binding it to its place ---------------------------------------------------------------
+
+void leave_nothing() {}
+void leave_a_file() {
+    std::ofstream(UTM_APP_CONFIG_SOCKET_PATH) << "x";
+}
+void leave_a_socket() {
+    ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+    close(listen_fd);
+    fd_event_reset();
+}
+void leave_a_dangling_link() {
+    fs::create_symlink("/tmp/nowhere", UTM_APP_CONFIG_SOCKET_PATH);
+}
+
+TEST_F(SocketServer, PutsTheSocketInPlaceOfWhateverAnEarlierRunLeft) {
+    for (void (*leave)() : {leave_nothing, leave_a_file, leave_a_socket, leave_a_dangling_link}) {
+        SetUp();
+        leave();
+        ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+        EXPECT_TRUE(fs::is_socket(fs::symlink_status(UTM_APP_CONFIG_SOCKET_PATH)));
+        EXPECT_EQ(registered(), std::set<int>{listen_fd});
+        EXPECT_EQ(world::story(), "");
+        const int fd = asking(UTM_APP_CONFIG_PING);
+        run(2);
+        EXPECT_EQ(received(fd), "ok\nclosed");
+        TearDown();
+    }
+}
+
+TEST_F(SocketServer, OpensTheSocketToEverybodyWhateverTheMask) {
+    for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
+        const mode_t old = umask(mask);
+        const int result = utm_app_config_socket_init_binding();
+        umask(old);
+        ASSERT_EQ(result, 0);
+        struct stat status = {};
+        ASSERT_EQ(stat(UTM_APP_CONFIG_SOCKET_PATH, &status), 0);
+        EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777)) << mask;
+        TearDown();
+        SetUp();
+    }
+}
+
+TEST_F(SocketServer, WatchesNothingWhenTheSocketCannotBeMade) {
+    struct {
+        const char *function, *story;
+    } const table[] = {
+        {"socket", "log Can't create unix domain socket: /dev/utm_app_config_socket(12)\n"},
+        {"setsockopt", "log Can't set unix socket options: /dev/utm_app_config_socket(12)\n"},
+        {"listen", "log Can't listen to unix address: /dev/utm_app_config_socket(12)\n"},
+    };
+    for (const auto &row : table) {
+        SetUp();
+        listen_fd = 77;
+        sockets::fail(row.function, ENOMEM);
+        EXPECT_EQ(utm_app_config_socket_init_binding(), -1);
+        EXPECT_EQ(listen_fd, -1) << row.function;
+        EXPECT_EQ(registered(), std::set<int>{}) << row.function;
+        EXPECT_EQ(opened(), std::set<int>{}) << row.function;
+        EXPECT_EQ(world::story(), row.story);
+    }
+}
+
+// ---- Serving connections -------------------------------------------------------------------
+
+class SocketServerRunning : public SocketServer {
+protected:
+    void SetUp() override {
+        SocketServer::SetUp();
+        ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+        sockets::calls();
+    }
+
+    /// The connections that are open on the server's side.
+    std::set<int> connections() const {
+        std::set<int> found = opened();
+        found.erase(listen_fd);
+        return found;
+    }
+};
+
+TEST_F(SocketServerRunning, AcceptsInOnePassAndServesInTheNext) {
+    const int fd = asking(UTM_APP_CONFIG_PING);
+    run(1);
+    EXPECT_EQ(received(fd), "open");
+    EXPECT_EQ(sockets::calls(), calls_of_an_accept());
+    EXPECT_EQ(registered(), opened());
+    EXPECT_EQ(connections().size(), 1U);
+    run(1);
+    EXPECT_EQ(received(fd), "ok\nclosed");
+    EXPECT_EQ(sockets::calls(), "");
+    EXPECT_EQ(registered(), std::set<int>{listen_fd});
+    EXPECT_EQ(connections(), std::set<int>{});
+    EXPECT_EQ(world::story(), loop_failed + ping_came + loop_failed);
+}
+
+TEST_F(SocketServerRunning, AcceptsOneConnectionAPass) {
+    const std::vector<int> fds = {asking(UTM_APP_CONFIG_PING), asking(UTM_APP_CONFIG_GET_STATUS),
+                                  asking(UTM_APP_CONFIG_PING)};
+    run(3);
+    EXPECT_EQ(received(fds[0]), "ok\nclosed");
+    EXPECT_EQ(received(fds[1], UTM_APP_CONFIG_GET_STATUS), "ok activate 0 debug 1\nclosed");
+    EXPECT_EQ(received(fds[2]), "open");
+    run(1);
+    EXPECT_EQ(received(fds[2]), "ok\nclosed");
+    EXPECT_EQ(connections(), std::set<int>{});
+}
+
+TEST_F(SocketServerRunning, ServesOthersBesideAClientThatSaysNothing) {
+    const int silent = client();
+    const int fd = asking(UTM_APP_CONFIG_PING);
+    run(3);
+    EXPECT_EQ(received(fd), "ok\nclosed");
+    EXPECT_EQ(received(silent), "open");
+    EXPECT_EQ(connections().size(), 1U);
+    EXPECT_EQ(registered().size(), 2U);
+}
+
+TEST_F(SocketServerRunning, ClosesTheConnectionOfAClientThatLeft) {
+    const int gone = client();
+    run(1);
+    EXPECT_EQ(connections().size(), 1U);
+    close_client(gone);
+    run(1);
+    EXPECT_EQ(connections(), std::set<int>{});
+    EXPECT_EQ(registered(), std::set<int>{listen_fd});
+}
+
+TEST_F(SocketServerRunning, BoundsHowLongAReplyMayWaitAndKeepsTheDescriptorToItself) {
+    client();
+    run(1);
+    ASSERT_EQ(sockets::accepted().size(), 1U);
+    const int fd = sockets::accepted()[0];
+    timeval timeout = {};
+    socklen_t size = sizeof(timeout);
+    ASSERT_EQ(getsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, &size), 0);
+    EXPECT_EQ(timeout.tv_sec, 3);
+    EXPECT_EQ(timeout.tv_usec, 0);
+    EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(SocketServerRunning, ServesAConnectionWhoseWaitCannotBeBounded) {
+    const int fd = asking(UTM_APP_CONFIG_PING);
+    sockets::fail("setsockopt", ENOPROTOOPT);
+    run(2);
+    EXPECT_EQ(received(fd), "ok\nclosed");
+    EXPECT_EQ(world::story(), ping_came + loop_failed);
+}
+
+TEST_F(SocketServerRunning, DoesNothingForADescriptorWatchedForWriting) {
+    const int fd = client();
+    fd_event_add(fd, fd_event_write, nullptr);
+    fd_event_del(listen_fd);
+    run(1);
+    EXPECT_EQ(registered(), std::set<int>{fd});
+    EXPECT_EQ(world::story(), loop_failed);
+    EXPECT_EQ(fd_event_del(fd), 0);
+}
+
+// ---- What goes wrong with a connection -----------------------------------------------------
+
+TEST_F(SocketServerRunning, LeavesAConnectionOpenAndUnservedWhenMemoryRunsOut) {
+    for (const unsigned debug : {1U, 0U}) {
+        ASSERT_EQ(utm_app_debug_set(debug), 0);
+        const int fd = asking(UTM_APP_CONFIG_PING);
+        world::fail_allocation(1);
+        run(1);
+        world::fail_allocation(0);
+        EXPECT_EQ(world::story(), "log Socket accept failed because Out of memory!\n" +
+                                      (debug == 1 ? loop_failed : std::string()));
+        EXPECT_EQ(sockets::calls(), call("accept4", {SOCK_CLOEXEC}));
+        EXPECT_EQ(connections().size(), 1U);
+        EXPECT_EQ(registered(), std::set<int>{listen_fd});
+        EXPECT_EQ(received(fd), "open");
+        TearDown();
+        SetUp();
+    }
+}
+
+TEST_F(SocketServerRunning, ServesTheNextConnectionAfterMemoryRanOut) {
+    const int unlucky = asking(UTM_APP_CONFIG_PING);
+    const int next = asking(UTM_APP_CONFIG_PING);
+    world::fail_allocation(1);
+    run(3);
+    EXPECT_EQ(received(unlucky), "open");
+    EXPECT_EQ(received(next), "ok\nclosed");
+}
+
+/// Runs so many passes in which everything is ready that is watched.
+void run_with_all_ready(int passes) {
+    world::on_select([passes](int, const timeval &) mutable {
+        errno = EBADF;
+        return passes-- > 0 ? 1 : -1;
+    });
+    EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
+    world::on_select(nullptr);
+}
+
+TEST_F(SocketServerRunning, KeepsNothingOfAConnectionThatCannotBeAccepted) {
+    for (const int error : {EMFILE, ENFILE, ECONNABORTED, EINTR, ENOMEM}) {
+        sockets::fail("accept4", error);
+        run_with_all_ready(1);
+        EXPECT_EQ(world::story(), "log Add fd failed: -1\n" + loop_failed) << error;
+        EXPECT_EQ(registered(), std::set<int>{listen_fd}) << error;
+        EXPECT_EQ(opened(), std::set<int>{listen_fd}) << error;
+        run_with_all_ready(1); // the pass that is left out
+        world::story();
+    }
+}
+
+TEST_F(SocketServerRunning, LeavesTheListeningSocketOutOfThePassAfterAFailedAccept) {
+    struct {
+        int passes, accepts;
+    } const table[] = {{1, 1}, {2, 1}, {3, 2}, {4, 2}, {5, 3}};
+    for (const auto &row : table) {
+        sockets::fail("accept4", EMFILE);
+        run_with_all_ready(row.passes);
+        std::string calls;
+        std::string story;
+        for (int i = 0; i < row.accepts; ++i) {
+            calls += calls_of_an_accept();
+            story += "log Add fd failed: -1\n";
+        }
+        EXPECT_EQ(sockets::calls(), calls) << row.passes;
+        EXPECT_EQ(world::story(), story + loop_failed) << row.passes;
+        TearDown();
+        SetUp();
+    }
+}
+
+TEST_F(SocketServerRunning, LogsOneLineWhenNeitherDescriptorNorMemoryIsLeft) {
+    sockets::fail("accept4", EMFILE);
+    world::fail_allocation(1);
+    run_with_all_ready(2);
+    EXPECT_EQ(world::story(), "log Socket accept failed because Out of memory!\n" + loop_failed);
+    EXPECT_EQ(sockets::calls(), call("accept4", {SOCK_CLOEXEC}));
+    EXPECT_EQ(opened(), std::set<int>{listen_fd});
+}
+
+TEST_F(SocketServerRunning, ServesTheConnectionThatWaitedWhileAcceptingFailed) {
+    const int fd = asking(UTM_APP_CONFIG_PING);
+    sockets::fail("accept4", EMFILE);
+    run_with_all_ready(2);
+    sockets::fail("accept4", 0);
+    run(2);
+    EXPECT_EQ(received(fd), "ok\nclosed");
+    EXPECT_EQ(world::story(), "log Add fd failed: -1\n" + loop_failed + ping_came + loop_failed);
+}
+
+TEST_F(SocketServerRunning, LeavesAConnectionBeyondTheTableOpenAndUnserved) {
+    const int fd = asking(UTM_APP_CONFIG_PING);
+    std::set<int> fillers;
+    for (int next = 0; (next = dup(listen_fd)) < fd_event_capacity;)
+        fillers.insert(next);
+    close(fd_event_capacity);
+    run(1);
+    for (const int filler : fillers)
+        close(filler);
+    EXPECT_EQ(world::story(), "log Add fd failed: 128\n" + loop_failed);
+    EXPECT_EQ(connections(), std::set<int>{fd_event_capacity});
+    EXPECT_EQ(registered(), std::set<int>{listen_fd});
+    EXPECT_EQ(received(fd), "open");
+}
+
+} // namespace

@@ -1,0 +1,25 @@
+#pragma once
+/// Stand-ins behind the socket calls. Each passes through to the real call, which is noted, unless
+/// it is set to fail.
+
+#include <string>
+#include <vector>
+
+namespace sockets {
+
+/// Nothing fails and nothing is noted.
+void reset();
+
+/// Makes every call of a function fail with an error: `socket`, `setsockopt`, `listen` or
+/// `accept4`.
+/// @param error  for `errno`; 0 lets it succeed again
+void fail(const std::string &function, int error);
+
+/// @return the calls since the last call of `calls` or `reset`, one line each, such as
+/// "socket 1 1 0" or "accept4"; descriptors are left out
+std::string calls();
+
+/// @return the descriptors that `accept4` returned since the last `reset`, failures not among them
+std::vector<int> accepted();
+
+} // namespace sockets

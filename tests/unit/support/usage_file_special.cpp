@@ -1,0 +1,65 @@
+#include "tests/unit/support/usage_file_special.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/fsuid.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace usage_file {
+
+pipe_reader_t::pipe_reader_t(const std::string &path) : fd_(-1) {
+    if (mkfifo(path.c_str(), 0600) == 0)
+        fd_ = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd_ < 0)
+        abort();
+}
+
+pipe_reader_t::~pipe_reader_t() {
+    close(fd_);
+}
+
+std::string pipe_reader_t::available() const {
+    std::string text;
+    char chunk[4096];
+    for (ssize_t n; (n = read(fd_, chunk, sizeof(chunk))) > 0;)
+        text.append(chunk, static_cast<size_t>(n));
+    return text;
+}
+
+bound_socket_t::bound_socket_t(const std::string &path)
+    : fd_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+    if (fd_ < 0 || bind(fd_, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0 ||
+        listen(fd_, 1) != 0)
+        abort();
+}
+
+bound_socket_t::~bound_socket_t() {
+    close(fd_);
+}
+
+unprivileged_t::unprivileged_t() : user_(static_cast<unsigned>(setfsuid(65534))) {}
+
+unprivileged_t::~unprivileged_t() {
+    setfsuid(user_);
+}
+
+size_t open_descriptors() {
+    DIR *directory = opendir("/proc/self/fd");
+    if (directory == nullptr)
+        abort();
+    size_t count = 0;
+    while (readdir(directory) != nullptr)
+        ++count;
+    closedir(directory);
+    return count;
+}
+
+} // namespace usage_file

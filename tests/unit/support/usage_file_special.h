@@ -1,0 +1,52 @@
+#pragma once
+/// Files that are no files: what a path may name beside one.
+
+#include <cstddef>
+#include <string>
+
+namespace usage_file {
+
+/// A pipe in the file system with somebody at its reading end.
+class pipe_reader_t {
+public:
+    explicit pipe_reader_t(const std::string &path);
+    ~pipe_reader_t();
+    pipe_reader_t(const pipe_reader_t &) = delete;
+    pipe_reader_t &operator=(const pipe_reader_t &) = delete;
+
+    /// @return what has been written to the pipe so far
+    std::string available() const;
+
+private:
+    int fd_;
+};
+
+/// A socket that listens at a path.
+class bound_socket_t {
+public:
+    explicit bound_socket_t(const std::string &path);
+    ~bound_socket_t();
+    bound_socket_t(const bound_socket_t &) = delete;
+    bound_socket_t &operator=(const bound_socket_t &) = delete;
+
+private:
+    int fd_;
+};
+
+/// Whether `open` refuses a file for its mode; root is refused nothing, so it takes another user's
+/// eyes for the time of the object.
+class unprivileged_t {
+public:
+    unprivileged_t();
+    ~unprivileged_t();
+    unprivileged_t(const unprivileged_t &) = delete;
+    unprivileged_t &operator=(const unprivileged_t &) = delete;
+
+private:
+    unsigned user_;
+};
+
+/// @return descriptors that this process has open
+size_t open_descriptors();
+
+} // namespace usage_file
