@@ -30,6 +30,8 @@ static void play(stage *set) {
 
 static int finish(stage *set) {
     show_router_counts(*set);
+    timeline_title(set->out, "Friday, as the daemon counted it");
+    printf("%s", set->day_table.c_str());
     std::string reports = sim_sanitizer_reports(set->options.router_dir);
     stage_expect(set, reports.empty(), "the daemon's memory and threads are sound\n" + reports);
     if (set->unexpected > 0) {

@@ -63,5 +63,5 @@ router_line meaning_of(const scenario &scene, const std::string &line) {
         return read_rule(scene, line);
     if (starts_with(line, "notify "))
         return read_event(scene, line);
-    return {"other commands", ""};
+    return {"switchings of the access rules as a whole, and other commands", ""};
 }

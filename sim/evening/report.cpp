@@ -75,21 +75,28 @@ void show_progress(stage *set) {
     }
 }
 
-void show_usage_table(stage *set, const char *title, int32_t period) {
+static std::string table_row(const std::string &name, const std::string &today,
+                             const std::string &week, const std::string &month,
+                             const std::string &apps) {
+    char figures[64];
+    snprintf(figures, sizeof figures, "%-8s %8s %11s %11s   ", name.c_str(), today.c_str(),
+             week.c_str(), month.c_str());
+    return figures + apps + "\n";
+}
+
+std::string usage_table(stage *set, int32_t period) {
     std::map<int32_t, int32_t> together;
-    timeline_title(set->out, title);
-    printf("%-8s %8s %11s %11s   %s\n", "", "today", "days before", "weeks before",
-           period == 0 ? "applications today" : "applications yesterday");
+    std::string table = table_row("", "today", "days before", "weeks before",
+                                  period == 0 ? "applications today" : "applications yesterday");
     for (const scenario_person &person : set->scene.people) {
         person_usage usage = usage_of_person(set, person);
         std::map<int32_t, int32_t> apps = app_usage_of_person(set, person, period);
-        printf("%-8s %8s %11s %11s   %s\n", person.name.c_str(), minutes_text(usage.today).c_str(),
-               minutes_text(usage.week).c_str(), minutes_text(usage.month).c_str(),
-               app_list(*set, apps).c_str());
+        table += table_row(person.name, minutes_text(usage.today), minutes_text(usage.week),
+                           minutes_text(usage.month), app_list(*set, apps));
         for (const auto &[id, minutes] : apps)
             together[id] += minutes;
     }
-    printf("%-8s %8s %11s %11s   %s\n", "together", "", "", "", app_list(*set, together).c_str());
+    return table + table_row("together", "", "", "", app_list(*set, together));
 }
 
 void show_router_counts(const stage &set) {

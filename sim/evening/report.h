@@ -16,16 +16,16 @@ struct person_usage {
 person_usage usage_of_person(stage *set, const scenario_person &person);
 
 /// @param period  0 today, 1 yesterday and so on
-/// @return today's minutes of one application, by its id
+/// @return each application's minutes on that day, by its id
 std::map<int32_t, int32_t> app_usage_of_person(stage *set, const scenario_person &person,
                                                int32_t period);
 
 /// Shows how far everybody is, a line per person.
 void show_progress(stage *set);
 
-/// Shows a table of everybody's counters and applications.
 /// @param period  the day whose applications are listed, as above
-void show_usage_table(stage *set, const char *title, int32_t period);
+/// @return a table of everybody's counters and applications
+std::string usage_table(stage *set, int32_t period);
 
 /// Shows how often which kind of command or event reached the router.
 void show_router_counts(const stage &set);

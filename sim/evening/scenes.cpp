@@ -6,6 +6,7 @@ namespace {
 
 constexpr int32_t MIAS_POLICY = 10;
 constexpr int32_t LEOS_POLICY = 11;
+constexpr char USAGE_FILE[] = "/tmp/ApplicationData/app_usage.json";
 constexpr uint16_t LIMIT = 1;
 constexpr uint16_t BLOCK = 2;
 
@@ -76,9 +77,35 @@ void set_rules(stage *set) {
                  "short clips are blocked from the start");
 }
 
-void use_up_applications(stage *set) {
+/// The front end keeps the family and its rules and sends them to a daemon that has started.
+void configure_again(stage *set) {
+    set->hushed = true;
+    introduce_family(set);
+    set_rules(set);
+    set->hushed = false;
+}
+
+void restart_router(stage *set) {
     stage_run_until(set, "17:45");
     show_progress(set);
+    const scenario_person &mia = stage_person(*set, "mia");
+    const int32_t used = usage_of_person(set, mia).today;
+    stage_do_command(set, "An update is due: what was used is saved",
+                     sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, USAGE_FILE));
+    stage_stop_daemon(set);
+    switch_on(set);
+    configure_again(set);
+    timeline_say(set->out, sim_clock_now(set->clock), voice::family,
+                 "The front end sends people, devices and rules again");
+    stage_expect(set, usage_of_person(set, mia).today == 0, "a new daemon knows of no usage");
+    stage_do_command(set, "and has the saved usage read back",
+                     sim_path_command(UTM_APP_CONFIG_IMPORT_STATISTICS, USAGE_FILE));
+    show_progress(set);
+    stage_expect(set, used > 0 && usage_of_person(set, mia).today == used,
+                 "Mia's usage has come back");
+}
+
+void use_up_applications(stage *set) {
     stage_run_until(set, "18:30");
     show_progress(set);
     stage_expect(set, stage_app_is_blocked(*set, "tablet", "video"),
@@ -113,7 +140,8 @@ void give_bonus(stage *set) {
 
 void end_the_day(stage *set) {
     stage_run_until(set, "23:58");
-    show_usage_table(set, "Friday, as the daemon counted it", 0);
+    show_progress(set);
+    set->day_table = usage_table(set, 0);
     const scenario_person &mia = stage_person(*set, "mia");
     std::map<int32_t, int32_t> apps = app_usage_of_person(set, mia, 0);
     stage_expect(set, usage_of_person(set, mia).today == 180, "Mia used 150 + 30 minutes");
@@ -126,7 +154,7 @@ void end_the_day(stage *set) {
 
 void begin_the_next_day(stage *set) {
     stage_run_until(set, "+1 00:05");
-    show_usage_table(set, "Saturday, five past midnight", 1);
+    show_progress(set);
     for (const scenario_person &person : set->scene.people) {
         person_usage usage = usage_of_person(set, person);
         stage_expect(set, usage.today == 0 && usage.bonus == 0, person.name + " starts afresh");
@@ -151,7 +179,8 @@ const std::vector<scene_entry> &evening_scenes() {
         {"Friday, 16:59: the daemon starts", switch_on},
         {"Ana tells it who there is", introduce_family},
         {"and what the rules are", set_rules},
-        {"The afternoon: video and games have limits of their own", use_up_applications},
+        {"The afternoon, and the router restarts", restart_router},
+        {"Video and games have limits of their own", use_up_applications},
         {"The evening: Mia's day is used up", use_up_the_day},
         {"A bonus", give_bonus},
         {"Later that evening", end_the_day},

@@ -45,7 +45,8 @@ time_t stage_time(const char *text) {
 bool stage_open(stage *set, const std::string &scenario_text, const char *start, std::string *why) {
     const std::string directory = "/tmp/router";
     *why = "cannot prepare the simulated router in " + directory;
-    if (mkdir(directory.c_str(), 0777) != 0 ||
+    // The router provides the usage file's folder; the daemon never makes it.
+    if (mkdir(directory.c_str(), 0777) != 0 || mkdir("/tmp/ApplicationData", 0777) != 0 ||
         !sim_write_file(directory + "/scenario", scenario_text) ||
         !sim_clock_create(&set->clock, directory + "/clock", stage_time(start)))
         return false;
@@ -98,6 +99,8 @@ static size_t run_length(const std::vector<std::string> &lines, size_t at) {
 
 static void show(const stage &set, voice who, const std::string &line, size_t times,
                  std::string meaning) {
+    if (set.hushed)
+        return;
     if (times > 1)
         meaning += (meaning.empty() ? "" : "; ") + std::to_string(times) + " times";
     timeline_say(set.out, sim_clock_now(set.clock), who, line, meaning);
@@ -146,7 +149,8 @@ void stage_run_until(stage *set, const char *text) {
 void stage_do_command(stage *set, const std::string &what, const utm_app_config_cmd &command) {
     if (set->broken)
         return;
-    timeline_say(set->out, sim_clock_now(set->clock), voice::family, what);
+    if (!set->hushed)
+        timeline_say(set->out, sim_clock_now(set->clock), voice::family, what);
     stage_expect(set, sim_status(sim_ask_command(command)) == UTM_APP_CONFIG_STATUS_OK,
                  "the daemon agrees: " + what);
     stage_follow(set);

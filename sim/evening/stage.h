@@ -19,7 +19,9 @@ struct stage {
     size_t log_lines_shown = 0;
     size_t journal_lines_shown = 0;
     std::map<std::string, size_t> router_counts = {}; ///< what reached the router, by kind
+    std::string day_table = {};                       ///< the day's usage just before midnight
     int unexpected = 0;                               ///< things that should not have happened
+    bool hushed = false;                              ///< what happens is followed but not shown
     bool broken = false;                              ///< the daemon is of no use any more
 };
 
