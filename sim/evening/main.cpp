@@ -51,7 +51,8 @@ int main(int argc, char **argv) {
     const std::string scenario_text = sim_read_file(UTM_EVENING_SCENARIO);
     std::string why;
     stage set = {.out = timeline_open(fast)};
-    if (!sim_enter_private_namespaces({sim_build_directory()}, &why) ||
+    // The source stays in sight too: sanitizers read their suppressions from it.
+    if (!sim_enter_private_namespaces({UTM_SOURCE_DIR, sim_build_directory()}, &why) ||
         !stage_open(&set, scenario_text, "16:59", &why))
         return fail(why);
     play(&set);
