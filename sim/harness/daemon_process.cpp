@@ -30,32 +30,23 @@ void set_sanitizer_options(const std::string &router_dir) {
 /// Preloads the clock library by a name next to the clock: the loader takes a blank or a colon in
 /// a path of LD_PRELOAD for the end of it, and a build directory's path may hold either.
 void set_clock(const sim_clock &clock, const std::string &library) {
-    std::string link = clock.path + ".so";
-    unlink(link.c_str());
-    if (symlink(library.c_str(), link.c_str()) != 0)
-        perror(link.c_str());
+    const std::string link = clock.path + ".so";
+    std::error_code none_yet;
+    // One that is right stays: programs that a running daemon starts go by it.
+    if (std::filesystem::read_symlink(link, none_yet) != library) {
+        unlink(link.c_str());
+        if (symlink(library.c_str(), link.c_str()) != 0)
+            perror(link.c_str());
+    }
     setenv(SIM_CLOCK_VARIABLE, clock.path.c_str(), 1);
     setenv("LD_PRELOAD", link.c_str(), 1);
-}
-
-void set_environment(const sim_daemon_options &options) {
-    const char *old_path = getenv("PATH");
-    std::string path = options.stand_ins + ":" + (old_path != nullptr ? old_path : "/usr/bin:/bin");
-    setenv("PATH", path.c_str(), 1);
-    setenv("TZ", options.time_zone.c_str(), 1);
-    setenv("UTM_SIM_DIR", options.router_dir.c_str(), 1);
-    set_sanitizer_options(options.router_dir);
-    if (options.clock != nullptr)
-        set_clock(*options.clock, options.clock_library);
-    for (const auto &[name, value] : options.environment)
-        setenv(name.c_str(), value.c_str(), 1);
 }
 
 pid_t launch(const sim_daemon_options &options) {
     pid_t pid = fork();
     if (pid != 0)
         return pid;
-    set_environment(options);
+    sim_set_environment(options);
     if (options.in_child)
         options.in_child();
     execl(options.binary.c_str(), options.binary.c_str(), static_cast<char *>(nullptr));
@@ -84,20 +75,6 @@ std::set<pid_t> children() {
     return found;
 }
 
-/// Waits for the process; `wait_status` is set when it ended in time.
-bool reap(pid_t pid, int *wait_status, sim_patience patience) {
-    return sim_wait_for([&] { return waitpid(pid, wait_status, WNOHANG) == pid; }, patience);
-}
-
-sim_exit describe(int wait_status) {
-    sim_exit how = {.ended = true};
-    if (WIFEXITED(wait_status))
-        how.status = WEXITSTATUS(wait_status);
-    else
-        how.signal = WTERMSIG(wait_status);
-    return how;
-}
-
 /// The orphan that the starter left is ours from the moment the starter has ended.
 pid_t adopt_new_child(const std::set<pid_t> &before) {
     for (pid_t pid : children())
@@ -107,6 +84,19 @@ pid_t adopt_new_child(const std::set<pid_t> &before) {
 }
 
 } // namespace
+
+void sim_set_environment(const sim_daemon_options &options) {
+    const char *old_path = getenv("PATH");
+    std::string path = options.stand_ins + ":" + (old_path != nullptr ? old_path : "/usr/bin:/bin");
+    setenv("PATH", path.c_str(), 1);
+    setenv("TZ", options.time_zone.c_str(), 1);
+    setenv("UTM_SIM_DIR", options.router_dir.c_str(), 1);
+    set_sanitizer_options(options.router_dir);
+    if (options.clock != nullptr)
+        set_clock(*options.clock, options.clock_library);
+    for (const auto &[name, value] : options.environment)
+        setenv(name.c_str(), value.c_str(), 1);
+}
 
 sim_daemon_options sim_built_options(const std::string &router_dir) {
     return {.binary = SIM_BUILT_DAEMON,
@@ -132,25 +122,26 @@ bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
         sim_clock_forget_sleeper(options.clock);
     std::set<pid_t> before = children();
     pid_t starter = launch(options);
-    int wait_status = 0;
     if (starter < 0)
         return false;
-    if (!reap(starter, &wait_status, patience)) {
+    sim_exit how = sim_reap(starter, patience);
+    if (!how.ended) {
         kill(starter, SIGKILL);
-        waitpid(starter, &wait_status, 0);
+        waitpid(starter, nullptr, 0);
         return false;
     }
-    daemon->starter_status = describe(wait_status).status;
+    daemon->starter_status = how.status;
     daemon->pid = daemon->starter_status == 0 ? adopt_new_child(before) : -1;
     return daemon->pid > 0;
 }
 
 sim_exit sim_daemon_wait_exit(sim_daemon *daemon, sim_patience patience) {
-    int wait_status = 0;
-    if (daemon->pid <= 0 || !reap(daemon->pid, &wait_status, patience))
+    if (daemon->pid <= 0)
         return {};
-    daemon->pid = -1;
-    return describe(wait_status);
+    sim_exit how = sim_reap(daemon->pid, patience);
+    if (how.ended)
+        daemon->pid = -1;
+    return how;
 }
 
 sim_exit sim_daemon_stop(sim_daemon *daemon, sim_patience patience) {

@@ -3,6 +3,7 @@
 
 #include "sim/harness/clock_control.h"
 #include "sim/harness/files.h"
+#include "sim/harness/program.h"
 
 #include <functional>
 #include <string>
@@ -42,12 +43,9 @@ sim_daemon_options sim_built_options(const std::string &router_dir);
 /// @return the build's directory, which a sandbox has to keep
 std::string sim_build_directory();
 
-/// How a process ended.
-struct sim_exit {
-    bool ended = false; ///< false: it was still there when patience ran out
-    int status = -1;    ///< exit status, or -1 when a signal ended it
-    int signal = 0;     ///< the signal that ended it, or 0
-};
+/// Gives the calling process the environment of a program in the daemon's world: its PATH, local
+/// time, clock and router. For a new process, before it becomes that program.
+void sim_set_environment(const sim_daemon_options &options);
 
 /// Starts the daemon and waits until it has detached, which is when its socket exists. The calling
 /// process becomes the reaper of orphans, so that the detached daemon is a child of it.

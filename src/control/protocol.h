@@ -52,7 +52,7 @@ enum utm_app_config_status : uint8_t {
     UTM_APP_CONFIG_STATUS_NOT_LOADED = 255, ///< LOAD_SIGNATURE only
 };
 
-/// A request.
+/// A request. What a client does not name stays zero: `{.type = UTM_APP_CONFIG_PING}`.
 ///
 /// | offset | size | field         | meaning                                                |
 /// |--------|------|---------------|--------------------------------------------------------|
@@ -66,14 +66,14 @@ enum utm_app_config_status : uint8_t {
 /// | 8      | 128  | path overlay  | LOAD_SIGNATURE, IMPORT, EXPORT: text ended by a NUL    |
 /// | 16     | 80   | rules overlay | ADD_APPS_TO_POLICY: `arg1` (1 to 10) entries           |
 struct utm_app_config_cmd {
-    uint8_t type;
-    uint8_t reserved[7];
-    int32_t arg0;
-    int32_t arg1;
-    int32_t arg2;
-    int32_t arg3;
-    int32_t arg4;
-    uint8_t tail[108];
+    uint8_t type = UTM_APP_CONFIG_PING;
+    uint8_t reserved[7] = {};
+    int32_t arg0 = 0;
+    int32_t arg1 = 0;
+    int32_t arg2 = 0;
+    int32_t arg3 = 0;
+    int32_t arg4 = 0;
+    uint8_t tail[108] = {};
 };
 
 /// One entry of the rules overlay.

@@ -1,0 +1,132 @@
+#include "sim/harness/program.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+namespace {
+
+using moment = steady_clock::time_point;
+
+/// A pipe's two ends, closed with their owner.
+struct pipe_ends {
+    int read = -1;
+    int write = -1;
+
+    pipe_ends() {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            return;
+        read = ends[0];
+        write = ends[1];
+    }
+    pipe_ends(const pipe_ends &) = delete;
+    pipe_ends &operator=(const pipe_ends &) = delete;
+    ~pipe_ends() {
+        close_end(&read);
+        close_end(&write);
+    }
+
+    static void close_end(int *end) {
+        if (*end >= 0)
+            close(*end);
+        *end = -1;
+    }
+};
+
+sim_exit describe(int wait_status) {
+    sim_exit how = {.ended = true};
+    if (WIFEXITED(wait_status))
+        how.status = WEXITSTATUS(wait_status);
+    else
+        how.signal = WTERMSIG(wait_status);
+    return how;
+}
+
+sim_patience patience_until(moment deadline) {
+    auto left = duration_cast<milliseconds>(deadline - steady_clock::now());
+    return {std::max(left, milliseconds(0))};
+}
+
+[[noreturn]] void become(const std::vector<std::string> &command_line,
+                         const std::function<void()> &in_child, int out, int err) {
+    std::vector<char *> arguments;
+    for (const std::string &word : command_line)
+        arguments.push_back(const_cast<char *>(word.c_str()));
+    arguments.push_back(nullptr);
+    int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    dup2(nothing, STDIN_FILENO);
+    dup2(out, STDOUT_FILENO);
+    dup2(err, STDERR_FILENO);
+    if (in_child)
+        in_child();
+    execv(arguments[0], arguments.data());
+    perror(arguments[0]);
+    _exit(127);
+}
+
+/// Reads a piece; at the end, or when it cannot go on, the end is closed.
+void read_piece(int *end, std::string *text) {
+    char piece[4096];
+    ssize_t got = read(*end, piece, sizeof piece);
+    if (got > 0)
+        text->append(piece, static_cast<size_t>(got));
+    else if (got == 0 || errno != EINTR)
+        pipe_ends::close_end(end);
+}
+
+/// Reads both pipes side by side: a program that waits for room in one of them does not end.
+void collect(int *out, int *err, sim_outcome *of, moment deadline) {
+    while (*out >= 0 || *err >= 0) {
+        // A descriptor below zero is passed over.
+        pollfd ends[] = {{.fd = *out, .events = POLLIN, .revents = 0},
+                         {.fd = *err, .events = POLLIN, .revents = 0}};
+        auto left = patience_until(deadline).limit.count();
+        if (left <= 0)
+            return;
+        if (poll(ends, 2, static_cast<int>(left)) <= 0)
+            continue; // a signal, or the time is up: the clock tells
+        if (ends[0].revents != 0)
+            read_piece(out, &of->out);
+        if (ends[1].revents != 0)
+            read_piece(err, &of->err);
+    }
+}
+
+} // namespace
+
+sim_exit sim_reap(pid_t pid, sim_patience patience) {
+    int wait_status = 0;
+    bool ended = sim_wait_for([&] { return waitpid(pid, &wait_status, WNOHANG) == pid; }, patience);
+    return ended ? describe(wait_status) : sim_exit{};
+}
+
+sim_outcome sim_run(const std::vector<std::string> &command_line,
+                    const std::function<void()> &in_child, sim_patience patience) {
+    const moment deadline = steady_clock::now() + patience.limit;
+    sim_outcome outcome;
+    pipe_ends out;
+    pipe_ends err;
+    pid_t pid = fork();
+    if (pid < 0)
+        return outcome;
+    if (pid == 0)
+        become(command_line, in_child, out.write, err.write);
+    pipe_ends::close_end(&out.write);
+    pipe_ends::close_end(&err.write);
+    collect(&out.read, &err.read, &outcome, deadline);
+    outcome.how = sim_reap(pid, patience_until(deadline));
+    if (!outcome.how.ended) {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+    }
+    return outcome;
+}

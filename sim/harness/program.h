@@ -1,0 +1,34 @@
+#pragma once
+/// Running a program to its end, and how processes end.
+
+#include "sim/harness/files.h"
+
+#include <functional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// How a process ended.
+struct sim_exit {
+    bool ended = false; ///< false: it was still there when patience ran out
+    int status = -1;    ///< exit status, or -1 when a signal ended it
+    int signal = 0;     ///< the signal that ended it, or 0
+};
+
+/// Waits for a child of ours to end.
+sim_exit sim_reap(pid_t pid, sim_patience patience = {});
+
+/// What a program said, and how it ended.
+struct sim_outcome {
+    std::string out = {};
+    std::string err = {};
+    sim_exit how = {};
+};
+
+/// Runs a program with nothing on its standard input, and collects what it prints. One that has not
+/// ended in time is killed, and `how.ended` stays false.
+///
+/// @param command_line  the program, by its path, and its arguments
+/// @param in_child      run in the new process just before it becomes the program; may be empty
+sim_outcome sim_run(const std::vector<std::string> &command_line,
+                    const std::function<void()> &in_child = {}, sim_patience patience = {});

@@ -1,0 +1,179 @@
+#include "client/arguments.h"
+
+#include "client/message.h"
+#include "client/minutes.h"
+#include "client/text.h"
+
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <strings.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char *weekday_names[ctl_days_per_week] = {
+    "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+
+/// Numbers of the wire's `action`.
+constexpr uint16_t action_remove = 0;
+constexpr uint16_t action_limit = 1;
+constexpr uint16_t action_block = 2;
+
+/// What a shell takes as it stands.
+constexpr char harmless_characters[] =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,=@%:";
+
+/// "lcsh load " and the path must fit into the daemon's 127 characters of command line.
+constexpr size_t signature_path_max = 127 - (sizeof "lcsh load " - 1);
+
+/// Complains and fails, so that a reader ends with it.
+__attribute__((format(printf, 1, 2))) bool refuse(const char *format, ...);
+
+bool refuse(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    ctl_say_list(format, arguments);
+    va_end(arguments);
+    return false;
+}
+
+int hex_value(char digit) {
+    if (digit >= '0' && digit <= '9')
+        return digit - '0';
+    const int lower = tolower(static_cast<unsigned char>(digit));
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+/// @return the digits before the first separator: 12 when there is none
+size_t group_size(const char *text) {
+    size_t size = 0;
+    while (hex_value(text[size]) >= 0)
+        ++size;
+    return size;
+}
+
+bool parse_mac(const char *text, uint8_t *mac) {
+    const size_t group = group_size(text);
+    const char separator = group < 12 ? text[group] : '\0';
+    if (group == 0 || group % 2 != 0 || 12 % group != 0 ||
+        (group < 12 && (separator == '\0' || strchr(":-.", separator) == nullptr)))
+        return false;
+    for (size_t digit = 0; digit < 12; digit += 2) {
+        if (digit > 0 && digit % group == 0 && *text++ != separator)
+            return false;
+        const int high = hex_value(text[0]);
+        const int low = high < 0 ? -1 : hex_value(text[1]);
+        if (low < 0)
+            return false;
+        mac[digit / 2] = static_cast<uint8_t>(high * 16 + low);
+        text += 2;
+    }
+    return *text == '\0';
+}
+
+bool read_rule_action(const char *text, utm_app_config_app_entry *rule) {
+    int32_t minutes = 0;
+    rule->limit = 0;
+    if (strcmp(text, "block") == 0) {
+        rule->action = action_block;
+    } else if (strcmp(text, "remove") == 0) {
+        rule->action = action_remove;
+    } else if (ctl_parse_minutes(text, &minutes) && minutes <= UINT16_MAX) {
+        rule->action = action_limit;
+        rule->limit = static_cast<uint16_t>(minutes);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool ctl_read_number(const char *text, const char *what, int32_t *number) {
+    return ctl_parse_int(text, number) ||
+           refuse("\"%s\" is not %s: give a whole number, such as 3", text, what);
+}
+
+bool ctl_read_minutes(const char *text, int32_t *minutes) {
+    return ctl_parse_minutes(text, minutes) ||
+           refuse("\"%s\" is no time: give minutes, such as 90, 90m or 1h30m", text);
+}
+
+bool ctl_read_switch(const char *text, int32_t *value) {
+    *value = strcmp(text, "on") == 0;
+    return *value == 1 || strcmp(text, "off") == 0 ||
+           refuse("\"%s\" is no switch: give on or off", text);
+}
+
+bool ctl_read_weekday(const char *text, int32_t *day) {
+    const size_t length = strlen(text);
+    for (int32_t i = 0; i < ctl_days_per_week; ++i) {
+        const bool is_number = length == 1 && text[0] == '0' + i;
+        if (is_number || (length >= 3 && strncasecmp(text, weekday_names[i], length) == 0)) {
+            *day = i;
+            return true;
+        }
+    }
+    return refuse("\"%s\" is no weekday: give a name, such as monday or mon, or 0 (Sunday) to 6",
+                  text);
+}
+
+const char *ctl_weekday_name(int32_t day) {
+    return day >= 0 && day < ctl_days_per_week ? weekday_names[day] : "?";
+}
+
+bool ctl_read_mac(const char *text, uint8_t *mac) {
+    return parse_mac(text, mac) ||
+           refuse("\"%s\" is no MAC address: give six bytes, such as 02:00:00:00:00:1a", text);
+}
+
+bool ctl_read_rule(const ctl_app_names &names, const char *text, utm_app_config_app_entry *rule) {
+    const char *equals = strrchr(text, '=');
+    char app[ctl_name_size] = {};
+    int32_t app_id = 0;
+    const size_t length = equals == nullptr ? 0 : static_cast<size_t>(equals - text);
+    if (length == 0 || length >= sizeof app || !read_rule_action(equals + 1, rule))
+        return refuse(
+            "\"%s\" is no rule: give APP=MINUTES (at most 65535), APP=block or APP=remove", text);
+    memcpy(app, text, length);
+    if (!ctl_find_app(names, app, &app_id))
+        return refuse("\"%s\" is no application that I know: give its number, or name it in a file "
+                      "for --names",
+                      app);
+    rule->app_id = static_cast<uint32_t>(app_id);
+    return true;
+}
+
+bool ctl_read_path(const char *text, ctl_path *path) {
+    char directory[PATH_MAX] = "";
+    const char *slash = "";
+    if (text[0] == '\0')
+        return refuse("the path is empty: name a file");
+    if (text[0] != '/') {
+        if (getcwd(directory, sizeof directory) == nullptr)
+            return refuse("cannot tell the present directory (%s): give a path from the root",
+                          strerror(errno));
+        slash = strcmp(directory, "/") == 0 ? "" : "/";
+    }
+    const int length = snprintf(path->text, sizeof path->text, "%s%s%s", directory, slash, text);
+    return (length >= 0 && static_cast<size_t>(length) < sizeof path->text) ||
+           refuse("%s%s%s is too long a path: a request has room for %zu characters", directory,
+                  slash, text, sizeof path->text - 1);
+}
+
+bool ctl_read_signature_path(const char *text, ctl_path *path) {
+    if (!ctl_read_path(text, path))
+        return false;
+    for (const char *c = path->text; *c != '\0'; ++c)
+        if (strchr(harmless_characters, *c) == nullptr)
+            return refuse("%s: the path reaches a shell, so only plain letters, digits and "
+                          "/._-+,=@%%: may stand in it; rename the file",
+                          path->text);
+    return strlen(path->text) <= signature_path_max ||
+           refuse("%s is too long a path: a signature's may have %zu characters", path->text,
+                  signature_path_max);
+}

@@ -1,0 +1,48 @@
+#pragma once
+/// Operands of a command line. Each function complains about a text that it cannot use, in words
+/// that say what it expects; the caller then ends with CTL_USAGE.
+
+#include "client/names.h"
+#include "control/protocol.h"
+
+#include <cstdint>
+
+inline constexpr int ctl_mac_bytes = 6;
+inline constexpr int ctl_days_per_week = 7;
+
+/// Reads a number in the daemon's 32 bits.
+/// @param what  what it is, for the complaint: "a profile's number"
+[[nodiscard]] bool ctl_read_number(const char *text, const char *what, int32_t *number);
+
+/// Reads minutes in any of the forms of `ctl_parse_minutes`.
+[[nodiscard]] bool ctl_read_minutes(const char *text, int32_t *minutes);
+
+/// Reads "on" or "off".
+[[nodiscard]] bool ctl_read_switch(const char *text, int32_t *value);
+
+/// Reads a weekday: 0 (Sunday) to 6, or its English name, of which three letters are enough.
+[[nodiscard]] bool ctl_read_weekday(const char *text, int32_t *day);
+
+/// @return "Sunday" for 0 and so on; "?" when there is no such day
+[[nodiscard]] const char *ctl_weekday_name(int32_t day);
+
+/// Reads a MAC address: twelve hexadecimal digits in either case, bare or in equal groups of one,
+/// two or three bytes between colons, dashes or full stops.
+/// @param mac  out: `ctl_mac_bytes` bytes in transmission order
+[[nodiscard]] bool ctl_read_mac(const char *text, uint8_t *mac);
+
+/// Reads a policy's rule: APP=MINUTES, APP=block or APP=remove.
+[[nodiscard]] bool ctl_read_rule(const ctl_app_names &names, const char *text,
+                                 utm_app_config_app_entry *rule);
+
+/// A path as a request carries it.
+struct ctl_path {
+    char text[UTM_APP_CONFIG_PATH_SIZE];
+};
+
+/// Makes a path absolute: the daemon's own directory is the root.
+[[nodiscard]] bool ctl_read_path(const char *text, ctl_path *path);
+
+/// The same for a signature. Its path becomes part of a command line that a shell reads as root and
+/// that is cut when it is too long, so only short paths of harmless characters pass.
+[[nodiscard]] bool ctl_read_signature_path(const char *text, ctl_path *path);

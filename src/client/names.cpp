@@ -1,0 +1,97 @@
+#include "client/names.h"
+
+#include "client/message.h"
+#include "client/owned.h"
+#include "client/text.h"
+
+#include <cerrno>
+#include <cstring>
+#include <strings.h>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr char blanks[] = " \t\r\n";
+
+/// Reads a line's number and name; what is neither blank nor a comment must have both.
+/// @param line  is taken apart
+bool parse_line(char *line, ctl_app_name *entry) {
+    char *number = line + strspn(line, blanks);
+    char *number_end = number + strcspn(number, blanks);
+    char *name = number_end + strspn(number_end, blanks);
+    size_t length = strlen(name);
+    while (length > 0 && strchr(blanks, name[length - 1]) != nullptr)
+        --length;
+    name[length] = '\0';
+    *number_end = '\0';
+    if (length == 0 || !ctl_parse_int(number, &entry->app_id))
+        return false;
+    ctl_copy_clean(entry->name, sizeof entry->name, name);
+    return true;
+}
+
+bool is_empty(const char *line) {
+    const char *text = line + strspn(line, blanks);
+    return *text == '\0' || *text == '#';
+}
+
+ctl_exit read_lines(FILE *file, const char *path, ctl_app_names *names) {
+    char *line = nullptr;
+    size_t room = 0;
+    ctl_exit status = CTL_DONE;
+    for (int number = 1; status == CTL_DONE && getline(&line, &room, file) >= 0; ++number) {
+        ctl_app_name entry = {};
+        if (is_empty(line))
+            continue;
+        if (!parse_line(line, &entry))
+            ctl_say("%s, line %d: no number and name, such as \"305 video\"; left out", path,
+                    number);
+        else if (!names->add(entry))
+            status = ctl_fail(CTL_BROKEN, "%s: out of memory", path);
+    }
+    if (status == CTL_DONE &&
+        feof(file) == 0) // an error, or a line that is too long for the memory
+        status = ctl_fail(CTL_USAGE, "cannot read the applications' names from %s: %s", path,
+                          strerror(errno));
+    free(line);
+    return status;
+}
+
+} // namespace
+
+ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
+    const char *wanted = path != nullptr ? path : ctl_names_path;
+    // A pipe would keep us waiting, and a device might never end.
+    struct stat status = {};
+    const bool is_there = stat(wanted, &status) == 0;
+    if (!is_there && path == nullptr && errno == ENOENT)
+        return CTL_DONE;
+    if (is_there && !S_ISREG(status.st_mode))
+        return ctl_fail(CTL_USAGE,
+                        "cannot read the applications' names from %s: it is no regular "
+                        "file",
+                        wanted);
+    const ctl_file file(is_there ? fopen(wanted, "re") : nullptr);
+    if (file == nullptr)
+        return ctl_fail(CTL_USAGE, "cannot read the applications' names from %s: %s", wanted,
+                        strerror(errno));
+    return read_lines(file.get(), wanted, names);
+}
+
+const char *ctl_find_name(const ctl_app_names &names, int32_t app_id) {
+    for (const ctl_app_name &entry : names)
+        if (entry.app_id == app_id)
+            return entry.name;
+    return nullptr;
+}
+
+bool ctl_find_app(const ctl_app_names &names, const char *text, int32_t *app_id) {
+    if (ctl_parse_int(text, app_id))
+        return true;
+    for (const ctl_app_name &entry : names)
+        if (strcasecmp(entry.name, text) == 0) {
+            *app_id = entry.app_id;
+            return true;
+        }
+    return false;
+}

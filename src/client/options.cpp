@@ -1,0 +1,177 @@
+#include "client/options.h"
+
+#include "client/arguments.h"
+#include "client/message.h"
+#include "client/names.h"
+#include "client/text.h"
+
+#include <cstring>
+#include <getopt.h>
+
+namespace {
+
+constexpr int32_t timeout_max_s = 3600;
+constexpr int32_t day_max = 30;
+constexpr int32_t week_max = 3;
+
+struct option_row {
+    ctl_option bit;
+    const char *name;
+    char letter; ///< or 0
+    int argument_kind;
+    const char *argument; ///< as help shows it
+    const char *help;
+};
+
+constexpr option_row rows[] = {
+    {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
+    {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw with plain ASCII"},
+    {CTL_OPTION_NAMES, "names", 'n', required_argument, " FILE",
+     "names of applications: lines of \"305 video\""},
+    {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today; charts one by one"},
+    {CTL_OPTION_DAY, "day", 0, required_argument, " N",
+     "applications on the day N days ago, 0 to 30"},
+    {CTL_OPTION_WEEK, "week", 0, required_argument, " N",
+     "applications in the week N weeks ago, 0 to 3"},
+    {CTL_OPTION_MONTH, "month", 0, no_argument, "", "applications in this month"},
+    {CTL_OPTION_HISTORY, "history", 0, optional_argument, " [days|weeks]",
+     "a chart: today and 30 days before, or 4 weeks"},
+    {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
+     "the daemon's socket, if it has another"},
+    {CTL_OPTION_TIMEOUT, "timeout", 't', required_argument, " SECONDS",
+     "wait so long for an answer, 1 to 3600; else 30"},
+    {CTL_OPTION_HELP, "help", 'h', no_argument, "", "what this is and how to use it"},
+    {CTL_OPTION_VERSION, "version", 'V', no_argument, "", "the version"},
+};
+constexpr size_t row_count = sizeof rows / sizeof *rows;
+
+/// getopt_long answers with these: the row's index, away from letters and its own signs.
+constexpr int first_value = 1000;
+/// getopt_long's sign for a word that is no option.
+constexpr int operand_value = 1;
+
+const option_row *row_of(int value) {
+    if (value >= first_value)
+        return &rows[value - first_value];
+    for (const option_row &row : rows)
+        if (row.letter != 0 && row.letter == value)
+            return &row;
+    return nullptr;
+}
+
+bool read_bounded(const char *text, const option_row &row, int32_t least, int32_t most,
+                  int32_t *number) {
+    if (ctl_parse_int(text, number) && *number >= least && *number <= most)
+        return true;
+    ctl_say("\"%s\" will not do for --%s: give a whole number from %d to %d", text, row.name, least,
+            most);
+    return false;
+}
+
+bool take_option(const option_row &row, ctl_options *options) {
+    options->given |= row.bit;
+    switch (row.bit) {
+    case CTL_OPTION_SOCKET:
+        options->daemon.socket_path = optarg;
+        return true;
+    case CTL_OPTION_TIMEOUT:
+        return read_bounded(optarg, row, 1, timeout_max_s, &options->daemon.timeout_s);
+    case CTL_OPTION_NAMES:
+        options->names_path = optarg;
+        return true;
+    case CTL_OPTION_DAY:
+        return read_bounded(optarg, row, 0, day_max, &options->day);
+    case CTL_OPTION_WEEK:
+        return read_bounded(optarg, row, 0, week_max, &options->week);
+    case CTL_OPTION_HISTORY:
+        options->history_unit = optarg;
+        return true;
+    default:
+        return true;
+    }
+}
+
+ctl_exit unknown_option(const char *word) {
+    const bool is_number = word[1] >= '0' && word[1] <= '9';
+    return ctl_fail(
+        CTL_USAGE,
+        is_number
+            ? "\"%s\" is no option; in front of a negative number put --"
+            : "\"%s\" is no option, or its value is missing or too much; see utm_appctl --help",
+        word);
+}
+
+/// `--history` may do without its word, so the library does not look for it behind a blank.
+bool is_history_unit(const char *text) {
+    return strcmp(text, "days") == 0 || strcmp(text, "weeks") == 0;
+}
+
+/// Fills the library's form of the table.
+/// @param letters  room for a sign, two characters a row, and the NUL
+void library_form(option *longs, char *letters) {
+    *letters++ = '-'; // operands are given in order, wherever they stand
+    *letters++ = ':'; // complaints are ours
+    for (size_t i = 0; i < row_count; ++i) {
+        longs[i] = {rows[i].name, rows[i].argument_kind, nullptr,
+                    first_value + static_cast<int>(i)};
+        if (rows[i].letter == 0)
+            continue;
+        *letters++ = rows[i].letter;
+        if (rows[i].argument_kind == required_argument)
+            *letters++ = ':';
+    }
+    *letters = '\0';
+    longs[row_count] = {};
+}
+
+} // namespace
+
+ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
+    option longs[row_count + 1];
+    char letters[row_count * 2 + 3];
+    library_form(longs, letters);
+    opterr = 0;
+    bool unit_may_follow = false;
+    for (;;) {
+        const int word = optind;
+        const int value = getopt_long(argc, argv, letters, longs, nullptr);
+        if (value == -1)
+            break;
+        if (value == operand_value) {
+            if (unit_may_follow && is_history_unit(optarg))
+                options->history_unit = optarg;
+            else if (!options->operands.add(optarg))
+                return ctl_fail(CTL_BROKEN, "out of memory");
+            unit_may_follow = false;
+            continue;
+        }
+        const option_row *row = row_of(value);
+        if (row == nullptr)
+            return unknown_option(argv[word]);
+        if (!take_option(*row, options))
+            return CTL_USAGE;
+        unit_may_follow = row->bit == CTL_OPTION_HISTORY && optarg == nullptr;
+    }
+    for (int i = optind; i < argc; ++i)
+        if (!options->operands.add(argv[i]))
+            return ctl_fail(CTL_BROKEN, "out of memory");
+    return CTL_DONE;
+}
+
+const char *ctl_option_name(unsigned bits) {
+    for (const option_row &row : rows)
+        if ((bits & row.bit) != 0)
+            return row.name;
+    return "";
+}
+
+void ctl_write_options(FILE *out, unsigned bits) {
+    for (const option_row &row : rows) {
+        if ((bits & row.bit) == 0)
+            continue;
+        const char letter[] = {'-', row.letter, ',', '\0'};
+        char name[40];
+        snprintf(name, sizeof name, "--%s%s", row.name, row.argument);
+        fprintf(out, "  %3s %-26s %s\n", row.letter != 0 ? letter : "", name, row.help);
+    }
+}

@@ -1,0 +1,51 @@
+#pragma once
+/// The command line's options: one table for parsing, for help, and for telling which verb takes
+/// what.
+
+#include "client/connection.h"
+#include "client/growing.h"
+
+#include <cstdint>
+#include <cstdio>
+
+/// A bit per option, so that a verb can say which ones it takes.
+enum ctl_option : unsigned {
+    CTL_OPTION_SOCKET = 1U << 0,
+    CTL_OPTION_TIMEOUT = 1U << 1,
+    CTL_OPTION_HELP = 1U << 2,
+    CTL_OPTION_VERSION = 1U << 3,
+    CTL_OPTION_JSON = 1U << 4,
+    CTL_OPTION_ASCII = 1U << 5,
+    CTL_OPTION_NAMES = 1U << 6,
+    CTL_OPTION_APPS = 1U << 7,
+    CTL_OPTION_DAY = 1U << 8,
+    CTL_OPTION_WEEK = 1U << 9,
+    CTL_OPTION_MONTH = 1U << 10,
+    CTL_OPTION_HISTORY = 1U << 11,
+};
+
+/// What every verb takes.
+inline constexpr unsigned ctl_common_options =
+    CTL_OPTION_SOCKET | CTL_OPTION_TIMEOUT | CTL_OPTION_HELP | CTL_OPTION_VERSION;
+
+struct ctl_options {
+    ctl_daemon daemon = {};
+    const char *names_path = nullptr;
+    int32_t day = 0;                         ///< days ago
+    int32_t week = 0;                        ///< weeks ago
+    const char *history_unit = nullptr;      ///< "--history UNIT" or "--history=UNIT"
+    unsigned given = 0;                      ///< bits of `ctl_option`
+    ctl_growing<const char *> operands = {}; ///< the words that are no options, in order
+
+    bool has(ctl_option option) const { return (given & option) != 0; }
+};
+
+/// Takes a command line apart. Options may stand anywhere before "--".
+/// @return CTL_DONE, or CTL_USAGE; said why
+[[nodiscard]] ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options);
+
+/// @return the name, such as "json", of one of `bits`; the lowest counts
+[[nodiscard]] const char *ctl_option_name(unsigned bits);
+
+/// Writes a line for each of the options.
+void ctl_write_options(FILE *out, unsigned bits);

@@ -1,0 +1,141 @@
+#include "client/page.h"
+
+#include "client/minutes.h"
+#include "client/page_style.h"
+
+#include <algorithm>
+
+namespace {
+
+// The chart's measures, in the units of its view box. A phone shows about one unit as one pixel.
+constexpr int chart_width = 340;
+constexpr int chart_height = 138;
+constexpr int plot_left = 54;
+constexpr int plot_top = 8;
+constexpr int plot_base = 118;
+constexpr int marks_base = 133;
+/// Lines at the most, the base not counted.
+constexpr int grid_lines = 4;
+
+/// @return how much of `size` a part of a whole takes
+double share(int64_t part, int64_t whole, double size) {
+    return whole <= 0 || part >= whole
+               ? (part > 0 ? size : 0)
+               : size * static_cast<double>(part) / static_cast<double>(whole);
+}
+
+/// @return minutes between two grid lines, as round as a clock has it
+int64_t grid_step(int64_t longest) {
+    int64_t step = 15;
+    for (const int64_t round : {15, 30, 60, 120, 180, 240, 360, 480, 720, 1440}) {
+        step = round;
+        if (longest <= step * grid_lines)
+            return step;
+    }
+    while (longest / grid_lines >= step)
+        step *= 2;
+    return step;
+}
+
+void put_grid(FILE *page, int64_t step, int lines) {
+    for (int line = 0; line <= lines; ++line) {
+        const int y = plot_base - (plot_base - plot_top) * line / lines;
+        fprintf(page, "<line class=\"grid\" x1=\"%d\" x2=\"%d\" y1=\"%d\" y2=\"%d\"/>", plot_left,
+                chart_width, y, y);
+        fprintf(page, "<text x=\"%d\" y=\"%d\" text-anchor=\"end\">%s</text>\n", plot_left - 5,
+                y + 4, line == 0 ? "0" : ctl_time_of(step * line).text);
+    }
+}
+
+void put_day(FILE *page, const ctl_day_bar &day, double left, double width, int64_t top,
+             bool is_current) {
+    if (day.minutes > 0) {
+        // A minute must be seen even beside a whole day.
+        const double height = std::max(share(day.minutes, top, plot_base - plot_top), 1.0);
+        fprintf(page,
+                "<rect class=\"%s\" x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" "
+                "rx=\"1\"><title>%s: %s (%lld min)</title></rect>\n",
+                is_current ? "now" : "use", left + width / 10, plot_base - height, width * 4 / 5,
+                height, day.name.text, ctl_time_of(day.minutes).text,
+                static_cast<long long>(day.minutes));
+    }
+    if (day.mark.text[0] != '\0')
+        fprintf(page, "<text x=\"%.1f\" y=\"%d\" text-anchor=\"%s\">%s</text>\n",
+                is_current ? chart_width : left + width / 2, marks_base,
+                is_current ? "end" : "middle", day.mark.text);
+}
+
+} // namespace
+
+void ctl_put_text(FILE *page, const char *text) {
+    for (; *text != '\0'; ++text) {
+        switch (*text) {
+        case '&':
+            fputs("&amp;", page);
+            break;
+        case '<':
+            fputs("&lt;", page);
+            break;
+        case '>':
+            fputs("&gt;", page);
+            break;
+        case '"':
+            fputs("&quot;", page);
+            break;
+        case '\'':
+            fputs("&#39;", page);
+            break;
+        default:
+            fputc(*text, page);
+        }
+    }
+}
+
+void ctl_begin_page(FILE *page, const char *title) {
+    fputs("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+          "<meta name=\"color-scheme\" content=\"light dark\">\n<title>",
+          page);
+    ctl_put_text(page, title);
+    fprintf(page, "</title>\n<style>%s</style>\n</head>\n<body>\n", ctl_page_style);
+}
+
+void ctl_end_page(FILE *page) {
+    fputs("</body>\n</html>\n", page);
+}
+
+void ctl_put_meter(FILE *page, int64_t minutes, int64_t whole, const char *meaning) {
+    fputs("<svg class=\"meter\" role=\"img\" aria-label=\"", page);
+    ctl_put_text(page, meaning);
+    fputs("\"><title>", page);
+    ctl_put_text(page, meaning);
+    fprintf(page,
+            "</title><rect class=\"track\" width=\"100%%\" height=\"100%%\" rx=\"6\"/>"
+            "<rect class=\"%s\" width=\"%.1f%%\" height=\"100%%\" rx=\"6\"/></svg>\n",
+            minutes > whole ? "over" : "now", share(minutes, whole, 100));
+}
+
+void ctl_put_bar(FILE *page, int64_t minutes, int64_t longest) {
+    fprintf(page,
+            "<svg class=\"bar\" aria-hidden=\"true\"><title>%lld min this month</title>"
+            "<rect class=\"use\" width=\"%.1f%%\" height=\"100%%\" rx=\"3\"/></svg>",
+            static_cast<long long>(minutes), share(minutes, longest, 100));
+}
+
+void ctl_put_day_chart(FILE *page, std::span<const ctl_day_bar> days, const char *meaning) {
+    int64_t longest = 1;
+    for (const ctl_day_bar &day : days)
+        longest = std::max(longest, day.minutes);
+    const int64_t step = grid_step(longest);
+    const int64_t lines = (longest - 1) / step + 1;
+    fprintf(page, "<svg class=\"chart\" viewBox=\"0 0 %d %d\" role=\"img\" aria-label=\"",
+            chart_width, chart_height);
+    ctl_put_text(page, meaning);
+    fputs("\">\n", page);
+    put_grid(page, step, static_cast<int>(lines));
+    const double width = (chart_width - plot_left) / static_cast<double>(days.size());
+    for (size_t i = 0; i < days.size(); ++i)
+        put_day(page, days[i], plot_left + width * static_cast<double>(i), width, step * lines,
+                i + 1 == days.size());
+    fputs("</svg>\n", page);
+}

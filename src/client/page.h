@@ -1,0 +1,36 @@
+#pragma once
+/// The parts that a page is made of: text, bars and a chart, as HTML with SVG inside.
+///
+/// Nothing here checks whether writing succeeds; the stream remembers, and who owns it asks.
+
+#include "client/local_day.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <span>
+
+/// Writes text as a page shows it, in an element or in an attribute between double quotes.
+void ctl_put_text(FILE *page, const char *text);
+
+/// Writes everything in front of the page's content, and everything behind it.
+void ctl_begin_page(FILE *page, const char *title);
+void ctl_end_page(FILE *page);
+
+/// Writes a bar that says how much of a whole is used. Without a whole, or beyond it, it is full.
+/// @param meaning  the same in words
+void ctl_put_meter(FILE *page, int64_t minutes, int64_t whole, const char *meaning);
+
+/// Writes a thin bar, as long as its share of the longest one. It stands beside its number, so it
+/// is no second time there for those who listen to the page.
+void ctl_put_bar(FILE *page, int64_t minutes, int64_t longest);
+
+/// A day of a chart.
+struct ctl_day_bar {
+    int64_t minutes;
+    ctl_day_text name; ///< "Wed 4 Mar", for the tooltip
+    ctl_day_text mark; ///< "4 Mar", written beneath; empty for none
+};
+
+/// Writes a bar chart of days, at least one; the last of them is the current one.
+/// @param meaning  the same in words
+void ctl_put_day_chart(FILE *page, std::span<const ctl_day_bar> days, const char *meaning);

@@ -1,0 +1,91 @@
+#include "client/temporary_file.h"
+
+#include "client/message.h"
+#include "control/protocol.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <initializer_list>
+#include <unistd.h>
+
+namespace {
+
+constexpr char file_name[] = "/usage.json";
+
+/// Here and not in the owner: a signal's handler has to find them. Empty while there is nothing.
+char folder[UTM_APP_CONFIG_PATH_SIZE - sizeof file_name + 1];
+char file[UTM_APP_CONFIG_PATH_SIZE];
+
+/// Only what a signal's handler may do.
+void remove_both() {
+    unlink(file);
+    rmdir(folder);
+}
+
+/// The signal's own effect has been put back, and follows when the handler returns.
+void remove_and_end(int signal_number) {
+    remove_both();
+    raise(signal_number);
+}
+
+/// A signal that is ignored, as under nohup, stays so.
+void remove_on(int signal_number) {
+    struct sigaction old = {};
+    if (sigaction(signal_number, nullptr, &old) != 0 || old.sa_handler == SIG_IGN)
+        return;
+    struct sigaction action = {};
+    action.sa_handler = remove_and_end;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(signal_number, &action, nullptr);
+}
+
+bool make_folder(const char *parent) {
+    const int length = snprintf(folder, sizeof folder, "%s/utm_appctl.XXXXXX", parent);
+    if (static_cast<size_t>(length) >= sizeof folder) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    return mkdtemp(folder) != nullptr;
+}
+
+/// The daemon writes into the file that is there, so it stays ours whatever the daemon's umask.
+bool make_file() {
+    snprintf(file, sizeof file, "%s%s", folder, file_name);
+    const int fd = open(file, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd >= 0)
+        close(fd);
+    return fd >= 0;
+}
+
+} // namespace
+
+ctl_temporary_file::~ctl_temporary_file() {
+    if (folder[0] != '\0')
+        remove_both();
+    folder[0] = file[0] = '\0';
+}
+
+ctl_exit ctl_temporary_file::make() {
+    const char *parent = getenv("TMPDIR");
+    if (parent == nullptr || parent[0] != '/')
+        parent = "/tmp";
+    if (!make_folder(parent)) {
+        folder[0] = '\0';
+        return ctl_fail(CTL_BROKEN, "cannot make a folder in %s (%s); name another with TMPDIR",
+                        parent, strerror(errno));
+    }
+    for (const int signal_number : {SIGHUP, SIGINT, SIGTERM})
+        remove_on(signal_number);
+    if (!make_file())
+        return ctl_fail(CTL_BROKEN, "cannot make %s (%s); name another folder with TMPDIR", file,
+                        strerror(errno));
+    return CTL_DONE;
+}
+
+const char *ctl_temporary_file::path() const {
+    return file;
+}

@@ -1,0 +1,96 @@
+#pragma once
+/// A usage file as plain records, read as leniently as the daemon's import reads it.
+///
+/// Whatever the file holds, the records are within bounds: minutes are not negative, texts are
+/// clean, and sums fit.
+
+#include "client/exit_status.h"
+#include "client/growing.h"
+
+#include <cstdint>
+#include <span>
+
+/// Days of history that a profile has: today and the thirty before.
+inline constexpr int ctl_history_days = 31;
+/// Profiles and devices that are kept; of more there is only the number. A household has a few,
+/// but three million fit in a file, and a page of them in no router.
+inline constexpr size_t ctl_profiles_max = 100;
+inline constexpr size_t ctl_devices_max = 32;
+/// A limit of a whole day stands for none.
+inline constexpr int32_t ctl_no_limit = 1440;
+
+/// Minutes of use. They exclude each other: a month's whole use is their sum.
+struct ctl_use {
+    int64_t daily_used;   ///< today
+    int64_t weekly_used;  ///< the earlier days of this week, which begins on Sunday
+    int64_t monthly_used; ///< the earlier weeks of this month
+};
+
+inline int64_t ctl_week_of(const ctl_use &use) {
+    return use.daily_used + use.weekly_used;
+}
+
+inline int64_t ctl_month_of(const ctl_use &use) {
+    return ctl_week_of(use) + use.monthly_used;
+}
+
+struct ctl_app_use {
+    int32_t app_id;
+    ctl_use use;
+};
+
+/// What a rule does; the file's other numbers mean nothing.
+enum ctl_rule_action : int32_t { CTL_RULE_LIMIT = 1, CTL_RULE_BLOCK = 2 };
+
+struct ctl_app_rule {
+    int32_t app_id;
+    int32_t action;
+    int32_t daily_limit;
+};
+
+struct ctl_device_name {
+    char text[sizeof("0A:1B:2C:3D:4E:5F")];
+};
+
+/// Where a profile's part of a list stands.
+struct ctl_part {
+    size_t first;
+    size_t count;
+};
+
+struct ctl_profile_use {
+    int32_t user_profile_id;
+    int32_t weekday_limits[7]; ///< Sunday first; `ctl_no_limit` for a day that the file leaves out
+    int32_t daily_extend;
+    ctl_use use;
+    bool blocked;
+    ctl_part apps;    ///< the most used this month first
+    ctl_part rules;   ///< in the file's order
+    ctl_part devices; ///< in the file's order, the first `ctl_devices_max`
+    size_t device_count;
+    /// Its applications' minutes added together, by days ago: 0 is today.
+    int64_t history[ctl_history_days];
+};
+
+struct ctl_usage_document {
+    bool has_time;
+    int64_t timestamp; ///< seconds since 1970; 0 without one
+    ctl_growing<ctl_profile_use> profiles;
+    size_t profile_count; ///< those that are not kept included
+    ctl_part router_apps; ///< the most used this month first
+    ctl_growing<ctl_app_use> apps;
+    ctl_growing<ctl_app_rule> rules;
+    ctl_growing<ctl_device_name> devices;
+};
+
+/// @return the records of a list that stand in a part of it
+template <typename T>
+std::span<const T> ctl_records(const ctl_growing<T> &list, ctl_part part) {
+    return {list.begin() + part.first, part.count};
+}
+
+/// Reads a usage file.
+/// @param document  out: empty before
+/// @return CTL_DONE; CTL_USAGE when it cannot be read or is no usage file; CTL_BROKEN when memory
+///         ran out; said why
+[[nodiscard]] ctl_exit ctl_read_usage_document(const char *path, ctl_usage_document *document);

@@ -1,0 +1,176 @@
+/// The client where nobody answers, or not in time.
+
+#include "tests/daemon/support/appctl.h"
+#include "tests/daemon/support/fake_server.h"
+
+#include <chrono>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+constexpr char SOCKET[] = "/tmp/fake_socket";
+
+appctl_end no_daemon(const std::string &path, const std::string &error) {
+    return fails(3, "no daemon answers at " + path + " (" + error +
+                        "): is it running? Another socket is named with -s");
+}
+
+const appctl_end TIMED_OUT =
+    fails(4, "the daemon did not answer within 1 s: it may be busy with a command of its own; try "
+             "again, or wait longer with -t");
+
+/// Runs the client with a second's patience and expects that this is what it had.
+appctl_end impatient(std::vector<std::string> words) {
+    words.insert(words.end(), {"-s", SOCKET, "-t", "1"});
+    const auto began = steady_clock::now();
+    const appctl_end end = appctl(words);
+    const auto took = steady_clock::now() - began;
+    EXPECT_GE(took, milliseconds(990));
+    EXPECT_LT(took, seconds(5));
+    return end;
+}
+
+/// Connects until the queue of a socket is full.
+std::vector<int> fill_queue(const sockaddr_un &address) {
+    std::vector<int> fillers;
+    for (;;) {
+        const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        fillers.push_back(fd);
+        if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+            return fillers;
+    }
+}
+
+/// Takes root's right to pass by permissions from the client.
+void respect_permissions() {
+    constexpr unsigned long dac_override = 1;
+    prctl(PR_CAPBSET_DROP, dac_override);
+}
+
+} // namespace
+
+TEST(client_no_answer, a_socket_that_is_not_there_has_no_daemon) {
+    unlink(UTM_APP_CONFIG_SOCKET_PATH); // of a test before this one
+    EXPECT_EQ(appctl({"ping", "-s", "/tmp/none"}),
+              no_daemon("/tmp/none", "No such file or directory"));
+    EXPECT_EQ(appctl({"ping"}),
+              no_daemon("/dev/utm_app_config_socket", "No such file or directory"));
+    EXPECT_EQ(appctl({"ping", "--socket=/dev/null/none"}),
+              no_daemon("/dev/null/none", "Not a directory"));
+}
+
+TEST(client_no_answer, a_file_is_no_socket) {
+    ASSERT_TRUE(sim_write_file("/tmp/file", ""));
+    EXPECT_EQ(appctl({"usage", "3", "-j", "-s", "/tmp/file"}),
+              no_daemon("/tmp/file", "Connection refused"));
+}
+
+TEST(client_no_answer, a_socket_that_a_daemon_left_behind_has_none) {
+    close(listen_at(SOCKET, 1));
+    EXPECT_EQ(appctl({"ping", "-s", SOCKET}), no_daemon(SOCKET, "Connection refused"));
+    unlink(SOCKET);
+}
+
+TEST(client_no_answer, a_socket_that_may_not_be_used_has_other_advice) {
+    const int listener = listen_at(SOCKET, 1);
+    chmod(SOCKET, 0);
+
+    EXPECT_EQ(appctl({"ping", "-s", SOCKET}, {.in_child = respect_permissions}),
+              fails(3, std::string("no daemon answers at ") + SOCKET +
+                           " (Permission denied): ask the router's administrator for the right to "
+                           "use it"));
+
+    close(listener);
+    unlink(SOCKET);
+}
+
+TEST(client_no_answer, too_long_a_path_is_not_cut) {
+    const std::string longest = "/tmp/" + std::string(102, 'a');
+    EXPECT_EQ(appctl({"ping", "-s", longest}), no_daemon(longest, "No such file or directory"));
+    EXPECT_EQ(appctl({"ping", "-s", longest + "a"}),
+              fails(2, longest + "a is too long for a socket's path: the system takes 107 "
+                                 "characters"));
+}
+
+TEST(client_no_answer, an_empty_path_names_no_socket) {
+    EXPECT_EQ(appctl({"ping", "-s", ""}),
+              fails(2, "the socket's path is empty: name the socket behind -s"));
+}
+
+TEST(client_no_answer, a_report_without_a_daemon_leaves_no_file_behind) {
+    std::filesystem::create_directory("/tmp/here");
+    EXPECT_EQ(appctl({"report", "-s", "/tmp/none"}, {.environment = {{"TMPDIR", "/tmp/here"}}}),
+              no_daemon("/tmp/none", "No such file or directory"));
+    EXPECT_TRUE(std::filesystem::remove("/tmp/here")) << "it is not empty";
+}
+
+TEST(client_no_answer, a_connection_closed_unread_is_a_broken_reply) {
+    const int listener = listen_at(SOCKET, 1);
+    std::thread closer([listener] { close(accept(listener, nullptr, nullptr)); });
+
+    EXPECT_EQ(appctl({"ping", "-s", SOCKET}),
+              fails(4,
+                    "the daemon closed the connection without a reply: it does not serve command "
+                    "0, or it is ending; try again"));
+
+    closer.join();
+    close(listener);
+    unlink(SOCKET);
+}
+
+TEST(client_no_answer, a_server_that_says_nothing_is_given_up) {
+    const fake_server server(SOCKET, [](int fd, const std::string &) { client_goes(fd, 20'000); });
+    EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
+    EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
+    EXPECT_EQ(impatient({"signature", "load", "/tmp/a"}), TIMED_OUT);
+}
+
+TEST(client_no_answer, a_server_that_stops_in_the_middle_is_given_up) {
+    const fake_server server(SOCKET, [](int fd, const std::string &) {
+        put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA, .weekday_minutes = 1}));
+        client_goes(fd, 20'000);
+    });
+    EXPECT_EQ(impatient({"weekday", "show", "3"}), TIMED_OUT);
+}
+
+TEST(client_no_answer, a_server_that_drips_is_given_up) {
+    const fake_server server(SOCKET, [](int fd, const std::string &) {
+        while (put(fd, std::string(1, '\0')) && !client_goes(fd, 100)) {
+        }
+    });
+    EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
+}
+
+TEST(client_no_answer, a_list_of_nothing_without_end_is_given_up) {
+    // The one entry of a profile that used nothing, again and again: it takes no memory.
+    const fake_server server(SOCKET, [](int fd, const std::string &) {
+        while (put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA}))) {
+        }
+    });
+    EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
+}
+
+TEST(client_no_answer, a_queue_that_stays_full_is_given_up) {
+    const int listener = listen_at(SOCKET, 1);
+    sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
+    std::copy(std::begin(SOCKET), std::end(SOCKET), address.sun_path);
+    const std::vector<int> fillers = fill_queue(address);
+
+    EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
+
+    for (const int fd : fillers)
+        close(fd);
+    close(listener);
+    unlink(SOCKET);
+}

@@ -1,0 +1,198 @@
+/// The client and what was used: a profile's sums, and its applications in one period.
+
+#include "tests/daemon/support/client_fixture.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class client_usage : public client_test {
+protected:
+    void SetUp() override {
+        client_test::SetUp();
+        add_mia();
+        // A name that steers a terminal, one with an accent, and lines that are skipped.
+        ASSERT_TRUE(sim_write_file("/tmp/apps", "# known here\n\n305 Vid\033[31meo\n"
+                                                "  306\tCaf\xc3\xa9 chat \r\n305 second\n"));
+    }
+    /// A Tuesday, and 75 minutes of the Wednesday behind it.
+    void use_two_days() {
+        must({"limit", "set", "3", "2h"});
+        use(130, {{305, 90}, {306, 45}});
+        sleep_over();
+        must({"extend", "add", "3", "10"});
+        use(75, {{306, 75}, {307, 5}});
+    }
+};
+
+constexpr char NO_PROFILE[] =
+    "the daemon refused: there is no such profile; profile add creates it";
+
+} // namespace
+
+TEST_F(client_usage, a_profile_without_a_limit_has_no_time_left_to_show) {
+    EXPECT_EQ(ctl({"usage", "3"}), done("today               0   0m\n"
+                                        "this week           0   0m\n"
+                                        "this month          0   0m\n"
+                                        "limit, disabled  1440  24h\n"
+                                        "extend              0   0m\n"));
+}
+
+TEST_F(client_usage, days_add_up_to_weeks_and_months) {
+    use_two_days();
+    must({"limit", "enable", "3"});
+
+    EXPECT_EQ(ctl({"usage", "3"}), done("today        75  1h15m\n"
+                                        "this week   205  3h25m\n"
+                                        "this month  205  3h25m\n"
+                                        "limit       120     2h\n"
+                                        "extend       10    10m\n"
+                                        "left         55    55m\n"));
+}
+
+TEST_F(client_usage, sums_are_a_document) {
+    use_two_days();
+
+    const appctl_end end = ctl({"usage", "3", "--json"});
+
+    EXPECT_EQ(end, done(R"({"profile":3,"today":75,"week":205,"month":205,"enabled":false,)"
+                        R"("limit":120,"extend":10,"left":55})"
+                        "\n"));
+    EXPECT_TRUE(is_document(end.out));
+}
+
+TEST_F(client_usage, nothing_is_left_beyond_the_limit) {
+    must({"limit", "set", "3", "10"});
+    must({"limit", "enable", "3"});
+    use(25, {});
+
+    EXPECT_EQ(ctl({"usage", "3"}), done("today       25  25m\n"
+                                        "this week   25  25m\n"
+                                        "this month  25  25m\n"
+                                        "limit       10  10m\n"
+                                        "extend       0   0m\n"
+                                        "left         0   0m\n"));
+}
+
+TEST_F(client_usage, applications_go_by_number_where_they_have_no_name) {
+    use_two_days();
+
+    EXPECT_EQ(ctl({"usage", "3", "--apps"}), done("APPLICATION  MINUTES   TIME\n"
+                                                  "306               75  1h15m\n"
+                                                  "307                5     5m\n"
+                                                  "together          80  1h20m\n"));
+}
+
+TEST_F(client_usage, names_are_cleaned_and_aligned) {
+    use_two_days();
+
+    EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--names", "/tmp/apps"}),
+              done("APPLICATION  MINUTES   TIME\n"
+                   "Vid?[31meo        90  1h30m\n"
+                   "Caf\xc3\xa9 chat         45    45m\n"
+                   "together         135  2h15m\n"));
+}
+
+TEST_F(client_usage, every_period_has_its_applications) {
+    use_two_days();
+    const std::string week = "APPLICATION  MINUTES   TIME\n"
+                             "306              120     2h\n"
+                             "305               90  1h30m\n"
+                             "307                5     5m\n"
+                             "together         215  3h35m\n";
+
+    EXPECT_EQ(ctl({"usage", "3", "--week", "0"}), done(week));
+    EXPECT_EQ(ctl({"usage", "3", "--month"}), done(week));
+    EXPECT_EQ(ctl({"usage", "3", "--day=0"}), ctl({"usage", "3", "--apps"}));
+    const std::string nothing = "APPLICATION  MINUTES  TIME\n"
+                                "together           0    0m\n";
+    for (const char *quiet : {"--day=2", "--day=30", "--week=1", "--week=3"})
+        EXPECT_EQ(ctl({"usage", "3", quiet}), done(nothing)) << quiet;
+}
+
+TEST_F(client_usage, applications_are_a_document) {
+    use_two_days();
+
+    const appctl_end end = ctl({"usage", "3", "--day", "1", "-j", "-n", "/tmp/apps"});
+    EXPECT_EQ(end, done(R"({"profile":3,"unit":"day","ago":1,"applications":[)"
+                        R"({"app":305,"name":"Vid?[31meo","minutes":90},)"
+                        R"({"app":306,"name":"Café chat","minutes":45}]})"
+                        "\n"));
+    EXPECT_TRUE(is_document(end.out));
+    EXPECT_EQ(ctl({"usage", "3", "--week", "0", "-j"}),
+              done(R"({"profile":3,"unit":"week","ago":0,"applications":[)"
+                   R"({"app":306,"name":null,"minutes":120},)"
+                   R"({"app":305,"name":null,"minutes":90},)"
+                   R"({"app":307,"name":null,"minutes":5}]})"
+                   "\n"));
+}
+
+TEST_F(client_usage, who_used_nothing_has_no_applications) {
+    EXPECT_EQ(ctl({"usage", "3", "--apps"}), done("APPLICATION  MINUTES  TIME\n"
+                                                  "together           0    0m\n"));
+    EXPECT_EQ(ctl({"usage", "3", "--month", "--json"}),
+              done("{\"profile\":3,\"unit\":\"month\",\"ago\":0,\"applications\":[]}\n"));
+}
+
+TEST_F(client_usage, a_profile_that_does_not_exist_is_told_once) {
+    for (const char *option :
+         {"-j", "--apps", "--day=1", "--week=1", "--month", "--history", "--history=weeks"})
+        EXPECT_EQ(ctl({"usage", "9", option}), fails(1, NO_PROFILE)) << option;
+    EXPECT_EQ(ctl({"usage", "9"}), fails(1, NO_PROFILE));
+}
+
+TEST_F(client_usage, periods_exclude_each_other) {
+    const char *const several = "--day, --week and --month exclude each other: give one of them";
+    EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--month"}), fails(2, several));
+    EXPECT_EQ(ctl({"usage", "3", "--week", "1", "--month"}), fails(2, several));
+    EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--week", "1"}), fails(2, several));
+    for (const std::string period : {"--day=1", "--week=1", "--month"})
+        EXPECT_EQ(ctl({"usage", "3", "--history", period}),
+                  fails(2, period.substr(0, period.find('=')) +
+                               " and --history exclude each other: give one of them"));
+}
+
+TEST_F(client_usage, periods_beyond_what_is_kept_are_not_asked_for) {
+    for (const char *days : {"31", "-1", "one", ""})
+        EXPECT_EQ(ctl({"usage", "3", "--day", days}),
+                  fails(2, "\"" + std::string(days) +
+                               "\" will not do for --day: give a whole number from 0 to 30"));
+    EXPECT_EQ(ctl({"usage", "3", "--week", "4"}),
+              fails(2, "\"4\" will not do for --week: give a whole number from 0 to 3"));
+    EXPECT_EQ(log_count("[socket] Receive cmd type=36"), 0u);
+}
+
+TEST_F(client_usage, a_file_of_names_must_be_readable) {
+    EXPECT_EQ(ctl({"usage", "3", "--apps", "-n", "/tmp/none"}),
+              fails(2, "cannot read the applications' names from /tmp/none: No such file or "
+                       "directory"));
+    EXPECT_EQ(ctl({"usage", "3", "--apps", "-n", "/tmp"}),
+              fails(2, "cannot read the applications' names from /tmp: it is no regular file"));
+}
+
+TEST_F(client_usage, a_pipe_of_names_is_not_waited_for) {
+    ASSERT_EQ(mkfifo("/tmp/names", 0600), 0);
+    EXPECT_EQ(
+        ctl({"usage", "3", "--apps", "-n", "/tmp/names"}),
+        fails(2, "cannot read the applications' names from /tmp/names: it is no regular file"));
+    unlink("/tmp/names");
+}
+
+TEST_F(client_usage, a_refusal_stays_one_where_nobody_listens_to_messages) {
+    const appctl_end end = ctl({"usage", "4"}, {.in_child = [] { close(STDERR_FILENO); }});
+    EXPECT_EQ(end, appctl_end{.status = 1});
+}
+
+TEST_F(client_usage, a_line_without_a_name_is_told_and_left_out) {
+    ASSERT_TRUE(sim_write_file("/tmp/apps", "305 video\n306\n"));
+    use(10, {{305, 10}});
+
+    const appctl_end expected = {
+        .status = 0,
+        .out =
+            "APPLICATION  MINUTES  TIME\nvideo             10   10m\ntogether          10   10m\n",
+        .err = "utm_appctl: /tmp/apps, line 2: no number and name, such as \"305 video\"; left "
+               "out\n"};
+    EXPECT_EQ(ctl({"usage", "3", "--apps", "-n", "/tmp/apps"}), expected);
+}

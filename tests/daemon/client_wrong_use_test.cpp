@@ -1,0 +1,283 @@
+/// The client without a daemon: help, and command lines that make no sense.
+
+#include "client/options.h"
+#include "client/verbs.h"
+#include "tests/daemon/support/appctl.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+using word_list = std::vector<std::string>;
+
+/// Options of the table with a value that each of them takes.
+const std::pair<unsigned, word_list> OPTIONS[] = {{CTL_OPTION_JSON, {"--json"}},
+                                                  {CTL_OPTION_JSON, {"-j"}},
+                                                  {CTL_OPTION_ASCII, {"--ascii"}},
+                                                  {CTL_OPTION_ASCII, {"-a"}},
+                                                  {CTL_OPTION_NAMES, {"--names", "/dev/null"}},
+                                                  {CTL_OPTION_NAMES, {"-n/dev/null"}},
+                                                  {CTL_OPTION_APPS, {"--apps"}},
+                                                  {CTL_OPTION_DAY, {"--day", "1"}},
+                                                  {CTL_OPTION_WEEK, {"--week=1"}},
+                                                  {CTL_OPTION_MONTH, {"--month"}},
+                                                  {CTL_OPTION_HISTORY, {"--history"}},
+                                                  {CTL_OPTION_HISTORY, {"--history=weeks"}}};
+
+constexpr char NOBODY[] = "/tmp/nobody-listens-here";
+
+word_list words_of(const ctl_verb &verb) {
+    word_list words = {verb.noun};
+    if (verb.word != nullptr)
+        words.push_back(verb.word);
+    return words;
+}
+
+std::string name_of(const ctl_verb &verb) {
+    return std::string(verb.noun) + (verb.word != nullptr ? std::string(" ") + verb.word : "");
+}
+
+word_list with_operands(word_list words, size_t count) {
+    for (size_t i = 0; i < count; ++i)
+        words.push_back(std::to_string(i + 1));
+    return words;
+}
+
+/// What stands behind "Usage: " on a verb's own help.
+std::string usage_line(const ctl_verb &verb) {
+    return "Usage: utm_appctl " + name_of(verb) +
+           (verb.synopsis[0] != '\0' ? std::string(" ") + verb.synopsis : "") +
+           (verb.options != 0 ? " [OPTIONS]\n" : "\n");
+}
+
+/// @return a message and the verb's own help on standard error, and nothing else
+appctl_end wrong(const ctl_verb &verb, const std::string &message) {
+    word_list words = words_of(verb);
+    words.push_back("--help");
+    return {.status = 2, .err = "utm_appctl: " + message + "\n" + appctl(words).out};
+}
+
+constexpr char COMMON_OPTIONS[] =
+    R"(  -s, --socket PATH              the daemon's socket, if it has another
+  -t, --timeout SECONDS          wait so long for an answer, 1 to 3600; else 30
+  -h, --help                     what this is and how to use it
+  -V, --version                  the version
+)";
+
+constexpr char WHOLE_HELP[] = R"(Usage: utm_appctl VERB [OPERANDS] [OPTIONS]
+Asks the daemon that keeps a family's internet time.
+
+The daemon
+  ping                            ask whether the daemon answers
+  status                          show whether limits are enforced and logged
+  activate on|off                 enforce limits, or let everything pass
+  debug on|off                    have the daemon log what it does
+
+People
+  profile add ID                  create a profile, without limits
+  profile del ID                  delete a profile and release its devices
+  device add ID MAC...            add devices to a profile
+  device del ID MAC...            take devices from a profile, release them
+
+Time limits
+  limit show ID                   show today's limit and whether it is enabled
+  limit set ID MINUTES            set the limit of today and of every weekday
+  limit enable ID                 cut the profile off when its limit is reached
+  limit disable ID                only count what the profile uses
+  weekday show ID                 show the limit of each weekday
+  weekday set ID DAY MINUTES      set the limit of one weekday
+  extend show ID                  show today's bonus
+  extend add ID MINUTES           add to today's bonus
+  extend reset ID                 take today's bonus back
+
+What was used
+  usage ID                        show what a profile used (see its --help)
+  report [PATH]                   write a page (HTML), as of now or of a file
+
+Applications
+  policy create POLICY            create a policy, without rules
+  policy rule POLICY APP=RULE...  limit or block applications, or no longer
+  policy bind ID POLICY           give a profile a policy, for good
+  policy clear POLICY             remove all rules of a policy
+  signature load PATH             have the DPI engine learn applications
+
+The usage file
+  interval show                   show how often it is written
+  interval set MINUTES            set how often it is written
+  export PATH                     have the daemon write what was used
+  import PATH                     have the daemon read such a file
+
+Options; VERB --help tells which go with a verb
+  -j, --json                     print one JSON document
+  -a, --ascii                    draw with plain ASCII
+  -n, --names FILE               names of applications: lines of "305 video"
+      --apps                     applications today; charts one by one
+      --day N                    applications on the day N days ago, 0 to 30
+      --week N                   applications in the week N weeks ago, 0 to 3
+      --month                    applications in this month
+      --history [days|weeks]     a chart: today and 30 days before, or 4 weeks
+  -s, --socket PATH              the daemon's socket, if it has another
+  -t, --timeout SECONDS          wait so long for an answer, 1 to 3600; else 30
+  -h, --help                     what this is and how to use it
+  -V, --version                  the version
+
+ID, POLICY  whole numbers of your choice
+MINUTES     90, 90m or 1h30m
+DAY         monday, mon or 1; the week begins with sunday, 0
+MAC         02:00:00:00:00:1a, with or without separators
+APP=RULE    video=45m to limit, video=block, video=remove; applications go by
+            number, or by name after --names or in /etc/utm_appd/apps
+
+Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,
+4 time-out, a broken reply, or output that could not be written.
+)";
+
+} // namespace
+
+TEST(client_wrong_use, the_version_is_the_projects) {
+    const appctl_end version = done("utm_appctl " UTM_APPCTL_VERSION "\n");
+    EXPECT_EQ(appctl({"--version"}), version);
+    EXPECT_EQ(appctl({"-V"}), version);
+    EXPECT_EQ(appctl({"limit", "set", "--version"}), version);
+}
+
+TEST(client_wrong_use, help_of_everything_names_every_verb_and_option) {
+    EXPECT_EQ(appctl({"--help"}), done(WHOLE_HELP));
+    EXPECT_EQ(appctl({"-h"}), done(WHOLE_HELP));
+    EXPECT_EQ(appctl({"-s", NOBODY, "-h"}), done(WHOLE_HELP));
+    for (const ctl_verb &verb : ctl_verbs())
+        EXPECT_THAT(WHOLE_HELP, HasSubstr("\n  " + name_of(verb) + " " + verb.synopsis))
+            << name_of(verb);
+}
+
+TEST(client_wrong_use, help_fits_into_80_columns) {
+    std::string texts = appctl({"--help"}).out;
+    for (const ctl_verb &verb : ctl_verbs())
+        texts += wrong(verb, "").err;
+    for (const std::string &line : sim_split_lines(texts))
+        EXPECT_LE(line.size(), 80u) << line;
+}
+
+TEST(client_wrong_use, help_of_a_noun_names_its_verbs) {
+    EXPECT_EQ(appctl({"limit", "--help"}), done(R"(Usage: utm_appctl limit ...
+
+  limit show ID                   show today's limit and whether it is enabled
+  limit set ID MINUTES            set the limit of today and of every weekday
+  limit enable ID                 cut the profile off when its limit is reached
+  limit disable ID                only count what the profile uses
+)"));
+}
+
+TEST(client_wrong_use, help_of_a_verb_names_its_options) {
+    EXPECT_EQ(appctl({"--help", "limit", "show", "whatever"}),
+              done(std::string(R"(Usage: utm_appctl limit show ID [OPTIONS]
+
+  show today's limit and whether it is enabled
+
+Options:
+  -j, --json                     print one JSON document
+)") + COMMON_OPTIONS));
+}
+
+TEST(client_wrong_use, help_of_a_verb_without_operands_ends_with_its_name) {
+    EXPECT_EQ(appctl({"ping", "-h"}), done(std::string(R"(Usage: utm_appctl ping
+
+  ask whether the daemon answers
+
+Options:
+)") + COMMON_OPTIONS));
+}
+
+TEST(client_wrong_use, every_verb_has_help_without_a_daemon) {
+    for (const ctl_verb &verb : ctl_verbs()) {
+        word_list words = words_of(verb);
+        words.insert(words.end(), {"--help", "-s", NOBODY});
+        const appctl_end help = appctl(words);
+        EXPECT_EQ(help, done(help.out));
+        EXPECT_THAT(help.out, AllOf(StartsWith(usage_line(verb)), HasSubstr(verb.help),
+                                    HasSubstr(COMMON_OPTIONS)));
+    }
+}
+
+TEST(client_wrong_use, every_verb_counts_its_operands) {
+    for (const ctl_verb &verb : ctl_verbs()) {
+        if (verb.least > 0) {
+            EXPECT_EQ(appctl(with_operands(words_of(verb), verb.least - 1)),
+                      wrong(verb, "too few operands"));
+        }
+        if (verb.most < SIZE_MAX) {
+            EXPECT_EQ(appctl(with_operands(words_of(verb), verb.most + 1)),
+                      wrong(verb, "too many operands"));
+        }
+    }
+}
+
+TEST(client_wrong_use, an_option_goes_with_the_verbs_that_take_it) {
+    for (const ctl_verb &verb : ctl_verbs())
+        for (const auto &[option, option_words] : OPTIONS) {
+            if ((verb.options & option) != 0)
+                continue;
+            word_list words = with_operands(words_of(verb), verb.least);
+            words.insert(words.end(), option_words.begin(), option_words.end());
+            EXPECT_EQ(appctl(words), wrong(verb, "--" + std::string(ctl_option_name(option)) +
+                                                     " does not go with this verb"));
+        }
+}
+
+TEST(client_wrong_use, no_words_are_no_request) {
+    EXPECT_EQ(appctl({}), (appctl_end{.status = 2, .err = appctl({"--help"}).out}));
+    EXPECT_EQ(appctl({"-t", "3"}), appctl({}));
+}
+
+TEST(client_wrong_use, an_unknown_verb_leads_to_help) {
+    EXPECT_EQ(appctl({"pong"}), fails(2, "\"pong\" is no verb; see utm_appctl --help"));
+    EXPECT_EQ(appctl({"pong", "--help"}), appctl({"pong"}));
+    EXPECT_EQ(appctl({""}), fails(2, "\"\" is no verb; see utm_appctl --help"));
+}
+
+TEST(client_wrong_use, a_noun_needs_one_of_its_words) {
+    const std::string help = appctl({"limit", "--help"}).out;
+    const appctl_end none = {.status = 2,
+                             .err = "utm_appctl: \"limit\" needs a second word\n" + help};
+    const appctl_end unknown = {.status = 2,
+                                .err = "utm_appctl: \"limit raise\" is no verb\n" + help};
+    EXPECT_EQ(appctl({"limit"}), none);
+    EXPECT_EQ(appctl({"limit", "raise", "3"}), unknown);
+    EXPECT_EQ(appctl({"limit", "raise", "--help"}), unknown);
+}
+
+TEST(client_wrong_use, an_unknown_option_is_named) {
+    for (const char *option : {"--jsonn", "-x", "-jx", "--json=yes"})
+        EXPECT_EQ(
+            appctl({"status", option}),
+            fails(
+                2,
+                "\"" + std::string(option) +
+                    "\" is no option, or its value is missing or too much; see utm_appctl --help"));
+    for (const char *lacking : {"-s", "--socket", "-t", "--timeout"})
+        EXPECT_EQ(
+            appctl({"status", lacking}),
+            fails(
+                2,
+                "\"" + std::string(lacking) +
+                    "\" is no option, or its value is missing or too much; see utm_appctl --help"));
+}
+
+TEST(client_wrong_use, a_timeout_is_a_second_to_an_hour) {
+    for (const char *seconds : {"0", "-1", "3601", "1.5", "", "soon", "99999999999"})
+        EXPECT_EQ(appctl({"ping", "-t", seconds}),
+                  fails(2, "\"" + std::string(seconds) +
+                               "\" will not do for --timeout: give a whole number from 1 to 3600"));
+}
+
+TEST(client_wrong_use, output_that_cannot_be_written_is_not_done) {
+    const appctl_end full = fails(4, "the output could not be written (No space left on device)");
+    for (const word_list &words :
+         {word_list{"--help"}, word_list{"--version"}, word_list{"limit", "--help"}})
+        EXPECT_EQ(appctl(words, {.out_path = "/dev/full"}), full);
+}

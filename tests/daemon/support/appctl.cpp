@@ -1,0 +1,123 @@
+#include "tests/daemon/support/appctl.h"
+
+#include "sim/harness/clock_page.h"
+#include "sim/harness/program.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr char TERMINALS[] = "/dev/pts";
+
+/// Both ends of a terminal that leaves line ends as they are.
+struct terminal {
+    int ours = -1;
+    int theirs = -1;
+
+    explicit terminal(int columns) {
+        if (columns == 0 || !have_terminals())
+            return;
+        const int unlocked = 0;
+        const auto width = static_cast<unsigned short>(columns);
+        const winsize size = {.ws_row = 24, .ws_col = width, .ws_xpixel = 0, .ws_ypixel = 0};
+        termios mode = {};
+        ours = open("/dev/pts/ptmx", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        ioctl(ours, TIOCSPTLCK, &unlocked);
+        theirs = ioctl(ours, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
+        tcgetattr(theirs, &mode);
+        cfmakeraw(&mode);
+        tcsetattr(theirs, TCSANOW, &mode);
+        ioctl(theirs, TIOCSWINSZ, &size);
+    }
+    terminal(const terminal &) = delete;
+    terminal &operator=(const terminal &) = delete;
+    ~terminal() {
+        close(theirs);
+        close(ours);
+    }
+
+    /// @return what was written to it: at most some thousand bytes, which the system keeps
+    std::string text() const {
+        std::string all;
+        char piece[4096];
+        for (;;) {
+            const ssize_t got = read(ours, piece, sizeof piece);
+            if (got <= 0)
+                return all;
+            all.append(piece, static_cast<size_t>(got));
+        }
+    }
+};
+
+void set_environment(const appctl_setting &setting) {
+    for (const char *unwanted : {"COLUMNS", "NO_COLOR", "TMPDIR", "LANG", "LC_CTYPE"})
+        unsetenv(unwanted);
+    setenv("TERM", "xterm", 1);
+    setenv("LC_ALL", "C", 1);
+    setenv("TZ", "UTC", 1);
+    if (!setting.clock_path.empty()) {
+        // A sanitizer's runtime must accept the clock library in front of it.
+        const char *asan = getenv("ASAN_OPTIONS");
+        const std::string before = asan != nullptr ? std::string(asan) + ":" : "";
+        setenv("ASAN_OPTIONS", (before + "verify_asan_link_order=0").c_str(), 1);
+        setenv(SIM_CLOCK_VARIABLE, setting.clock_path.c_str(), 1);
+        setenv("LD_PRELOAD", (setting.clock_path + ".so").c_str(), 1);
+    }
+    for (const auto &[name, value] : setting.environment)
+        setenv(name.c_str(), value.c_str(), 1);
+}
+
+/// Makes the new process ready to become the client.
+void prepare(const appctl_setting &setting, int terminal_fd) {
+    if (!setting.out_path.empty())
+        dup2(open(setting.out_path.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+    if (terminal_fd >= 0)
+        dup2(terminal_fd, STDOUT_FILENO);
+    if (!setting.directory.empty() && chdir(setting.directory.c_str()) != 0)
+        _exit(127);
+    set_environment(setting);
+    if (setting.in_child)
+        setting.in_child();
+}
+
+} // namespace
+
+std::ostream &operator<<(std::ostream &to, const appctl_end &end) {
+    return to << "exit status " << end.status << "\n--- standard output:\n"
+              << end.out << "--- standard error:\n"
+              << end.err << "---";
+}
+
+appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &setting,
+                  sim_patience patience) {
+    std::vector<std::string> command_line = {UTM_APPCTL};
+    command_line.insert(command_line.end(), words.begin(), words.end());
+    const terminal screen(setting.terminal_columns);
+    const sim_outcome outcome = sim_run(
+        command_line, [&] { prepare(setting, screen.theirs); }, patience);
+    return {.status = outcome.how.status,
+            .out = screen.ours >= 0 ? screen.text() : outcome.out,
+            .err = outcome.err};
+}
+
+appctl_end done(const std::string &out) {
+    return {.status = 0, .out = out};
+}
+
+appctl_end fails(int status, const std::string &message) {
+    return {.status = status, .err = "utm_appctl: " + message + "\n"};
+}
+
+bool have_terminals() {
+    static const bool mounted = (mkdir(TERMINALS, 0755) == 0 || errno == EEXIST) &&
+                                mount("devpts", TERMINALS, "devpts", MS_NOSUID | MS_NOEXEC,
+                                      "newinstance,ptmxmode=0666") == 0;
+    return mounted;
+}

@@ -1,0 +1,48 @@
+#pragma once
+/// Runs the real client and keeps what it left: a transcript that a test compares whole.
+
+#include "sim/harness/files.h"
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// How a run of the client ended.
+struct appctl_end {
+    int status = -1; ///< exit status; -1: it had to be killed, or a signal ended it
+    std::string out = {};
+    std::string err = {};
+
+    bool operator==(const appctl_end &) const = default;
+};
+
+std::ostream &operator<<(std::ostream &to, const appctl_end &end);
+
+/// What the client finds around it. Its environment is the test's without what changes its output,
+/// in the time zone UTC and the plain locale.
+struct appctl_setting {
+    /// Set last, so these may replace any of the above.
+    std::vector<std::pair<std::string, std::string>> environment = {};
+    std::string directory = {};  ///< where it is started; empty: where the test is
+    std::string out_path = {};   ///< a device that is its standard output; `out` is empty then
+    int terminal_columns = 0;    ///< its standard output is a terminal so wide; 0: a pipe
+    std::string clock_path = {}; ///< the page of a virtual clock, whose library lies beside it
+    /// Run in the new process just before it becomes the client.
+    std::function<void()> in_child = {};
+};
+
+/// Runs the client with these words and waits until it has ended.
+appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &setting = {},
+                  sim_patience patience = {});
+
+/// A run that did what it was asked, without a word on standard error.
+appctl_end done(const std::string &out = "");
+
+/// A run that printed nothing but one message.
+/// @param message  without the program's name in front and the line end behind
+appctl_end fails(int status, const std::string &message);
+
+/// @return whether terminals can be made here; in the private /dev that takes a mount
+bool have_terminals();

@@ -1,0 +1,92 @@
+#include "tests/daemon/support/fake_server.h"
+
+#include "sim/harness/files.h"
+
+#include <algorithm>
+#include <cstring>
+#include <linux/sockios.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
+
+fake_server::fake_server(const std::string &path, fake_service serve)
+    : path_(path), listener_(listen_at(path, 8)), stop_(eventfd(0, EFD_CLOEXEC)),
+      thread_([this, serve = std::move(serve)] { serve_until_stopped(serve); }) {}
+
+fake_server::~fake_server() {
+    eventfd_write(stop_, 1);
+    thread_.join();
+    close(stop_);
+    close(listener_);
+    unlink(path_.c_str());
+}
+
+std::vector<std::string> fake_server::requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+}
+
+void fake_server::serve_until_stopped(const fake_service &serve) {
+    pollfd events[] = {{.fd = listener_, .events = POLLIN, .revents = 0},
+                       {.fd = stop_, .events = POLLIN, .revents = 0}};
+    while (poll(events, 2, -1) > 0 && events[1].revents == 0) {
+        const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        std::string request(4096, '\0');
+        const ssize_t size = recv(fd, request.data(), request.size(), 0);
+        request.resize(size > 0 ? static_cast<size_t>(size) : 0);
+        {
+            const std::lock_guard lock(mutex_);
+            requests_.push_back(request);
+        }
+        serve(fd, request);
+        close(fd);
+    }
+}
+
+int listen_at(const std::string &path, int backlog) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof address.sun_path - 1));
+    unlink(path.c_str());
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+        listen(fd, backlog) == 0)
+        return fd;
+    close(fd);
+    return -1;
+}
+
+std::string wire_of(const fake_reply &reply) {
+    utm_app_config_reply wire = {};
+    wire.status = reply.status;
+    for (int32_t *figure :
+         {&wire.daily_used, &wire.weekly_used, &wire.monthly_used, &wire.daily_limit_enable,
+          &wire.daily_limit, &wire.extend, &wire.export_interval_minute})
+        *figure = reply.minutes;
+    wire.activate = reply.activate;
+    wire.app_usage_app_id = wire.prev_day_app_id = reply.app_id;
+    wire.app_usage_value = reply.app_minutes;
+    wire.weekday_day = reply.weekday;
+    wire.weekday_limit = reply.weekday_minutes;
+    std::copy(reply.history.begin(), reply.history.end(), wire.prev_day_data);
+    return std::string(reinterpret_cast<const char *>(&wire), sizeof wire);
+}
+
+bool put(int fd, const std::string &bytes) {
+    return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+}
+
+bool client_goes(int fd, int milliseconds) {
+    pollfd gone = {.fd = fd, .events = POLLRDHUP, .revents = 0};
+    return poll(&gone, 1, milliseconds) > 0;
+}
+
+bool is_consumed(int fd) {
+    int left = 0;
+    return sim_wait_for([&] { return ioctl(fd, SIOCOUTQ, &left) != 0 || left == 0; }) &&
+           !client_goes(fd, 0);
+}

@@ -1,0 +1,65 @@
+#pragma once
+/// A server that a client cannot trust: a test says what it does with each connection.
+
+#include "control/protocol.h"
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// Does something with a connection whose request has been read. It is closed afterwards.
+using fake_service = std::function<void(int fd, const std::string &request)>;
+
+/// Listens at a path and serves one connection after the other until it goes.
+class fake_server {
+public:
+    fake_server(const std::string &path, fake_service serve);
+    ~fake_server();
+    fake_server(const fake_server &) = delete;
+    fake_server &operator=(const fake_server &) = delete;
+
+    /// @return the bytes of every request so far, in order
+    std::vector<std::string> requests() const;
+
+private:
+    void serve_until_stopped(const fake_service &serve);
+
+    std::string path_;
+    int listener_ = -1;
+    int stop_ = -1; ///< readable once the server is to go
+    mutable std::mutex mutex_;
+    std::vector<std::string> requests_;
+    std::thread thread_;
+};
+
+/// @return a socket at a path where nobody accepts, or -1
+int listen_at(const std::string &path, int backlog);
+
+/// A reply with everything that it does not name at zero: `{.status = 2, .app_id = 305}`.
+struct fake_reply {
+    uint8_t status = UTM_APP_CONFIG_STATUS_OK;
+    int32_t minutes = 0;               ///< every figure that a single reply can have
+    int32_t activate = 0;              ///< GET_STATUS
+    int32_t app_id = 0;                ///< of an entry of either list of applications
+    int32_t app_minutes = 0;           ///< GET_APP_USAGE
+    int32_t weekday = 0;               ///< GET_WEEKDAY_DAILY_LIMIT
+    int32_t weekday_minutes = 0;       ///< GET_WEEKDAY_DAILY_LIMIT
+    std::vector<int32_t> history = {}; ///< GET_PREV_DAY_USAGE, the newest first
+};
+
+/// @return a reply as the wire has it
+std::string wire_of(const fake_reply &reply);
+
+/// Sends everything, in one write.
+/// @return false when the client has gone
+bool put(int fd, const std::string &bytes);
+
+/// Waits until the client has gone, or for so long.
+/// @return whether it has gone
+bool client_goes(int fd, int milliseconds);
+
+/// Waits until the client has read everything that was sent.
+/// @return false when it has gone, or takes too long
+bool is_consumed(int fd);

@@ -1,0 +1,230 @@
+#include "client/arguments.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// Runs a reader and returns what it says: nothing when it accepts the text.
+template <typename Read>
+std::string said_by(Read read) {
+    testing::internal::CaptureStderr();
+    const bool accepted = read();
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(accepted, said.empty()) << said;
+    return said;
+}
+
+std::string read_mac(const char *text, std::string *mac) {
+    uint8_t bytes[ctl_mac_bytes] = {};
+    const std::string said = said_by([&] { return ctl_read_mac(text, bytes); });
+    *mac = std::string(reinterpret_cast<const char *>(bytes), sizeof bytes);
+    return said;
+}
+
+std::string read_path(const std::string &text, std::string *path) {
+    ctl_path read;
+    memset(&read, '!', sizeof read);
+    const std::string said = said_by([&] { return ctl_read_path(text.c_str(), &read); });
+    *path = said.empty() ? read.text : "";
+    return said;
+}
+
+std::string read_signature(const std::string &text) {
+    ctl_path path = {};
+    return said_by([&] { return ctl_read_signature_path(text.c_str(), &path); });
+}
+
+/// @return a rule as "app action limit", or what was said
+std::string read_rule(const char *text) {
+    ctl_app_names names;
+    EXPECT_TRUE(names.add({305, "video"}) && names.add({306, "a=b"}));
+    utm_app_config_app_entry rule = {};
+    const std::string said = said_by([&] { return ctl_read_rule(names, text, &rule); });
+    if (!said.empty())
+        return said;
+    return std::to_string(rule.app_id) + " " + std::to_string(rule.action) + " " +
+           std::to_string(rule.limit);
+}
+
+using text_pairs = std::vector<std::pair<const char *, const char *>>;
+
+TEST(ClientArguments, TakeAMacAddressInAnyUsualForm) {
+    for (const char *text :
+         {"02:fe:80:7f:00:1a", "02-FE-80-7F-00-1A", "02.fe.80.7f.00.1a", "02FE80-7F001A",
+          "02fe:807f:001a", "02fe.807F.001a", "02fe807f001a", "02FE807F001A", "02fe80.7f001a"}) {
+        std::string mac;
+        EXPECT_EQ(read_mac(text, &mac), "");
+        EXPECT_EQ(mac, std::string("\x02\xfe\x80\x7f\x00\x1a", 6)) << text;
+    }
+}
+
+TEST(ClientArguments, TakeNothingElseForAMacAddress) {
+    for (const char *text : {"",
+                             ":",
+                             "0",
+                             "02",
+                             "02:",
+                             "02:fe:80:7f:00",
+                             "02:fe:80:7f:00:",
+                             "02:fe:80:7f:00:1",
+                             "02:fe:80:7f:00:1a:",
+                             "02:fe:80:7f:00:1a:33",
+                             "02:fe-80:7f:00:1a",
+                             "02::fe:80:7f:00:1a",
+                             "2:fe:80:7f:0:1a",
+                             "02 fe 80 7f 00 1a",
+                             "02_fe_80_7f_00_1a",
+                             "02fe807f001",
+                             "02fe807f001a1",
+                             "02fe807f001ab1",
+                             "02fe80:7f00:1a",
+                             "02fe807f:001a",
+                             "0x02fe807f001a",
+                             "02:fe:80:7f:00:1g",
+                             ":02:fe:80:7f:00:1a",
+                             " 02:fe:80:7f:00:1a",
+                             "02:fe:80:7f:00:1a ",
+                             "02:fe:80:7f:00:\xff\xff"}) {
+        std::string mac;
+        EXPECT_EQ(read_mac(text, &mac), "utm_appctl: \"" + std::string(text) +
+                                            "\" is no MAC address: give six bytes, such as "
+                                            "02:00:00:00:00:1a\n");
+    }
+}
+
+TEST(ClientArguments, TakeAWeekdayByNameOrNumber) {
+    const std::pair<const char *, int32_t> cases[] = {
+        {"0", 0},         {"6", 6},   {"sun", 0},  {"SUNDAY", 0}, {"Mon", 1},   {"tues", 2},
+        {"wednesday", 3}, {"thu", 4}, {"thur", 4}, {"fRi", 5},    {"satur", 6}, {"1", 1}};
+    for (const auto &[text, expected] : cases) {
+        int32_t day = -1;
+        EXPECT_EQ(said_by([&] { return ctl_read_weekday(text, &day); }), "");
+        EXPECT_EQ(day, expected) << text;
+    }
+}
+
+TEST(ClientArguments, TakeNothingElseForAWeekday) {
+    for (const char *text : {"", "7", "-1", "00", "01", "6.", "s", "su", "t", "th", "sundays",
+                             "sun day", " sun", "sunn", "day", "\xc3\xa9"}) {
+        int32_t day = -1;
+        EXPECT_EQ(said_by([&] { return ctl_read_weekday(text, &day); }),
+                  "utm_appctl: \"" + std::string(text) +
+                      "\" is no weekday: give a name, such as monday or mon, or 0 (Sunday) to 6\n");
+        EXPECT_EQ(day, -1);
+    }
+}
+
+TEST(ClientArguments, NameEveryWeekdayAndNoOther) {
+    EXPECT_STREQ(ctl_weekday_name(0), "Sunday");
+    EXPECT_STREQ(ctl_weekday_name(6), "Saturday");
+    EXPECT_STREQ(ctl_weekday_name(7), "?");
+    EXPECT_STREQ(ctl_weekday_name(-1), "?");
+}
+
+TEST(ClientArguments, TakeOnAndOff) {
+    int32_t value = 7;
+    EXPECT_EQ(said_by([&] { return ctl_read_switch("on", &value); }), "");
+    EXPECT_EQ(value, 1);
+    EXPECT_EQ(said_by([&] { return ctl_read_switch("off", &value); }), "");
+    EXPECT_EQ(value, 0);
+    for (const char *text : {"", "1", "0", "On", "yes", "on "})
+        EXPECT_EQ(said_by([&] { return ctl_read_switch(text, &value); }),
+                  "utm_appctl: \"" + std::string(text) + "\" is no switch: give on or off\n");
+}
+
+TEST(ClientArguments, TakeARuleForAnApplication) {
+    const text_pairs cases = {{"305=block", "305 2 0"},
+                              {"305=remove", "305 0 0"},
+                              {"305=0", "305 1 0"},
+                              {"305=45", "305 1 45"},
+                              {"305=1h30m", "305 1 90"},
+                              {"305=65535", "305 1 65535"},
+                              {"305=1092h15m", "305 1 65535"},
+                              {"Video=5m", "305 1 5"},
+                              {"a=b=block", "306 2 0"},
+                              {"2147483647=block", "2147483647 2 0"},
+                              {"-1=block", "4294967295 2 0"}};
+    for (const auto &[text, rule] : cases)
+        EXPECT_EQ(read_rule(text), rule) << text;
+}
+
+TEST(ClientArguments, TakeNothingElseForARule) {
+    for (const char *text : {"", "=", "305", "305=", "=block", "305=Block", "305=65536", "305=-1",
+                             "305=1092h16m", "305:block", "305=block ", "video=allow"})
+        EXPECT_EQ(read_rule(text), "utm_appctl: \"" + std::string(text) +
+                                       "\" is no rule: give APP=MINUTES (at most 65535), "
+                                       "APP=block or APP=remove\n");
+    for (const char *app : {"music", "2147483648", "305 ", "vid"})
+        EXPECT_EQ(read_rule((std::string(app) + "=block").c_str()),
+                  "utm_appctl: \"" + std::string(app) +
+                      "\" is no application that I know: give its number, or name it in a file for "
+                      "--names\n");
+}
+
+TEST(ClientArguments, MakeAPathAbsolute) {
+    mkdir("/tmp/here", 0755);
+    ASSERT_EQ(chdir("/tmp/here"), 0);
+    const text_pairs cases = {{"/tmp/a", "/tmp/a"},     {"a", "/tmp/here/a"},
+                              {"./a", "/tmp/here/./a"}, {"../a", "/tmp/here/../a"},
+                              {"-", "/tmp/here/-"},     {"a b\tc", "/tmp/here/a b\tc"}};
+    for (const auto &[text, expected] : cases) {
+        std::string path;
+        EXPECT_EQ(read_path(text, &path), "");
+        EXPECT_EQ(path, expected);
+    }
+    ASSERT_EQ(chdir("/"), 0);
+}
+
+TEST(ClientArguments, CutNoPath) {
+    ASSERT_EQ(chdir("/tmp"), 0);
+    const std::string longest = "/" + std::string(126, 'a');
+    const std::string longest_here(122, 'a');
+    std::string path;
+    EXPECT_EQ(read_path(longest, &path), "");
+    EXPECT_EQ(path, longest);
+    EXPECT_EQ(read_path(longest_here, &path), "");
+    EXPECT_EQ(path, "/tmp/" + longest_here);
+    const std::string complaint = " is too long a path: a request has room for 127 characters\n";
+    EXPECT_EQ(read_path(longest + "a", &path), "utm_appctl: " + longest + "a" + complaint);
+    EXPECT_EQ(read_path(longest_here + "a", &path),
+              "utm_appctl: /tmp/" + longest_here + "a" + complaint);
+    EXPECT_EQ(read_path("", &path), "utm_appctl: the path is empty: name a file\n");
+    ASSERT_EQ(chdir("/"), 0);
+}
+
+TEST(ClientArguments, LeaveNoPathOfAFolderThatIsGone) {
+    mkdir("/tmp/gone", 0755);
+    ASSERT_EQ(chdir("/tmp/gone"), 0);
+    ASSERT_EQ(rmdir("/tmp/gone"), 0);
+    std::string path;
+    EXPECT_EQ(read_path("a", &path), "utm_appctl: cannot tell the present directory (No such file "
+                                     "or directory): give a path from the root\n");
+    EXPECT_EQ(read_path("/a", &path), "");
+    ASSERT_EQ(chdir("/"), 0);
+}
+
+TEST(ClientArguments, LetNoShellReadASignaturesPath) {
+    EXPECT_EQ(read_signature("/tmp/aZ09._-+,=@%:"), "");
+    for (const char bad : std::string(" ;&|$`'\"\\<>()[]{}*?!~#^\n\t\x01\x7f\xc3"))
+        EXPECT_EQ(
+            read_signature(std::string("/tmp/a") + bad),
+            std::string("utm_appctl: /tmp/a") + bad +
+                ": the path reaches a shell, so only plain letters, digits and /._-+,=@%: may "
+                "stand in it; rename the file\n");
+}
+
+TEST(ClientArguments, CutNoSignaturesPath) {
+    const std::string longest = "/" + std::string(116, 'a');
+    EXPECT_EQ(read_signature(longest), "");
+    EXPECT_EQ(read_signature(longest + "a"),
+              "utm_appctl: " + longest +
+                  "a is too long a path: a signature's may have 117 characters\n");
+}
+
+} // namespace
