@@ -1,0 +1,232 @@
+/// The manual page and the shell's completion have the verbs and options of the command line: all
+/// of them, and no other.
+
+#include "client/verbs.h"
+
+#include "sim/harness/files.h"
+#include "tests/unit/support/programs.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <regex>
+#include <set>
+
+namespace {
+
+using words_t = std::vector<std::string>;
+
+std::string manual() {
+    return sim_read_file(UTM_SOURCE_DIR "/docs/utm_appctl.1");
+}
+
+/// @return a text with single blanks, and none around it
+std::string with_single_blanks(const std::string &text) {
+    const std::string single = std::regex_replace(text, std::regex(" +"), " ");
+    const size_t first = single.find_first_not_of(' ');
+    return first == std::string::npos
+               ? ""
+               : single.substr(first, single.find_last_not_of(' ') - first + 1);
+}
+
+/// @return a request of the manual's language as its reader sees it
+std::string shown(const std::string &request) {
+    const std::string text = request.substr(std::min(request.find(' '), request.size()));
+    return with_single_blanks(std::regex_replace(text, std::regex(R"(["\\])"), ""));
+}
+
+/// @return the headings of a section of the manual and the tags of its paragraphs
+words_t entries_of(const std::string &section) {
+    words_t entries;
+    bool inside = false;
+    bool is_tag = false;
+    for (const std::string &line : sim_split_lines(manual())) {
+        if (line.starts_with(".SH"))
+            inside = line == ".SH " + section;
+        else if (inside && (is_tag || line.starts_with(".SS")))
+            entries.push_back(shown(line));
+        is_tag = line == ".TP";
+    }
+    return entries;
+}
+
+std::string name_of(const ctl_verb &verb) {
+    return std::string(verb.noun) + (verb.word == nullptr ? "" : std::string(" ") + verb.word);
+}
+
+/// @return the options' names, such as "--json", sorted
+words_t names_of_options(unsigned bits) {
+    std::set<std::string> names;
+    for (unsigned bit = 1; bit != 0; bit <<= 1U)
+        if ((bits & bit) != 0 && *ctl_option_name(bit) != '\0')
+            names.insert(std::string("--") + ctl_option_name(bit));
+    return {names.begin(), names.end()};
+}
+
+/// @return the options as the help shows them, without what it says of each
+words_t options_in_help() {
+    char *text = nullptr;
+    size_t size = 0;
+    FILE *stream = open_memstream(&text, &size);
+    ctl_write_options(stream, ~0U);
+    fclose(stream);
+    words_t options;
+    for (const std::string &line : sim_split_lines(text))
+        options.push_back(with_single_blanks(line.substr(0, 32)));
+    free(text);
+    return options;
+}
+
+/// Completes the last of the words that follow "utm_appctl", cut as readline cuts them. Where
+/// names of files are left to readline, "FILES" stands for them.
+/// @param breaks  where readline cuts
+words_t complete(words_t words, const std::string &breaks = " \t\n\"'><=;|&(:") {
+    const std::string script = "compopt() { [[ $* == '-o default' ]] && echo FILES; }\n"
+                               "source \"$1\"; COMP_WORDBREAKS=$2; shift 2\n"
+                               "COMP_WORDS=(utm_appctl \"$@\"); COMP_CWORD=$#\n"
+                               "_utm_appctl utm_appctl \"${@: -1}\"\n"
+                               "(( ${#COMPREPLY[@]} == 0 )) || printf '%s\\n' \"${COMPREPLY[@]}\"";
+    words_t command = {"bash", "-c", script, "bash", UTM_SOURCE_DIR "/completion/utm_appctl",
+                       breaks};
+    command.insert(command.end(), words.begin(), words.end());
+    const programs::result result = programs::run(command);
+    EXPECT_EQ(result.status, 0);
+    return sim_split_lines(result.out);
+}
+
+words_t sorted(words_t words) {
+    std::sort(words.begin(), words.end());
+    return words;
+}
+
+/// @return the verb's words, for a command line
+words_t words_of(const ctl_verb &verb) {
+    return verb.word == nullptr ? words_t{verb.noun} : words_t{verb.noun, verb.word};
+}
+
+TEST(ClientManual, HasEveryVerbWithItsOperandsAsTheHelpHasThem) {
+    words_t verbs;
+    for (const ctl_verb &verb : ctl_verbs()) {
+        if (verb.group != nullptr)
+            verbs.push_back(verb.group);
+        verbs.push_back(with_single_blanks(name_of(verb) + " " + verb.synopsis));
+    }
+    EXPECT_EQ(entries_of("VERBS"), verbs);
+}
+
+TEST(ClientManual, HasEveryOptionAsTheHelpHasIt) {
+    EXPECT_EQ(entries_of("OPTIONS"), options_in_help());
+}
+
+TEST(ClientManual, MentionsNoOptionThatDoesNotExist) {
+    const std::string text = manual();
+    const std::regex mention(R"(\\-\\-(\w+))");
+    std::set<std::string> mentioned;
+    for (std::sregex_iterator it(text.begin(), text.end(), mention), end; it != end; ++it)
+        mentioned.insert("--" + (*it)[1].str());
+    EXPECT_EQ(words_t(mentioned.begin(), mentioned.end()), names_of_options(~0U));
+}
+
+TEST(ClientManual, DescribesTheDocumentOfEveryVerbThatPrintsOne) {
+    std::set<std::string> described;
+    for (const std::string &entry : entries_of("OUTPUT"))
+        described.insert(entry.substr(0, entry.find(" with ")));
+    std::set<std::string> printing;
+    for (const ctl_verb &verb : ctl_verbs())
+        if ((verb.options & CTL_OPTION_JSON) != 0)
+            printing.insert(name_of(verb));
+    EXPECT_EQ(described, printing);
+}
+
+TEST(ClientCompletion, OffersEveryNounAndItsWords) {
+    words_t nouns;
+    for (const ctl_verb &verb : ctl_verbs())
+        if (nouns.empty() || nouns.back() != verb.noun)
+            nouns.push_back(verb.noun);
+    EXPECT_EQ(complete({""}), nouns);
+    for (const std::string &noun : nouns) {
+        words_t words;
+        for (const ctl_verb &verb : ctl_verbs())
+            if (noun == verb.noun && verb.word != nullptr)
+                words.push_back(verb.word);
+        if (words.empty())
+            continue;
+        EXPECT_EQ(complete({noun, ""}), words) << noun;
+    }
+}
+
+TEST(ClientCompletion, OffersEveryVerbItsOptions) {
+    for (const ctl_verb &verb : ctl_verbs()) {
+        words_t words = words_of(verb);
+        words.push_back("-");
+        EXPECT_EQ(sorted(complete(words)), names_of_options(verb.options | ctl_common_options))
+            << name_of(verb);
+    }
+    EXPECT_EQ(sorted(complete({"--"})), names_of_options(ctl_common_options));
+}
+
+struct completion_case {
+    words_t words;
+    words_t offers;
+};
+
+TEST(ClientCompletion, OffersOperandsAndValues) {
+    const completion_case cases[] = {
+        {{"pol"}, {"policy"}},
+        {{"profile", "a"}, {"add"}},
+        {{"limit", "--socket", "/x", "e"}, {"enable"}},
+        {{"-s", "/x", "limit", "e"}, {"enable"}},
+        {{"activate", "o"}, {"on", "off"}},
+        {{"debug", ""}, {"on", "off"}},
+        {{"weekday", "set", "3", "t"}, {"tuesday", "thursday"}},
+        {{"weekday", "set", "--", "-3", "t"}, {"tuesday", "thursday"}},
+        {{"weekday", "set", "3", "monday", ""}, {}},
+        {{"usage", "3", "--history", ""}, {"days", "weeks"}},
+        {{"usage", "3", "--history", "w"}, {"weeks"}},
+        {{"usage", "3", "--history", "=", "d"}, {"days"}},
+        {{"usage", "3", "--history", "="}, {"days", "weeks"}},
+        {{"usage", "--history", "=", "weeks", "3", "--as"}, {"--ascii"}},
+        {{"usage", "3", ""}, {}},
+        {{"usage", "3", "--we"}, {"--week"}},
+        {{"usage", "3", "--week", ""}, {"0", "1", "2", "3"}},
+        {{"usage", "3", "--day", "=", "3"}, {"3", "30"}},
+        {{"policy", "rule", "7", "video", "=", "b"}, {"block"}},
+        {{"policy", "rule", "7", "305", "=", "45", "video", "="}, {"block", "remove"}},
+        {{"policy", "rule", "7", "video"}, {}},
+        {{"device", "add", "3", "02", ":", "00", ":", ""}, {}},
+        {{"status", "-t", "5", "--j"}, {"--json"}},
+        {{"status", "-t", ""}, {}},
+        {{"status", "--", "-"}, {}},
+        {{"ping", ""}, {}},
+        {{"nonsense", ""}, {}},
+    };
+    for (const completion_case &expected : cases)
+        EXPECT_EQ(complete(expected.words), expected.offers)
+            << testing::PrintToString(expected.words);
+}
+
+TEST(ClientCompletion, LeavesNamesOfFilesToTheShell) {
+    const words_t cases[] = {{"export", ""},
+                             {"import", "us"},
+                             {"report", ""},
+                             {"signature", "load", "/"},
+                             {"--socket", "/"},
+                             {"ping", "-s", ""},
+                             {"usage", "3", "--names", "a"},
+                             {"usage", "3", "-n", ""},
+                             {"report", "--names", "=", "a"}};
+    for (const words_t &words : cases)
+        EXPECT_EQ(complete(words), words_t{"FILES"}) << testing::PrintToString(words);
+    EXPECT_EQ(complete({"export", "a", ""}), words_t{});
+    EXPECT_EQ(complete({"report", "a", ""}), words_t{});
+}
+
+/// Some people take the equals sign out of COMP_WORDBREAKS; then the whole word is replaced.
+TEST(ClientCompletion, WorksWhereReadlineDoesNotCutAtEqualsSigns) {
+    EXPECT_EQ(complete({"usage", "3", "--history=w"}, " \t\n"), words_t{"--history=weeks"});
+    EXPECT_EQ(complete({"policy", "rule", "7", "video=b"}, " \t\n"), words_t{"video=block"});
+    EXPECT_EQ(complete({"report", "--names=a"}, " \t\n"), words_t{"FILES"});
+    EXPECT_EQ(complete({"device", "add", "3", "02:00:"}, " \t\n"), words_t{});
+}
+
+} // namespace
