@@ -2,6 +2,7 @@
 ///
 /// Everything that the timeline shows as the daemon's or the router's is what they did: the
 /// daemon's log and answers, and the command lines and events that reached the simulated router.
+/// Whatever it is asked goes through utm_appctl, as it would at a terminal.
 /// The evening knows how it has to end, so it also serves as a test of the whole.
 
 #include "sim/evening/report.h"
@@ -33,12 +34,13 @@ static int finish(stage *set) {
     timeline_title(set->out, "Friday, as the daemon counted it");
     printf("%s", set->day_table.c_str());
     std::string reports = sim_sanitizer_reports(set->options.router_dir);
-    stage_expect(set, reports.empty(), "the daemon's memory and threads are sound\n" + reports);
+    stage_expect(set, reports.empty(), "memory and threads are sound\n" + reports);
     if (set->unexpected > 0) {
         printf("\n%d unexpected, see above.\n", set->unexpected);
         return 1;
     }
-    printf("\nAll as it should be.\n");
+    printf("\nThe evening as a page for the browser: %s\nAll as it should be.\n",
+           report_path().c_str());
     return 0;
 }
 
@@ -47,6 +49,9 @@ int main(int argc, char **argv) {
     if (argc > 1 && !fast)
         return fail("usage: utm_evening [--fast]");
     setenv("TZ", TIME_ZONE, 1);
+    // Those of the caller's may name a folder that is out of sight, and a wide terminal.
+    setenv("TMPDIR", "/tmp", 1);
+    setenv("COLUMNS", "80", 1);
     // Read before the sandbox hides the directory it may be in.
     const std::string scenario_text = sim_read_file(UTM_EVENING_SCENARIO);
     std::string why;

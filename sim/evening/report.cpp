@@ -1,8 +1,40 @@
 #include "sim/evening/report.h"
 
-#include <algorithm>
+#include "sim/evening/terminal.h"
+
+#include <json-c/json.h>
+#include <memory>
 
 namespace {
+
+struct put_document {
+    void operator()(json_object *document) const { json_object_put(document); }
+};
+using document_owner = std::unique_ptr<json_object, put_document>;
+
+/// Asks utm_appctl for a JSON document.
+/// @return null when there is none, which counts as unexpected
+document_owner ask_document(stage *set, const typed_words &words) {
+    const std::string printed = terminal_ask(set, words);
+    document_owner document(json_tokener_parse(printed.c_str()));
+    stage_expect(set, printed.empty() || document != nullptr, "this is JSON: " + printed);
+    return document;
+}
+
+/// @return the value of that name and type, or null; one that is missing counts as unexpected
+json_object *value_of(stage *set, const json_object *object, const char *name, json_type type) {
+    json_object *value = nullptr;
+    if (object == nullptr)
+        return nullptr;
+    bool found = json_object_object_get_ex(object, name, &value) != 0 &&
+                 json_object_is_type(value, type) != 0;
+    stage_expect(set, found, std::string("utm_appctl's JSON has the value ") + name);
+    return found ? value : nullptr;
+}
+
+int32_t number_of(stage *set, const json_object *object, const char *name) {
+    return json_object_get_int(value_of(set, object, name, json_type_int));
+}
 
 std::string app_name(const stage &set, int32_t id) {
     for (const scenario_app &app : set.scene.apps)
@@ -25,11 +57,6 @@ std::string bar(int32_t part, int32_t whole) {
     return "[" + std::string(full, '#') + std::string(width - full, '.') + "]";
 }
 
-utm_app_config_reply ask_once(stage *set, uint8_t type, int32_t profile_id) {
-    std::vector<utm_app_config_reply> replies = stage_ask(set, {.type = type, .arg0 = profile_id});
-    return replies.empty() ? utm_app_config_reply{} : replies.front();
-}
-
 std::string app_list(const stage &set, const std::map<int32_t, int32_t> &apps) {
     std::string text;
     for (const auto &[id, minutes] : apps)
@@ -41,25 +68,30 @@ std::string app_list(const stage &set, const std::map<int32_t, int32_t> &apps) {
 } // namespace
 
 person_usage usage_of_person(stage *set, const scenario_person &person) {
-    int32_t id = person.profile_id;
-    utm_app_config_reply used = ask_once(set, UTM_APP_CONFIG_GET_PROFILE_USAGE, id);
-    person_usage usage = {
-        .today = used.daily_used, .week = used.weekly_used, .month = used.monthly_used};
-    usage.limit = ask_once(set, UTM_APP_CONFIG_GET_DAILY_LIMIT, id).daily_limit;
-    usage.bonus = ask_once(set, UTM_APP_CONFIG_GET_EXTEND, id).extend;
-    usage.is_limited =
-        ask_once(set, UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, id).daily_limit_enable == 1;
-    return usage;
+    const std::string id = std::to_string(person.profile_id);
+    const document_owner standing = ask_document(set, {"usage", id, "--json"});
+    const json_object *of = standing.get();
+    return {.today = number_of(set, of, "today"),
+            .week = number_of(set, of, "week"),
+            .month = number_of(set, of, "month"),
+            .limit = number_of(set, of, "limit"),
+            .bonus = number_of(set, of, "extend"),
+            .is_limited =
+                json_object_get_boolean(value_of(set, of, "enabled", json_type_boolean)) != 0};
 }
 
 std::map<int32_t, int32_t> app_usage_of_person(stage *set, const scenario_person &person,
-                                               int32_t period) {
+                                               int32_t days_ago) {
+    const document_owner day =
+        ask_document(set, {"usage", std::to_string(person.profile_id), "--apps", "--day",
+                           std::to_string(days_ago), "--json"});
     std::map<int32_t, int32_t> minutes;
-    for (const utm_app_config_reply &reply : stage_ask(
-             set,
-             {.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = person.profile_id, .arg1 = period}))
-        if (reply.status == UTM_APP_CONFIG_STATUS_DATA)
-            minutes[reply.app_usage_app_id] = reply.app_usage_value;
+    json_object *apps = value_of(set, day.get(), "applications", json_type_array);
+    const size_t count = apps != nullptr ? json_object_array_length(apps) : 0;
+    for (size_t i = 0; i < count; ++i) {
+        const json_object *app = json_object_array_get_idx(apps, i);
+        minutes[number_of(set, app, "app")] = number_of(set, app, "minutes");
+    }
     return minutes;
 }
 
@@ -84,13 +116,13 @@ static std::string table_row(const std::string &name, const std::string &today,
     return figures + apps + "\n";
 }
 
-std::string usage_table(stage *set, int32_t period) {
+std::string usage_table(stage *set, int32_t days_ago) {
     std::map<int32_t, int32_t> together;
-    std::string table = table_row("", "today", "days before", "weeks before",
-                                  period == 0 ? "applications today" : "applications yesterday");
+    std::string table = table_row("", "today", "this week", "this month",
+                                  days_ago == 0 ? "applications today" : "applications yesterday");
     for (const scenario_person &person : set->scene.people) {
         person_usage usage = usage_of_person(set, person);
-        std::map<int32_t, int32_t> apps = app_usage_of_person(set, person, period);
+        std::map<int32_t, int32_t> apps = app_usage_of_person(set, person, days_ago);
         table += table_row(person.name, minutes_text(usage.today), minutes_text(usage.week),
                            minutes_text(usage.month), app_list(*set, apps));
         for (const auto &[id, minutes] : apps)
@@ -103,4 +135,8 @@ void show_router_counts(const stage &set) {
     timeline_title(set.out, "What reached the router");
     for (const auto &[kind, count] : set.router_counts)
         printf("%6zu  %s\n", count, kind.c_str());
+}
+
+std::string report_path() {
+    return sim_build_directory() + "/demo-report.html";
 }

@@ -1,88 +1,90 @@
 #include "sim/evening/scenes.h"
 
 #include "sim/evening/report.h"
+#include "sim/evening/terminal.h"
 
 namespace {
 
-constexpr int32_t MIAS_POLICY = 10;
-constexpr int32_t LEOS_POLICY = 11;
 constexpr char USAGE_FILE[] = "/tmp/ApplicationData/app_usage.json";
-constexpr uint16_t LIMIT = 1;
-constexpr uint16_t BLOCK = 2;
 
-/// Days are numbered from Sunday. School is tomorrow on Sunday to Thursday.
-bool is_school_night(int32_t day) {
-    return day <= 4;
+std::string id_of(const scenario_person &person) {
+    return std::to_string(person.profile_id);
 }
 
 void switch_on(stage *set) {
     stage_start_daemon(set);
-    stage_do(set, "Ana asks the daemon to write its log",
-             {.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1});
-    stage_do(set, "and switches time limits on", {.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1});
+    terminal_do(set, {"debug", "on"}, "the daemon is to write its log");
+    terminal_do(set, {"activate", "on"}, "time limits hold from now on");
 }
 
 void introduce_family(stage *set) {
     for (const scenario_person &person : set->scene.people)
-        stage_do(set, person.name + " is profile " + std::to_string(person.profile_id),
-                 {.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = person.profile_id});
+        terminal_do(set, {"profile", "add", id_of(person)}, person.name);
     for (const scenario_device &device : set->scene.devices)
-        stage_do_command(set, device.name + " joins",
-                         sim_device_command(UTM_APP_CONFIG_ADD_DEVICE,
-                                            set->scene.people[device.person].profile_id,
-                                            sim_parse_mac(device.mac)));
+        terminal_do(set, {"device", "add", id_of(set->scene.people[device.person]), device.mac},
+                    device.name);
 }
 
-void limit_days(stage *set, const char *handle, int32_t school_night, int32_t weekend) {
+/// School is tomorrow on all nights but two.
+void limit_days(stage *set, const char *handle, const char *school_night, const char *weekend) {
     const scenario_person &person = stage_person(*set, handle);
-    for (int32_t day = 0; day < 7; ++day) {
-        int32_t minutes = is_school_night(day) ? school_night : weekend;
-        sim_answer answer = sim_ask({.type = UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT,
-                                     .arg0 = person.profile_id,
-                                     .arg1 = day,
-                                     .arg3 = minutes});
-        stage_expect(set, sim_status(answer) == UTM_APP_CONFIG_STATUS_OK,
-                     "every day's limit can be set");
-    }
-    stage_do(set,
-             person.name + " gets " + std::to_string(school_night) + " minutes on school nights, " +
-                 std::to_string(weekend) + " on Friday and Saturday",
-             {.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.profile_id, .arg2 = 1});
+    const std::string id = id_of(person);
+    terminal_do(set, {"limit", "set", id, school_night},
+                person.name + ": " + school_night + " a day");
+    for (const char *day : {"friday", "saturday"})
+        terminal_do(set, {"weekday", "set", id, day, weekend}, "no school tomorrow");
+    terminal_do(set, {"limit", "enable", id}, "after that, " + person.name + " is offline");
 }
 
-void give_policy(stage *set, const char *handle, int32_t policy_id, const std::string &words,
-                 const std::vector<utm_app_config_app_entry> &rules) {
+void give_policy(stage *set, const char *handle, const char *policy,
+                 const std::vector<std::string> &rules, const std::string &meaning) {
+    typed_words rule_words = {"policy", "rule", policy};
+    rule_words.insert(rule_words.end(), rules.begin(), rules.end());
+    rule_words.insert(rule_words.end(), {"--names", STAGE_APP_NAMES});
     const scenario_person &person = stage_person(*set, handle);
-    stage_do(set, "A policy for " + person.name + ": " + words,
-             {.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = policy_id});
-    stage_do_command(set, "with its rules", sim_rules_command(policy_id, rules));
-    stage_do(set, "and it is " + person.name + "'s",
-             {.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE,
-              .arg0 = person.profile_id,
-              .arg1 = policy_id});
+    terminal_do(set, {"policy", "create", policy});
+    terminal_do(set, rule_words, meaning);
+    terminal_do(set, {"policy", "bind", id_of(person), policy}, "for " + person.name);
 }
 
-utm_app_config_app_entry rule(const stage &set, const char *app, uint16_t action,
-                              uint16_t minutes) {
-    return {static_cast<uint32_t>(stage_app(set, app).id), action, minutes};
+void limit_people(stage *set) {
+    limit_days(set, "mia", "2h", "2h30m");
+    limit_days(set, "leo", "90m", "2h");
 }
 
-void set_rules(stage *set) {
-    limit_days(set, "mia", 120, 150);
-    limit_days(set, "leo", 90, 120);
-    give_policy(set, "mia", MIAS_POLICY, "60 minutes of video, no short clips",
-                {rule(*set, "video", LIMIT, 60), rule(*set, "shorts", BLOCK, 0)});
-    give_policy(set, "leo", LEOS_POLICY, "45 minutes of games", {rule(*set, "games", LIMIT, 45)});
+/// @return a rule by the application's name, which may be of several words
+std::string rule(const stage &set, const char *app, const char *what) {
+    return stage_app(set, app).name + "=" + what;
+}
+
+void show_names(const stage &set) {
+    timeline_say(set.out, sim_clock_now(set.clock), voice::family,
+                 std::string("$ cat ") + STAGE_APP_NAMES, "what the applications' numbers mean");
+    for (const std::string &line : sim_split_lines(sim_read_file(STAGE_APP_NAMES)))
+        timeline_note(set.out, line);
+}
+
+void limit_applications(stage *set) {
+    if (!set->hushed)
+        show_names(*set);
+    give_policy(set, "mia", "10", {rule(*set, "video", "1h"), rule(*set, "shorts", "block")},
+                "an hour of video a day, no short clips");
+    give_policy(set, "leo", "11", {rule(*set, "games", "45m")}, "45 minutes of games a day");
     stage_expect(set, stage_app_is_blocked(*set, "phone", "shorts"),
                  "short clips are blocked from the start");
 }
 
-/// The front end keeps the family and its rules and sends them to a daemon that has started.
+/// The daemon keeps what was used, not who there is: whoever starts it tells it again.
 void configure_again(stage *set) {
+    const int typed_before = set->typed;
     set->hushed = true;
     introduce_family(set);
-    set_rules(set);
+    limit_people(set);
+    limit_applications(set);
     set->hushed = false;
+    timeline_say(set->out, sim_clock_now(set->clock), voice::family,
+                 "and the " + std::to_string(set->typed - typed_before) +
+                     " lines for people, devices and rules again");
 }
 
 void restart_router(stage *set) {
@@ -90,16 +92,12 @@ void restart_router(stage *set) {
     show_progress(set);
     const scenario_person &mia = stage_person(*set, "mia");
     const int32_t used = usage_of_person(set, mia).today;
-    stage_do_command(set, "An update is due: what was used is saved",
-                     sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, USAGE_FILE));
+    terminal_do(set, {"export", USAGE_FILE}, "an update is due: what was used is saved");
     stage_stop_daemon(set);
     switch_on(set);
     configure_again(set);
-    timeline_say(set->out, sim_clock_now(set->clock), voice::family,
-                 "The front end sends people, devices and rules again");
     stage_expect(set, usage_of_person(set, mia).today == 0, "a new daemon knows of no usage");
-    stage_do_command(set, "and has the saved usage read back",
-                     sim_path_command(UTM_APP_CONFIG_IMPORT_STATISTICS, USAGE_FILE));
+    terminal_do(set, {"import", USAGE_FILE}, "and what was used is read back");
     show_progress(set);
     stage_expect(set, used > 0 && usage_of_person(set, mia).today == used,
                  "Mia's usage has come back");
@@ -127,10 +125,8 @@ void use_up_the_day(stage *set) {
 
 void give_bonus(stage *set) {
     stage_run_until(set, "19:45");
-    stage_do(set, "\"Half an hour more, please?\" Ana gives Mia 30 minutes",
-             {.type = UTM_APP_CONFIG_ADD_EXTEND,
-              .arg0 = stage_person(*set, "mia").profile_id,
-              .arg4 = 30});
+    terminal_do(set, {"extend", "add", id_of(stage_person(*set, "mia")), "30m"},
+                "\"Half an hour more, please?\"");
     stage_expect(set, !stage_person_is_blocked(*set, "mia"), "the bonus frees Mia at once");
     stage_run_until(set, "20:30");
     show_progress(set);
@@ -166,6 +162,21 @@ void begin_the_next_day(stage *set) {
     stage_expect(set, stage_app_is_blocked(*set, "phone", "shorts"), "short clips stay blocked");
 }
 
+/// What the client prints for people, as Ana sees it.
+void look_back(stage *set) {
+    const std::string mia = id_of(stage_person(*set, "mia"));
+    terminal_show(set, {"usage", mia}, "Mia, now that it is Saturday");
+    terminal_show(set, {"usage", mia, "--apps", "--day", "1", "--names", STAGE_APP_NAMES},
+                  "what it was yesterday");
+    const std::string days =
+        terminal_show(set, {"usage", mia, "--history"}, "two at once count twice", 3);
+    stage_expect(set, days.find("Fri 15 Mar  215 ") != std::string::npos,
+                 "the history has Friday's 155 minutes of chat and 60 of video");
+    const std::string page = terminal_save(set, {"report", "--names", STAGE_APP_NAMES},
+                                           report_path(), "all of it, for the browser");
+    stage_expect(set, page.find("</html>") != std::string::npos, "the page is complete");
+}
+
 void switch_off(stage *set) {
     stage_stop_daemon(set);
     stage_expect(set, !stage_app_is_blocked(*set, "phone", "shorts"),
@@ -178,13 +189,15 @@ const std::vector<scene_entry> &evening_scenes() {
     static const std::vector<scene_entry> scenes = {
         {"Friday, 16:59: the daemon starts", switch_on},
         {"Ana tells it who there is", introduce_family},
-        {"and what the rules are", set_rules},
+        {"how long they may be online", limit_people},
+        {"and what they may use", limit_applications},
         {"The afternoon, and the router restarts", restart_router},
         {"Video and games have limits of their own", use_up_applications},
         {"The evening: Mia's day is used up", use_up_the_day},
         {"A bonus", give_bonus},
         {"Later that evening", end_the_day},
         {"Midnight", begin_the_next_day},
+        {"Ana looks back", look_back},
         {"The router shuts down", switch_off},
     };
     return scenes;

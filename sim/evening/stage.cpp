@@ -42,6 +42,14 @@ time_t stage_time(const char *text) {
     return mktime(&moment);
 }
 
+/// The daemon knows only numbers; the client reads names from this file.
+static bool write_app_names(const scenario &scene) {
+    std::string names;
+    for (const scenario_app &app : scene.apps)
+        names += std::to_string(app.id) + " " + app.name + "\n";
+    return sim_write_file(STAGE_APP_NAMES, names);
+}
+
 bool stage_open(stage *set, const std::string &scenario_text, const char *start, std::string *why) {
     const std::string directory = "/tmp/router";
     *why = "cannot prepare the simulated router in " + directory;
@@ -54,7 +62,7 @@ bool stage_open(stage *set, const std::string &scenario_text, const char *start,
     set->options = sim_built_options(directory);
     set->options.clock = &set->clock;
     set->options.time_zone = getenv("TZ");
-    return scenario_read(directory + "/scenario", &set->scene, why);
+    return scenario_read(directory + "/scenario", &set->scene, why) && write_app_names(set->scene);
 }
 
 void stage_expect(stage *set, bool holds, const std::string &expectation) {
@@ -84,7 +92,7 @@ void stage_stop_daemon(stage *set) {
                  "SIGINT: exit status " + std::to_string(how.status));
 }
 
-/// The daemon logs every request; the timeline shows them already, in the family's words.
+/// The daemon logs every request; the timeline shows them already, as they were typed.
 static bool is_noise(const std::string &line) {
     return line.rfind("[socket]", 0) == 0;
 }
@@ -144,27 +152,6 @@ void stage_run_until(stage *set, const char *text) {
             give_up(set, "the daemon is ready for the next minute");
         stage_follow(set);
     }
-}
-
-void stage_do_command(stage *set, const std::string &what, const utm_app_config_cmd &command) {
-    if (set->broken)
-        return;
-    if (!set->hushed)
-        timeline_say(set->out, sim_clock_now(set->clock), voice::family, what);
-    stage_expect(set, sim_status(sim_ask_command(command)) == UTM_APP_CONFIG_STATUS_OK,
-                 "the daemon agrees: " + what);
-    stage_follow(set);
-}
-
-void stage_do(stage *set, const std::string &what, const sim_request &request) {
-    stage_do_command(set, what, sim_command(request));
-}
-
-std::vector<utm_app_config_reply> stage_ask(stage *set, const sim_request &request) {
-    sim_answer answer = sim_ask(request);
-    bool well = sim_status(answer) == UTM_APP_CONFIG_STATUS_OK;
-    stage_expect(set, well, "the daemon answers request " + std::to_string(request.type));
-    return well ? answer.replies : std::vector<utm_app_config_reply>();
 }
 
 bool stage_app_is_blocked(const stage &set, const std::string &device, const std::string &app) {

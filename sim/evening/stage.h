@@ -3,12 +3,14 @@
 /// clock, and the timeline that shows what all of them do.
 
 #include "sim/evening/timeline.h"
-#include "sim/harness/client.h"
 #include "sim/harness/daemon_process.h"
 #include "sim/router/scenario.h"
 
 #include <map>
 #include <string>
+
+/// What the applications' numbers are called, for the client's --names.
+inline constexpr char STAGE_APP_NAMES[] = "/tmp/apps";
 
 struct stage {
     timeline out = {};
@@ -20,13 +22,14 @@ struct stage {
     size_t journal_lines_shown = 0;
     std::map<std::string, size_t> router_counts = {}; ///< what reached the router, by kind
     std::string day_table = {};                       ///< the day's usage just before midnight
+    int typed = 0;                                    ///< command lines, those in a hush included
     int unexpected = 0;                               ///< things that should not have happened
     bool hushed = false;                              ///< what happens is followed but not shown
-    bool broken = false;                              ///< the daemon is of no use any more
+    bool broken = false;                              ///< daemon or client are of no use any more
 };
 
-/// Prepares the simulated router for the scenario's text and sets the clock; the daemon is not
-/// started.
+/// Prepares the simulated router for the scenario's text, names its applications and sets the
+/// clock; the daemon is not started.
 /// @param start  local time, as `stage_time` takes it
 [[nodiscard]] bool stage_open(stage *set, const std::string &scenario_text, const char *start,
                               std::string *why);
@@ -43,18 +46,10 @@ void stage_stop_daemon(stage *set);
 /// Lets the time pass to `text` minute by minute and shows what happens meanwhile.
 void stage_run_until(stage *set, const char *text);
 
-/// A member of the family does something: shows it, sends it and expects it to succeed.
-void stage_do_command(stage *set, const std::string &what, const utm_app_config_cmd &command);
-void stage_do(stage *set, const std::string &what, const sim_request &request);
-
-/// Asks the daemon for something that is to be shown in another form.
-/// @return the replies; an empty list when it failed, which counts as unexpected
-std::vector<utm_app_config_reply> stage_ask(stage *set, const sim_request &request);
-
 /// Shows what the daemon logged and what reached the router since the last time.
 void stage_follow(stage *set);
 
-/// Notes a failure when `holds` is false. Once the daemon is of no use, nothing more is noted.
+/// Notes a failure when `holds` is false. Once `broken`, nothing more is noted.
 void stage_expect(stage *set, bool holds, const std::string &expectation);
 
 /// @return whether the application is barred on the device now

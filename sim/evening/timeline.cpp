@@ -16,13 +16,18 @@ struct look {
 look look_of(voice who) {
     switch (who) {
     case voice::family:
-        return {"family", "\033[32m"};
+        return {"Ana   ", "\033[32m"};
     case voice::daemon:
         return {"daemon", "\033[33m"};
     default:
         return {"router", "\033[36m"};
     }
 }
+
+/// Lines of a usual terminal end here; what is behind it moves to a line of its own.
+constexpr int line_columns = 100;
+/// "HH:MM", the voice, and two blanks behind each of them.
+constexpr int margin_columns = 15;
 
 const char *paint(const timeline &out, const char *colour) {
     return out.colour ? colour : "";
@@ -48,8 +53,11 @@ void timeline_say(const timeline &out, time_t when, voice who, const std::string
     look style = look_of(who);
     printf("%s  %s%s%s  %s", clock, paint(out, style.colour), style.name, paint(out, "\033[0m"),
            text.c_str());
-    if (!meaning.empty())
-        printf("  %s(%s)%s", paint(out, "\033[2m"), meaning.c_str(), paint(out, "\033[0m"));
+    if (!meaning.empty()) {
+        bool fits = margin_columns + text.size() + meaning.size() + 4 <= line_columns;
+        printf("%s%*s%s(%s)%s", fits ? "" : "\n", fits ? 2 : margin_columns, "",
+               paint(out, "\033[2m"), meaning.c_str(), paint(out, "\033[0m"));
+    }
     putchar('\n');
     pause(out);
 }
@@ -60,7 +68,7 @@ void timeline_title(const timeline &out, const std::string &text) {
 }
 
 void timeline_note(const timeline &out, const std::string &text) {
-    printf("%15s%s\n", "", text.c_str());
+    printf("%*s%s\n", margin_columns, "", text.c_str());
     pause(out);
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 
 enum class voice {
-    family, ///< what the people of the household do
+    family, ///< what Ana types for the household
     daemon, ///< what the daemon logs and answers
     router, ///< what reaches the router
 };
@@ -18,7 +18,9 @@ struct timeline {
 /// Colours are for terminals, and only where nobody asked to leave them out.
 timeline timeline_open(bool fast);
 
-/// @param meaning  what the line amounts to, in plain words; may be empty
+/// @param meaning  what the line amounts to, in plain words; may be empty. It gets a line of its
+/// own
+///                 where both together would be too long.
 void timeline_say(const timeline &out, time_t when, voice who, const std::string &text,
                   const std::string &meaning = {});
 
