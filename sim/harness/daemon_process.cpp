@@ -49,9 +49,7 @@ pid_t launch(const sim_daemon_options &options) {
     sim_set_environment(options);
     if (options.in_child)
         options.in_child();
-    execl(options.binary.c_str(), options.binary.c_str(), static_cast<char *>(nullptr));
-    perror(options.binary.c_str());
-    _exit(127);
+    sim_become({options.binary});
 }
 
 pid_t parent_of(pid_t pid) {
@@ -75,12 +73,24 @@ std::set<pid_t> children() {
     return found;
 }
 
+/// musl's `daemon` forks twice: what is still in our session, or leads its own, is about to fork
+/// and end. glibc's forks once.
+bool is_on_its_way(pid_t pid) {
+    return SIM_DAEMON_FORKS_TWICE && (getsid(pid) == getsid(0) || getsid(pid) == pid);
+}
+
 /// The orphan that the starter left is ours from the moment the starter has ended.
-pid_t adopt_new_child(const std::set<pid_t> &before) {
-    for (pid_t pid : children())
-        if (before.count(pid) == 0)
-            return pid;
-    return -1;
+pid_t adopt_new_child(const std::set<pid_t> &before, sim_patience patience) {
+    pid_t found = -1;
+    bool adopted = sim_wait_for(
+        [&] {
+            for (pid_t pid : children())
+                if (before.count(pid) == 0 && !is_on_its_way(pid))
+                    found = pid;
+            return found > 0 || children() == before;
+        },
+        patience);
+    return adopted ? found : -1;
 }
 
 } // namespace
@@ -131,7 +141,7 @@ bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
         return false;
     }
     daemon->starter_status = how.status;
-    daemon->pid = daemon->starter_status == 0 ? adopt_new_child(before) : -1;
+    daemon->pid = daemon->starter_status == 0 ? adopt_new_child(before, patience) : -1;
     return daemon->pid > 0;
 }
 

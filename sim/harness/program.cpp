@@ -58,19 +58,13 @@ sim_patience patience_until(moment deadline) {
 
 [[noreturn]] void become(const std::vector<std::string> &command_line,
                          const std::function<void()> &in_child, int out, int err) {
-    std::vector<char *> arguments;
-    for (const std::string &word : command_line)
-        arguments.push_back(const_cast<char *>(word.c_str()));
-    arguments.push_back(nullptr);
     int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
     if (in_child)
         in_child();
-    execv(arguments[0], arguments.data());
-    perror(arguments[0]);
-    _exit(127);
+    sim_become(command_line);
 }
 
 /// Reads a piece; at the end, or when it cannot go on, the end is closed.
@@ -102,6 +96,19 @@ void collect(int *out, int *err, sim_outcome *of, moment deadline) {
 }
 
 } // namespace
+
+void sim_become(const std::vector<std::string> &command_line) {
+    std::vector<char *> arguments;
+    static char emulator[] = SIM_EMULATOR;
+    if (emulator[0] != '\0')
+        arguments.push_back(emulator);
+    for (const std::string &word : command_line)
+        arguments.push_back(const_cast<char *>(word.c_str()));
+    arguments.push_back(nullptr);
+    execvp(arguments[0], arguments.data());
+    perror(arguments[0]);
+    _exit(127);
+}
 
 sim_exit sim_reap(pid_t pid, sim_patience patience) {
     int wait_status = 0;

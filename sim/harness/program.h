@@ -18,6 +18,10 @@ struct sim_exit {
 /// Waits for a child of ours to end.
 sim_exit sim_reap(pid_t pid, sim_patience patience = {});
 
+/// Becomes a program of this build, through an emulator where the build is for another machine.
+/// @param command_line  the program, by its path, and its arguments
+[[noreturn]] void sim_become(const std::vector<std::string> &command_line);
+
 /// What a program said, and how it ended.
 struct sim_outcome {
     std::string out = {};
@@ -25,7 +29,7 @@ struct sim_outcome {
     sim_exit how = {};
 };
 
-/// Runs a program with nothing on its standard input, and collects what it prints. One that has not
+/// Runs a program of this build with nothing on its standard input, and collects what it prints. One that has not
 /// ended in time is killed, and `how.ended` stays false.
 ///
 /// @param command_line  the program, by its path, and its arguments

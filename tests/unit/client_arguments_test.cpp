@@ -102,10 +102,10 @@ TEST(ClientArguments, TakeAWeekdayByNameOrNumber) {
     const std::pair<const char *, int32_t> cases[] = {
         {"0", 0},         {"6", 6},   {"sun", 0},  {"SUNDAY", 0}, {"Mon", 1},   {"tues", 2},
         {"wednesday", 3}, {"thu", 4}, {"thur", 4}, {"fRi", 5},    {"satur", 6}, {"1", 1}};
-    for (const auto &[text, expected] : cases) {
+    for (const auto &given : cases) {
         int32_t day = -1;
-        EXPECT_EQ(said_by([&] { return ctl_read_weekday(text, &day); }), "");
-        EXPECT_EQ(day, expected) << text;
+        EXPECT_EQ(said_by([&] { return ctl_read_weekday(given.first, &day); }), "");
+        EXPECT_EQ(day, given.second) << given.first;
     }
 }
 

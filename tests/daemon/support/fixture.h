@@ -23,6 +23,9 @@ inline constexpr time_t NOON = 1893499200;
 /// Built with a sanitizer, the daemon links its runtime, and everything is slower.
 inline constexpr bool IS_SANITIZED = sizeof UTM_SANITIZER > 1;
 
+/// The programs are the router's, with its C library, and an emulator runs them.
+inline constexpr bool IS_EMULATED = sizeof UTM_EMULATOR > 1;
+
 /// @return the log's lines
 text_lines log_lines();
 

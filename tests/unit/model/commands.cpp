@@ -107,7 +107,8 @@ std::string app_usage(state_t &state, int32_t id, int32_t period) {
         ranking.emplace_back(0, 0);
     else
         ranking.resize(static_cast<size_t>(profile->app_count));
-    std::ranges::stable_sort(ranking, [](auto &a, auto &b) { return a.first > b.first; });
+    std::stable_sort(ranking.begin(), ranking.end(),
+                     [](auto &a, auto &b) { return a.first > b.first; });
     std::string text;
     for (const auto &[minutes, app] : ranking)
         text += "data app " + number(app) + " minutes " + number(minutes) + "\n";

@@ -77,7 +77,7 @@ bool add_device(state_t &state, int32_t profile_id, const std::string &mac) {
         log(state, "Add dev to profile %d failed because profile not exist", profile_id);
         return false;
     }
-    if (std::ranges::count(profile->devices, mac) > 0)
+    if (std::count(profile->devices.begin(), profile->devices.end(), mac) > 0)
         return true;
     profile->devices.push_back(mac);
     rewrite_device_text(*profile);

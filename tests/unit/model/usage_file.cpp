@@ -28,7 +28,8 @@ document_t document_of(state_t &state) {
 
 bool can_be_written(const state_t &state, const std::string &path) {
     const std::vector<std::string> &paths = file_paths();
-    return std::ranges::count(paths, path) > 0 && (path != own_path || state.has_folder);
+    return std::count(paths.begin(), paths.end(), path) > 0 &&
+           (path != own_path || state.has_folder);
 }
 
 /// Days as the calendar counts them here: every year has 97/400 of a leap day, the ones begun in
@@ -113,7 +114,7 @@ std::vector<int32_t> days_until_now(const filed_app_t &filed, const age_t &age) 
         return {};
     std::vector<int32_t> days = filed.app.finished_days;
     if (filed.lacks == "prev_30_days" || filed.ring_length != 30)
-        std::ranges::fill(days, 0);
+        std::fill(days.begin(), days.end(), 0);
     days.insert(days.end(), static_cast<size_t>(age.days), 0);
     if (days.size() >= 60) // nobody asks for the oldest, and the places stay the same
         days.erase(days.begin(), days.end() - static_cast<ptrdiff_t>(30 + days.size() % 30));
@@ -153,7 +154,8 @@ void enforce(state_t &state, const profile_t &profile) {
     if (!profile.policy)
         return;
     for (const rule_t &rule : find_policy(state, *profile.policy)->rules) {
-        const auto app = std::ranges::find(profile.apps, rule.app, &app_t::id);
+        const auto app = std::find_if(profile.apps.begin(), profile.apps.end(),
+                                      [&rule](const app_t &one) { return one.id == rule.app; });
         if (app == profile.apps.end() || app->used.daily < rule.limit)
             continue;
         state.met.insert("enforces a rule");
@@ -202,7 +204,7 @@ bool read_file(state_t &state, const std::string &path) {
     for (const filed_profile_t &filed : document.profiles)
         import_profile(state, filed, age);
     state.router = read_apps(state, document.router, age);
-    std::ranges::reverse(state.router);
+    std::reverse(state.router.begin(), state.router.end());
     state.router_collected = state.now;
     state.last_export = state.now;
     return true;
