@@ -1,4 +1,5 @@
-/// What the daemon needs at run time: flash on a router is small.
+/// What the daemon and the client need at run time, and how they are linked: flash on a router is
+/// small, and the daemon runs as root.
 
 #include "tests/daemon/support/fixture.h"
 
@@ -19,15 +20,35 @@ std::string output_of(const std::string &command) {
     return output;
 }
 
-/// @return the libraries that the binary names
-text_lines needed_libraries() {
+text_lines facts_about(const std::string &binary) {
+    return sim_split_lines(output_of("LC_ALL=C readelf -hWld '" + binary + "'"));
+}
+
+/// @return the libraries that a binary names
+text_lines needed_libraries(const std::string &binary) {
     text_lines libraries;
-    for (const std::string &line : sim_split_lines(output_of("readelf -d '" UTM_DAEMON "'"))) {
+    for (const std::string &line : facts_about(binary)) {
         const size_t start = line.find('[');
         if (line.find("(NEEDED)") != std::string::npos && start != std::string::npos)
             libraries.push_back(line.substr(start + 1, line.find(']') - start - 1));
     }
     return libraries;
+}
+
+/// What the linker does for hardening, whatever the optimisation. The shipped binaries, with all
+/// that the compiler adds, are looked at by tests/binary.
+void expect_hardened_link(const std::string &binary) {
+    using testing::Contains;
+    using testing::ContainsRegex;
+    using testing::Not;
+    const text_lines facts = facts_about(binary);
+
+    EXPECT_THAT(facts, Contains(ContainsRegex("Type: +DYN "))) << binary;
+    EXPECT_THAT(facts, Contains(ContainsRegex("\\(FLAGS_1\\).* NOW PIE"))) << binary;
+    EXPECT_THAT(facts, Contains(ContainsRegex("GNU_RELRO "))) << binary;
+    EXPECT_THAT(facts, Contains(ContainsRegex("GNU_STACK .* RW  "))) << binary;
+    EXPECT_THAT(facts, Not(Contains(ContainsRegex("LOAD .* RWE ")))) << binary;
+    EXPECT_THAT(facts, Not(Contains(ContainsRegex("TEXTREL")))) << binary;
 }
 
 } // namespace
@@ -36,9 +57,33 @@ TEST(daemon_binary, it_needs_libc_json_c_and_the_notification_library_and_nothin
     if (IS_SANITIZED)
         GTEST_SKIP() << "a sanitized build also needs the sanitizer's runtime";
 
-    EXPECT_THAT(needed_libraries(),
+    EXPECT_THAT(needed_libraries(UTM_DAEMON),
                 testing::UnorderedElementsAre(testing::AnyOf("libc.so.6", "libc.so"),
                                               "libjson-c.so.5", "libqvutm_notify.so"));
+}
+
+TEST(daemon_binary, the_client_needs_libc_and_json_c_and_nothing_else) {
+    if (IS_SANITIZED)
+        GTEST_SKIP() << "a sanitized build also needs the sanitizer's runtime";
+
+    EXPECT_THAT(
+        needed_libraries(UTM_APPCTL),
+        testing::UnorderedElementsAre(testing::AnyOf("libc.so.6", "libc.so"), "libjson-c.so.5"));
+}
+
+TEST(daemon_binary, it_and_the_client_are_linked_hardened) {
+    expect_hardened_link(UTM_DAEMON);
+    expect_hardened_link(UTM_APPCTL);
+}
+
+TEST(daemon_binary, it_and_the_client_protect_their_stacks) {
+    if (IS_SANITIZED)
+        GTEST_SKIP() << "a sanitizer watches the stack";
+
+    for (const std::string binary : {UTM_DAEMON, UTM_APPCTL})
+        EXPECT_THAT(output_of("LC_ALL=C readelf -W --dyn-syms '" + binary + "'"),
+                    testing::HasSubstr(" __stack_chk_fail"))
+            << binary;
 }
 
 TEST(daemon_binary, it_keeps_no_door_for_tests) {

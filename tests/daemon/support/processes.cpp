@@ -93,3 +93,21 @@ bool limit_descriptors(pid_t pid, int first_refused) {
     limit.rlim_cur = static_cast<rlim_t>(first_refused);
     return prlimit(pid, RLIMIT_NOFILE, &limit, nullptr) == 0;
 }
+
+long resident_kib(pid_t pid) {
+    // Where the emulator puts a program of 64 bits, its libraries, heap and stacks.
+    constexpr unsigned long guest_begin = 0x40'0000'0000;
+    constexpr unsigned long guest_end = 0x60'0000'0000;
+    const bool is_emulated = sizeof UTM_EMULATOR > 1;
+    long sum = 0;
+    bool counts = false;
+    for (const std::string &line : sim_split_lines(sim_read_file(proc_path(pid, "smaps")))) {
+        unsigned long begin = 0;
+        long kib = 0;
+        if (sscanf(line.c_str(), "%lx-%*x ", &begin) == 1)
+            counts = !is_emulated || (begin >= guest_begin && begin < guest_end);
+        else if (counts && sscanf(line.c_str(), "Rss: %ld kB", &kib) == 1)
+            sum += kib;
+    }
+    return sum;
+}

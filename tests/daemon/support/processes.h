@@ -23,3 +23,7 @@ std::chrono::milliseconds side_threads_time(pid_t pid);
 
 /// Sets the number from which on the process gets no more descriptors.
 [[nodiscard]] bool limit_descriptors(pid_t pid, int first_refused);
+
+/// @return the memory that a program has in use, in KiB; of one that an emulator runs, the
+/// emulator's own left out
+long resident_kib(pid_t pid);

@@ -1,0 +1,71 @@
+#!/usr/bin/env bash
+# Installs a build below a temporary folder and as a Debian package, and looks at what is there.
+#
+#   install_test.sh BUILD VERSION LIBDIR
+#
+# BUILD is configured for the prefix /usr, LIBDIR is its library folder, such as lib; empty when it
+# was linked against the router's own notification library. Without dpkg-deb the package is left out.
+set -euo pipefail
+
+build=$(realpath -- "$1")
+version=$2
+libdir=$3
+here=$(cd "$(dirname "$0")" && pwd)
+source=$(cd "$here/../.." && pwd)
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+expected_files() {
+    local page
+    printf '%s\n' bin/utm_appctl sbin/utm_appd share/man/man1/utm_appctl.1 \
+        share/bash-completion/completions/utm_appctl \
+        share/doc/utm-appd/{README.md,LICENSE,copyright,docs/demo.png}
+    for page in "$source"/docs/*.md; do
+        echo "share/doc/utm-appd/docs/${page##*/}"
+    done
+    if [[ -n $libdir ]]; then echo "$libdir/utm_appd/libqvutm_notify.so"; fi
+}
+
+# look_at ROOT: the whole list of files below it, and the two programs.
+look_at() {
+    local root=$1 libraries
+    diff <(expected_files | sed 's,^,usr/,' | LC_ALL=C sort) \
+        <(cd "$root" && find . ! -type d -printf '%P\n' | LC_ALL=C sort) ||
+        fail "< expected, > installed"
+    [[ $(stat -c %a "$root/usr/sbin/utm_appd" "$root/usr/bin/utm_appctl") == $'755\n755' ]] ||
+        fail "the programs are not for everybody to start"
+    [[ $("$root/usr/bin/utm_appctl" --version) == "utm_appctl $version" ]] ||
+        fail "utm_appctl --version says something else"
+    "$here/hardening_test.sh" "$root/usr/bin/utm_appctl" readelf libjson-c.so.5
+    "$here/hardening_test.sh" "$root/usr/sbin/utm_appd" readelf libjson-c.so.5 libqvutm_notify.so
+    libraries=$(ldd "$root/usr/sbin/utm_appd")
+    if grep 'not found' <<<"$libraries"; then fail "the daemon lacks a library"; fi
+    [[ -z $libdir ]] || grep -qF "=> $root/usr/" <<<"$libraries" ||
+        fail "the daemon does not find its own substitute"
+}
+
+DESTDIR=$folder/staged cmake --install "$build" >"$folder/log" || fail "$(cat "$folder/log")"
+look_at "$folder/staged"
+# The tree may be moved.
+mv "$folder/staged" "$folder/moved"
+look_at "$folder/moved"
+
+if ! command -v dpkg-deb >/dev/null || ! command -v dpkg-shlibdeps >/dev/null; then
+    echo "no dpkg-deb or dpkg-shlibdeps: the package was not built"
+    exit 0
+fi
+(cd "$build" && cpack -G DEB -B "$folder/package" >"$folder/log") || fail "$(cat "$folder/log")"
+packages=("$folder"/package/*.deb)
+dpkg-deb --extract "${packages[0]}" "$folder/unpacked"
+look_at "$folder/unpacked"
+
+field() { dpkg-deb --field "${packages[0]}" "$1"; }
+[[ $(field Package) == utm-appd ]] || fail "Package: $(field Package)"
+[[ $(field Version) == "$version" ]] || fail "Version: $(field Version)"
+[[ $(field Depends) =~ ^libc6\ \([^,]*\),\ libjson-c5\ \([^,]*\)$ ]] ||
+    fail "Depends: $(field Depends)"
