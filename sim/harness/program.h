@@ -29,8 +29,8 @@ struct sim_outcome {
     sim_exit how = {};
 };
 
-/// Runs a program of this build with nothing on its standard input, and collects what it prints. One that has not
-/// ended in time is killed, and `how.ended` stays false.
+/// Runs a program of this build with nothing on its standard input, and collects what it prints.
+/// One that has not ended in time is killed, and `how.ended` stays false.
 ///
 /// @param command_line  the program, by its path, and its arguments
 /// @param in_child      run in the new process just before it becomes the program; may be empty
