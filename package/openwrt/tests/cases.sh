@@ -1,0 +1,566 @@
+#!/bin/sh
+# The init script and the watch against the real daemon; package_test.sh lays out the root that
+# this runs in. Each case begins on a router that has just been flashed, and compares the whole
+# transcript: what procd was told, what the log says, what the client was asked, in that order.
+# shellcheck disable=SC2010,SC2011,SC2012,SC2046,SC2126 # the only names here are our own
+set -u
+
+usage=/tmp/ApplicationData/app_usage.json
+saved=/etc/utm_appd/app_usage.json
+pending=/var/run/utm_appd/to_restore.json
+init=/etc/init.d/utm_appd
+failures=0
+
+# --- the router
+
+fresh_router() {
+    clear_memory
+    rm -rf /etc/utm_appd /test/transcript /test/after_export /test/stderr
+    mkdir -p /etc/utm_appd
+    : >/test/transcript
+    configure
+}
+
+# What a reboot does to files.
+clear_memory() {
+    rm -rf /tmp/* /dev/utm_app_config_socket
+    mkdir -p /tmp/run /tmp/sim
+}
+
+# configure [OPTION VALUE]...
+configure() {
+    echo "config utm_appd 'main'" >/etc/config/utm_appd
+    while [ $# -gt 0 ]; do
+        echo "	option $1 '$2'" >>/etc/config/utm_appd
+        shift 2
+    done
+}
+
+daemon_pids() {
+    for process in /proc/[0-9]*; do
+        [ "$(readlink "$process/exe")" != /usr/sbin/utm_appd ] || echo "${process#/proc/}"
+    done
+}
+
+# A file as the daemon writes it: profile 3 has used the given minutes of today.
+usage_of() {
+    cat <<JSON
+{"user_profile_list":[{"user_profile_id":3,"daily_used":$1,"weekly_used":0,"monthly_used":0,
+"app_stat_list":[]}],"timestamp":$(date +%s),"global_stat":[]}
+JSON
+}
+
+ask() {
+    /usr/bin/utm_appctl "$@" 2>&1
+}
+
+used_today() {
+    ask usage 3 --json | sed -n 's/.*"today":\([0-9]*\).*/\1/p'
+}
+
+used_in() {
+    sed -n 's/.*"daily_used":\([0-9]*\),"weekly_used".*/\1/p' "$1" 2>&1
+}
+
+script() {
+    "$1" >/dev/null 2>&1
+}
+
+# until_true SECONDS COMMAND...: whether it has come true in time
+until_true() {
+    patience=$(($1 * 10))
+    shift
+    until "$@"; do
+        [ "$patience" -gt 0 ] || return 1
+        patience=$((patience - 1))
+        usleep 100000
+    done
+}
+
+told() {
+    grep -qF "$1" /test/transcript
+}
+
+# --- comparing
+
+check() { # WHAT WANTED GOT
+    [ "$2" != "$3" ] || return 0
+    bad=1
+    echo "# $1"
+    printf '%s\n' "$2" >/tmp/wanted
+    printf '%s\n' "$3" >/tmp/got
+    diff -U 20 /tmp/wanted /tmp/got | sed 1,2d
+}
+
+# The transcript since the last look; process numbers are no part of it.
+transcript() {
+    sed 's/process [0-9]*/process N/' /test/transcript
+    : >/test/transcript
+}
+
+check_transcript() {
+    check "transcript" "$(cat)" "$(transcript)"
+}
+
+check_gone() {
+    check "nothing runs" "" "$(daemon_pids)$(pidof utm_appd_watch)"
+}
+
+case_of() { # NAME: starts it
+    bad=0
+    fresh_router
+    "$1"
+    # What is left over, if the case went wrong.
+    [ ! -e /test/procd.pid ] || kill -9 "$(cat /test/procd.pid)" 2>/dev/null
+    rm -f /test/procd.pid
+    for process in $(pidof utm_appd_watch) $(daemon_pids); do
+        kill -9 "$process"
+    done
+    wait
+    if [ "$bad" = 0 ]; then
+        echo "ok - $1"
+    else
+        echo "not ok - $1"
+        [ ! -s /test/stderr ] || sed 's/^/# stderr: /' /test/stderr
+        failures=$((failures + 1))
+    fi
+}
+
+# --- transcripts that recur
+
+started="procd: command /usr/sbin/utm_appd_watch run
+procd: respawn 3600 10 0
+procd: stderr 1
+procd: term_timeout 140
+utm_appd daemon.notice: utm_appd has started"
+
+switched_on="utm_appctl --timeout 20 activate on: 0"
+asked_status="utm_appctl --timeout 20 status --json: 0"
+restored="utm_appctl --timeout 20 import $pending: 0
+utm_appd daemon.notice: restored what was used"
+exported="utm_appctl --timeout 20 export $usage: 0"
+was_saved="utm_appd daemon.notice: saved what was used to $saved"
+ended="utm_appd daemon.notice: utm_appd has ended"
+
+start_and_settle() {
+    $init start
+    check "start" 0 $?
+    # What comes after the answer: a hook, switching on, restoring.
+    until_true 10 watch_naps || check "the watch waits for the end" yes no
+}
+
+# Its child sleeps for as long as it does between two looks. That of a watch which an earlier case
+# has killed sleeps on without it.
+watch_naps() {
+    for process in $(pidof sleep); do
+        parent=$(sed -n 's/^PPid:[[:space:]]*//p' "/proc/$process/status")
+        [ "$(cat "/proc/$parent/comm")" = utm_appd_watch ] || continue
+        [ "$(tr '\0' ' ' <"/proc/$process/cmdline")" != "sleep 5 " ] || return 0
+    done 2>/dev/null
+    return 1
+}
+
+# --- the cases
+
+a_fresh_start_creates_the_folder_and_waits_for_the_socket() {
+    start_and_settle
+    check "answers" 0 "$(ask ping; echo $?)"
+    check "folder" "" "$(ls -A /tmp/ApplicationData)"
+    check "one daemon" 1 "$(daemon_pids | wc -l)"
+    echo "$started" | check_transcript
+}
+
+a_stop_saves_what_was_used_and_ends_the_daemon() {
+    start_and_settle
+    ask activate on
+    ask profile add 3
+    ask device add 3 02:00:00:00:00:1a
+    transcript >/dev/null
+    $init stop
+    check_gone
+    check "saved" "$(cat $usage)" "$(cat $saved)"
+    check "whose" "-rw-------" "$(ls -l $saved | cut -c 1-10)"
+    check "the router" "lcsh apg acl reset 02:00:00:00:00:1A" "$(tail -n 1 /tmp/sim/journal)"
+    check_transcript <<END
+$asked_status
+$exported
+$was_saved
+$ended
+END
+}
+
+a_stop_saves_nothing_while_limits_are_off() {
+    start_and_settle
+    transcript >/dev/null
+    $init stop
+    check_gone
+    check "files" "" "$(ls -A /etc/utm_appd /tmp/ApplicationData | grep json)"
+    check_transcript <<END
+$asked_status
+utm_appd daemon.info: limits are switched off: nothing to save
+$ended
+END
+}
+
+a_stop_only_exports_when_the_copy_is_not_wanted() {
+    configure save 0 activate 1
+    start_and_settle
+    transcript >/dev/null
+    $init stop
+    check "saved" "" "$(ls -A /etc/utm_appd)"
+    check_transcript <<END
+$asked_status
+$exported
+$ended
+END
+}
+
+# The copy could only come from a time when the option was on.
+a_copy_that_is_not_wanted_is_not_brought_back() {
+    configure save 0
+    usage_of 42 >$saved
+    start_and_settle
+    check "usage file" "" "$(ls -A /tmp/ApplicationData)"
+    check "to restore" "no" "$([ -e $pending ] || echo no)"
+}
+
+a_signal_lost_to_a_command_line_is_sent_again() {
+    start_and_settle
+    ask activate on
+    transcript >/dev/null
+    come_between /tmp/open
+    $init stop &
+    until_true 20 told "asking again" || check "the first signal is lost" yes no
+    check "still there" 1 "$(daemon_pids | head -n 1 | wc -l)"
+    touch /tmp/open
+    until_true 20 told "has ended"
+    wait
+    check_gone
+    check_transcript <<END
+$asked_status
+$exported
+$was_saved
+utm_appd daemon.info: utm_appd has not ended yet: asking again every second
+$ended
+END
+}
+
+a_daemon_that_cannot_end_is_killed() {
+    configure stop_seconds 2
+    start_and_settle
+    ask activate on
+    transcript >/dev/null
+    come_between /tmp/never
+    $init stop
+    check_gone
+    touch /tmp/never
+    check_transcript <<END
+$asked_status
+$exported
+$was_saved
+utm_appd daemon.info: utm_appd has not ended yet: asking again every second
+utm_appd daemon.err: utm_appd does not end: killing it; what it has blocked stays blocked
+END
+}
+
+# Between the export and the signal the daemon begins a command line that waits for a file.
+come_between() {
+    echo "$1 lcsh apg off" >/tmp/sim/gate
+    cat >/test/after_export <<'END'
+#!/bin/sh
+/usr/bin/utm_appctl activate off >/dev/null 2>&1 &
+until grep -q "lcsh apg off" /tmp/sim/journal; do usleep 50000; done
+END
+    chmod +x /test/after_export
+}
+
+a_boot_brings_back_what_was_saved() {
+    configure activate 1
+    usage_of 42 >$saved
+    start_and_settle
+    check "used" 42 "$(used_today)"
+    check "to restore" "no" "$([ -e $pending ] || echo no)"
+    check_transcript <<END
+$started
+$switched_on
+$asked_status
+$restored
+END
+    $init shutdown
+    check "saved" 42 "$(used_in $saved)"
+    clear_memory
+    $init boot
+    until_true 10 told "restored what was used"
+    check "used after a reboot" 42 "$(used_today)"
+}
+
+the_front_end_restores_after_switching_on() {
+    usage_of 42 >$saved
+    start_and_settle
+    $init restore 2>/dev/null
+    check "too early" 1 $?
+    ask activate on
+    $init restore
+    check "in time" 0 $?
+    check "used" 42 "$(used_today)"
+    $init restore
+    check "once more" 0 $?
+    check_transcript <<END
+$started
+$asked_status
+utm_appctl --timeout 20 import $pending: 1
+utm_appd daemon.err: not restored: the import failed; keeping $pending
+$restored
+utm_appd daemon.info: nothing to restore
+END
+}
+
+the_hook_configures_before_anything_is_restored() {
+    usage_of 42 >$saved
+    printf '%s\n' '#!/bin/sh' 'utm_appctl profile add 3' 'utm_appctl activate on' 'exit 4' \
+        >/etc/utm_appd/started
+    chmod +x /etc/utm_appd/started
+    start_and_settle
+    check "used" 42 "$(used_today)"
+    check_transcript <<END
+$started
+utm_appctl profile add 3: 0
+utm_appctl activate on: 0
+utm_appd daemon.warning: /etc/utm_appd/started failed with status 4
+$asked_status
+$restored
+END
+}
+
+a_stop_does_not_wait_for_the_hook() {
+    printf '%s\n' '#!/bin/sh' 'echo $$ >/tmp/hook' 'exec sleep 1000' >/etc/utm_appd/started
+    chmod +x /etc/utm_appd/started
+    $init start
+    until_true 10 [ -s /tmp/hook ]
+    transcript >/dev/null
+    $init stop
+    check_gone
+    check "hook" "gone" "$([ -e "/proc/$(cat /tmp/hook)/exe" ] || echo gone)"
+    check_transcript <<END
+$asked_status
+utm_appd daemon.info: limits are switched off: nothing to save
+$ended
+END
+}
+
+what_nobody_imported_is_not_lost() {
+    usage_of 42 >$saved
+    start_and_settle
+    ask activate on
+    ask profile add 3
+    transcript >/dev/null
+    $init stop
+    check "the old" 42 "$(used_in $saved.unrestored)"
+    check "the new" 0 "$(used_in $saved)"
+    check_transcript <<END
+$asked_status
+$exported
+utm_appd daemon.warning: what was used before the start has not been restored; keeping it as $saved.unrestored
+$was_saved
+$ended
+END
+}
+
+saving_can_be_asked_for() {
+    configure activate 1
+    usage_of 42 >$usage.elsewhere 2>/dev/null
+    start_and_settle
+    ask profile add 3
+    transcript >/dev/null
+    $init save
+    check "saved" "$(cat $usage)" "$(cat $saved)"
+    check "one daemon" 1 "$(daemon_pids | wc -l)"
+    check_transcript <<END
+$asked_status
+$exported
+$was_saved
+END
+}
+
+# A folder whose place is taken by a file cannot be written, not even by root.
+a_folder_that_cannot_be_written_keeps_nobody_from_stopping() {
+    configure activate 1 folder /etc/utm_appd/taken
+    touch /etc/utm_appd/taken
+    start_and_settle
+    transcript >/dev/null
+    $init stop
+    check_gone
+    check_transcript <<END
+$asked_status
+$exported
+utm_appd daemon.err: not saved: cannot write /etc/utm_appd/taken/app_usage.json
+$ended
+END
+}
+
+a_full_flash_leaves_the_old_copy() {
+    configure activate 1
+    mount -t tmpfs -o size=16k tmpfs /etc/utm_appd
+    usage_of 42 >$saved
+    start_and_settle
+    dd if=/dev/urandom of=/etc/utm_appd/full bs=1024 count=64 2>/dev/null ||
+        dd if=/proc/kallsyms of=/etc/utm_appd/full bs=1024 count=64 2>/dev/null
+    transcript >/dev/null
+    $init stop
+    check_gone
+    check "old" 42 "$(used_in $saved)"
+    check "files" "app_usage.json full" "$(ls -A /etc/utm_appd | xargs)"
+    check_transcript <<END
+$asked_status
+$exported
+utm_appd daemon.err: not saved: cannot write $saved
+$ended
+END
+    umount /etc/utm_appd
+}
+
+a_crash_is_noticed_and_mended() {
+    configure activate 1
+    usage_of 42 >$saved
+    start_and_settle
+    killed=$(daemon_pids)
+    transcript >/dev/null
+    kill -KILL "$killed"
+    until_true 20 told "restored what was used"
+    check "used" 42 "$(used_today)"
+    check "another" "1 other" "$(daemon_pids | grep -vx "$killed" | wc -l) other"
+    check_transcript <<END
+utm_appd daemon.err: utm_appd is gone; what it had blocked stays blocked until its limits come back
+procd: the instance has ended with status 1
+utm_appd daemon.notice: utm_appd has started
+$switched_on
+$asked_status
+$restored
+END
+}
+
+a_watch_that_was_killed_finds_the_daemon_again() {
+    start_and_settle
+    ask activate on
+    before=$(daemon_pids)
+    transcript >/dev/null
+    kill -KILL "$(pidof utm_appd_watch)"
+    until_true 10 told "watching it as it is"
+    check "the same daemon" "$before" "$(daemon_pids)"
+    $init stop
+    check_gone
+    check_transcript <<END
+procd: the instance has ended with status 137
+utm_appd daemon.warning: utm_appd runs already: watching it as it is
+$asked_status
+$exported
+$was_saved
+$ended
+END
+}
+
+# As when procd itself ends the instance, or when the system goes down without the script.
+sigterm_to_the_watch_is_a_stop() {
+    configure activate 1
+    start_and_settle
+    transcript >/dev/null
+    kill -KILL "$(cat /test/procd.pid)"
+    kill -TERM "$(pidof utm_appd_watch)"
+    until_true 10 told "has ended"
+    until_true 10 no_watch
+    check_gone
+    check_transcript <<END
+$asked_status
+$exported
+$was_saved
+$ended
+END
+}
+
+no_watch() {
+    ! pidof utm_appd_watch >/dev/null
+}
+
+a_daemon_without_a_watch_is_stopped_as_well() {
+    /usr/sbin/utm_appd
+    until_true 10 /usr/bin/utm_appctl ping
+    $init stop
+    check_gone
+    check_transcript <<END
+$asked_status
+utm_appd daemon.info: limits are switched off: nothing to save
+$ended
+END
+}
+
+a_socket_that_cannot_be_bound_is_reported() {
+    mkdir -p /dev/utm_app_config_socket/taken
+    $init start &
+    until_true 10 told "status 1"
+    kill -KILL "$(cat /test/procd.pid)"
+    sed -i '/^procd: [crst]/d' /test/transcript
+    echo "procd: the instance has ended with status 1" >>/test/transcript
+    check "none" "" "$(daemon_pids)"
+    sort -u /test/transcript >/test/sorted
+    mv /test/sorted /test/transcript
+    rm -rf /dev/utm_app_config_socket
+    kill $! 2>/dev/null
+    check_transcript <<END
+procd: the instance has ended with status 1
+utm_appd daemon.err: utm_appd did not start: its socket could not be bound
+END
+}
+
+a_stop_when_nothing_runs_does_nothing() {
+    $init stop
+    check "status" 0 $?
+    check_transcript </dev/null
+}
+
+a_second_start_and_a_reload_change_nothing() {
+    start_and_settle
+    before=$(daemon_pids)
+    transcript >/dev/null
+    $init start
+    $init reload
+    check "the same daemon" "$before" "$(daemon_pids)"
+    told_again="$(echo "$started" | sed '$d')
+procd: unchanged, left alone"
+    printf '%s\n' "$told_again" "$told_again" | check_transcript
+}
+
+a_second_watch_refuses() {
+    start_and_settle
+    transcript >/dev/null
+    utm_appd_watch run
+    check "status" 1 $?
+    check "one daemon" 1 "$(daemon_pids | wc -l)"
+    echo "utm_appd daemon.err: already watched by process N" | check_transcript
+}
+
+a_restart_keeps_what_was_used() {
+    configure activate 1
+    usage_of 42 >$saved
+    start_and_settle
+    before=$(daemon_pids)
+    $init restart
+    until_true 10 [ ! -e $pending ]
+    check "used" 42 "$(used_today)"
+    check "another" "1 other" "$(daemon_pids | grep -vx "$before" | wc -l) other"
+}
+
+the_feed_s_own_test_passes() {
+    check "client" "utm_appctl $VERSION" "$(sh /test/test.sh utm_appctl "$VERSION")"
+    check "client of another version" 1 "$(sh /test/test.sh utm_appctl 9.9.9 >/dev/null; echo $?)"
+    check "daemon" "limits     off 0" "$(sh /test/test.sh utm_appd "$VERSION" | xargs -0 printf '%s' | tr '\n' ' ')$?"
+    check_gone
+}
+
+if [ $# = 0 ]; then
+    set -- $(sed -n 's/^\([a-z_]*\)() {$/\1/p' "$0" | sed -n '/^a_fresh_start/,$p' |
+        grep -vx 'come_between\|no_watch')
+fi
+for name in "$@"; do
+    case_of "$name"
+done
+[ "$failures" = 0 ]

@@ -1,0 +1,1 @@
+# The SDK's file of this name runs CMake; the test has a build of its own.
