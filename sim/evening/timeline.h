@@ -18,9 +18,7 @@ struct timeline {
 /// Colours are for terminals, and only where nobody asked to leave them out.
 timeline timeline_open(bool fast);
 
-/// @param meaning  what the line amounts to, in plain words; may be empty. It gets a line of its
-/// own
-///                 where both together would be too long.
+/// @param meaning  in plain words; may be empty. On a line of its own when both are too long
 void timeline_say(const timeline &out, time_t when, voice who, const std::string &text,
                   const std::string &meaning = {});
 

@@ -6,7 +6,6 @@
 #include "client/temporary_file.h"
 #include "client/verbs.h"
 
-#include <csignal>
 #include <cstdio>
 
 namespace {
@@ -38,8 +37,6 @@ ctl_exit ctl_import(const ctl_call &call) {
 }
 
 ctl_exit ctl_report(const ctl_call &call) {
-    // A reader that goes away must not take us with it, and leave the file behind.
-    signal(SIGPIPE, SIG_IGN);
     if (call.operand_count == 0)
         return report_now(call);
     return ctl_write_report(stdout, call.operands[0], call.names);

@@ -33,6 +33,7 @@ struct app_history {
 
 struct history {
     const unit_t *unit;
+    time_t now; ///< what "ago" counts from, for every chart alike
     ctl_growing<app_history> apps = {};
 
     /// @return all applications together
@@ -90,9 +91,8 @@ time_t now() {
 }
 
 /// Names a day that is so many days ago. Counted from noon: days of 23 and 25 hours exist.
-void fill_day(ctl_cell *label, size_t ago) {
-    const time_t time = now();
-    tm day = *localtime(&time);
+void fill_day(ctl_cell *label, time_t now, size_t ago) {
+    tm day = *localtime(&now);
     day.tm_hour = 12;
     const time_t then = mktime(&day) - static_cast<time_t>(ago) * day_seconds;
     strftime(label->text, sizeof label->text, "%a %e %b", localtime(&then));
@@ -111,7 +111,7 @@ ctl_exit print_chart(const ctl_call &call, const history &of, const app_history 
         const size_t ago = of.unit->periods - 1 - i;
         ctl_bar bar = {.label = {}, .minutes = app.minutes[i], .is_present = ago == 0};
         if (of.unit == &units[0])
-            fill_day(&bar.label, ago);
+            fill_day(&bar.label, of.now, ago);
         else
             fill_week(&bar.label, ago);
         if (!bars.add(bar))
@@ -150,7 +150,7 @@ ctl_exit print_json(const ctl_call &call, int32_t id, const history &of) {
 } // namespace
 
 ctl_exit ctl_show_history(const ctl_call &call, int32_t profile_id) {
-    history of = {.unit = unit_of(call.options)};
+    history of = {.unit = unit_of(call.options), .now = now()};
     if (of.unit == nullptr)
         return CTL_USAGE;
     const ctl_exit status = read_history(call, profile_id, &of);

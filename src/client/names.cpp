@@ -59,6 +59,13 @@ ctl_exit read_lines(FILE *file, const char *path, ctl_app_names *names) {
 
 } // namespace
 
+/// The file that is read unless told is a convenience: where it is of no use, applications go by
+/// their numbers.
+static ctl_exit unreadable(const char *path, const char *wanted, const char *reason) {
+    ctl_say("cannot read the applications' names from %s: %s", wanted, reason);
+    return path == nullptr ? CTL_DONE : CTL_USAGE;
+}
+
 ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
     const char *wanted = path != nullptr ? path : ctl_names_path;
     // A pipe would keep us waiting, and a device might never end.
@@ -67,14 +74,10 @@ ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
     if (!is_there && path == nullptr && errno == ENOENT)
         return CTL_DONE;
     if (is_there && !S_ISREG(status.st_mode))
-        return ctl_fail(CTL_USAGE,
-                        "cannot read the applications' names from %s: it is no regular "
-                        "file",
-                        wanted);
+        return unreadable(path, wanted, "it is no regular file");
     const ctl_file file(is_there ? fopen(wanted, "re") : nullptr);
     if (file == nullptr)
-        return ctl_fail(CTL_USAGE, "cannot read the applications' names from %s: %s", wanted,
-                        strerror(errno));
+        return unreadable(path, wanted, strerror(errno));
     return read_lines(file.get(), wanted, names);
 }
 

@@ -1,6 +1,5 @@
 #include "client/options.h"
 
-#include "client/arguments.h"
 #include "client/message.h"
 #include "client/names.h"
 #include "client/text.h"
@@ -28,7 +27,7 @@ constexpr option_row rows[] = {
     {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw with plain ASCII"},
     {CTL_OPTION_NAMES, "names", 'n', required_argument, " FILE",
      "names of applications: lines of \"305 video\""},
-    {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today; charts one by one"},
+    {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today; with charts, each its own"},
     {CTL_OPTION_DAY, "day", 0, required_argument, " N",
      "applications on the day N days ago, 0 to 30"},
     {CTL_OPTION_WEEK, "week", 0, required_argument, " N",
@@ -39,7 +38,7 @@ constexpr option_row rows[] = {
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
      "the daemon's socket, if it has another"},
     {CTL_OPTION_TIMEOUT, "timeout", 't', required_argument, " SECONDS",
-     "wait so long for an answer, 1 to 3600; else 30"},
+     "how long each answer may take, to 3600; else 30"},
     {CTL_OPTION_HELP, "help", 'h', no_argument, "", "what this is and how to use it"},
     {CTL_OPTION_VERSION, "version", 'V', no_argument, "", "the version"},
 };
@@ -91,14 +90,16 @@ bool take_option(const option_row &row, ctl_options *options) {
     }
 }
 
-ctl_exit unknown_option(const char *word) {
-    const bool is_number = word[1] >= '0' && word[1] <= '9';
-    return ctl_fail(
-        CTL_USAGE,
-        is_number
-            ? "\"%s\" is no option; in front of a negative number put --"
-            : "\"%s\" is no option, or its value is missing or too much; see utm_appctl --help",
-        word);
+/// @param value  what getopt_long answered: a colon where a value is missing
+ctl_exit unknown_option(const char *word, int value) {
+    if (value == ':')
+        return ctl_fail(CTL_USAGE, "\"%s\" needs a value; see utm_appctl --help", word);
+    if (optopt >= first_value)
+        return ctl_fail(CTL_USAGE, "\"%s\": this option takes no value", word);
+    if (word[1] >= '0' && word[1] <= '9')
+        return ctl_fail(CTL_USAGE, "\"%s\" is no option; in front of a negative number put --",
+                        word);
+    return ctl_fail(CTL_USAGE, "\"%s\" is no option; see utm_appctl --help", word);
 }
 
 /// `--history` may do without its word, so the library does not look for it behind a blank.
@@ -147,7 +148,7 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
         }
         const option_row *row = row_of(value);
         if (row == nullptr)
-            return unknown_option(argv[word]);
+            return unknown_option(argv[word], value);
         if (!take_option(*row, options))
             return CTL_USAGE;
         unit_may_follow = row->bit == CTL_OPTION_HISTORY && optarg == nullptr;

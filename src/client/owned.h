@@ -11,16 +11,12 @@
 struct ctl_release {
     void operator()(json_object *document) const { json_object_put(document); }
     void operator()(FILE *file) const { fclose(file); }
-    void operator()(void *memory) const { free(memory); }
 };
 
 /// Owns one reference to a document.
 using ctl_json = std::unique_ptr<json_object, ctl_release>;
 /// Owns an open stream.
 using ctl_file = std::unique_ptr<FILE, ctl_release>;
-/// Owns one allocation of `malloc` and its kin.
-template <typename T>
-using ctl_heap = std::unique_ptr<T, ctl_release>;
 
 /// Owns a descriptor.
 class ctl_descriptor {

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <clocale>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -48,9 +47,10 @@ ctl_exit wrong_use(const ctl_verb &verb) {
 }
 
 /// Help was asked for: of everything, of a noun, or of a verb.
-ctl_exit give_help(const ctl_options &options) {
-    const char *noun = options.operands.empty() ? nullptr : options.operands[0];
-    const char *word = options.operands.size() > 1 ? options.operands[1] : nullptr;
+/// @param first  the operand that the verb begins with: behind the word "help", if that is how
+ctl_exit give_help(const ctl_options &options, size_t first) {
+    const char *noun = options.operands.size() > first ? options.operands[first] : nullptr;
+    const char *word = options.operands.size() > first + 1 ? options.operands[first + 1] : nullptr;
     if (noun == nullptr) {
         ctl_write_help(stdout);
         return CTL_DONE;
@@ -95,8 +95,9 @@ ctl_exit dispatch(const ctl_options &options) {
         puts("utm_appctl " UTM_APPCTL_VERSION);
         return CTL_DONE;
     }
-    if (options.has(CTL_OPTION_HELP))
-        return give_help(options);
+    const bool is_help = !options.operands.empty() && strcmp(options.operands[0], "help") == 0;
+    if (options.has(CTL_OPTION_HELP) || is_help)
+        return give_help(options, is_help ? 1 : 0);
     if (options.operands.empty()) {
         ctl_write_help(stderr);
         return CTL_USAGE;

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-inline constexpr int ctl_table_columns = 5;
+inline constexpr int ctl_table_columns = 3;
 
 struct ctl_cell {
     char text[ctl_name_size + 16];

@@ -73,13 +73,15 @@ ctl_exit ctl_temporary_file::make() {
     const char *parent = getenv("TMPDIR");
     if (parent == nullptr || parent[0] != '/')
         parent = "/tmp";
+    for (const int signal_number : {SIGHUP, SIGINT, SIGTERM})
+        remove_on(signal_number);
+    // A reader that goes away ends the output, not the program before it has cleaned up.
+    signal(SIGPIPE, SIG_IGN);
     if (!make_folder(parent)) {
         folder[0] = '\0';
         return ctl_fail(CTL_BROKEN, "cannot make a folder in %s (%s); name another with TMPDIR",
                         parent, strerror(errno));
     }
-    for (const int signal_number : {SIGHUP, SIGINT, SIGTERM})
-        remove_on(signal_number);
     if (!make_file())
         return ctl_fail(CTL_BROKEN, "cannot make %s (%s); name another folder with TMPDIR", file,
                         strerror(errno));

@@ -13,8 +13,8 @@ constexpr char bad_limit[] = "there is no such profile, or the limit is not 1m t
 constexpr ctl_verb verbs[] = {
     {"The daemon", "ping", nullptr, "", "ask whether the daemon answers", 0, 0, 0, nullptr,
      ctl_ping},
-    {nullptr, "status", nullptr, "", "show whether limits are enforced and logged", 0, 0,
-     CTL_OPTION_JSON, nullptr, ctl_status},
+    {nullptr, "status", nullptr, "", "show whether limits are enforced", 0, 0, CTL_OPTION_JSON,
+     nullptr, ctl_status},
     {nullptr, "activate", nullptr, "on|off", "enforce limits, or let everything pass", 1, 1, 0,
      nullptr, ctl_activate},
     {nullptr, "debug", nullptr, "on|off", "have the daemon log what it does", 1, 1, 0, nullptr,
@@ -48,20 +48,20 @@ constexpr ctl_verb verbs[] = {
     {nullptr, "extend", "reset", "ID", "take today's bonus back", 1, 1, 0, no_profile,
      ctl_extend_reset},
 
-    {"What was used", "usage", nullptr, "ID", "show what a profile used (see its --help)", 1, 1,
+    {"What was used", "usage", nullptr, "ID", "show what a profile used, in many ways", 1, 1,
      usage_options, no_profile, ctl_usage},
     {nullptr, "report", nullptr, "[PATH]", "write a page (HTML), as of now or of a file", 0, 1,
      CTL_OPTION_NAMES,
-     "limits are switched off (activate on), or it cannot write to the temporary folder",
+     "limits are switched off (activate on enforces them), or it cannot write to the temporary "
+     "folder",
      ctl_report},
 
     {"Applications", "policy", "create", "POLICY", "create a policy, without rules", 1, 1, 0,
      "there is such a policy already, or its number is not 1 or more", ctl_policy_create},
-    {nullptr, "policy", "rule", "POLICY APP=RULE...", "limit or block applications, or no longer",
-     2, many, CTL_OPTION_NAMES, "there is no such policy; policy create creates it",
-     ctl_policy_rule},
+    {nullptr, "policy", "rule", "POLICY APP=RULE...", "limit, block or free applications", 2, many,
+     CTL_OPTION_NAMES, "there is no such policy; policy create creates it", ctl_policy_rule},
     {nullptr, "policy", "bind", "ID POLICY", "give a profile a policy, for good", 2, 2, 0,
-     "profile or policy do not exist, or one of them is bound already", ctl_policy_bind},
+     "the profile or the policy does not exist, or one of them is bound already", ctl_policy_bind},
     {nullptr, "policy", "clear", "POLICY", "remove all rules of a policy", 1, 1, 0,
      "there is no such policy", ctl_policy_clear},
     {nullptr, "signature", "load", "PATH", "have the DPI engine learn applications", 1, 1, 0,
@@ -73,11 +73,13 @@ constexpr ctl_verb verbs[] = {
     {nullptr, "interval", "set", "MINUTES", "set how often it is written", 1, 1, 0,
      "an interval is one minute or more", ctl_interval_set},
     {nullptr, "export", nullptr, "PATH", "have the daemon write what was used", 1, 1, 0,
-     "limits are switched off (activate on), or it cannot write there; is the folder there, and is "
+     "limits are switched off (activate on enforces them), or it cannot write there; is the folder "
+     "there, and is "
      "there room?",
      ctl_export},
     {nullptr, "import", nullptr, "PATH", "have the daemon read such a file", 1, 1, 0,
-     "limits are switched off (activate on), or the file is missing, damaged or from the future",
+     "limits are switched off (activate on enforces them), or the file is missing, damaged or from "
+     "the future",
      ctl_import},
 };
 

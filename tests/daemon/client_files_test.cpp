@@ -36,12 +36,15 @@ fs::path only_one_in(const fs::path &folder) {
 /// The C libraries' words for it differ.
 const std::string TOO_LONG = IS_EMULATED ? "Filename too long" : "File name too long";
 
-constexpr char NOT_WRITTEN[] = "the daemon refused: limits are switched off (activate on), or it "
-                               "cannot write there; is the folder there, and is there room?";
-constexpr char NOT_READ[] = "the daemon refused: limits are switched off (activate on), or the "
-                            "file is missing, damaged or from the future";
-constexpr char NO_REPORT[] = "the daemon refused: limits are switched off (activate on), or it "
-                             "cannot write to the temporary folder";
+constexpr char NOT_WRITTEN[] =
+    "the daemon refused: limits are switched off (activate on enforces them), or it "
+    "cannot write there; is the folder there, and is there room?";
+constexpr char NOT_READ[] =
+    "the daemon refused: limits are switched off (activate on enforces them), or the "
+    "file is missing, damaged or from the future";
+constexpr char NO_REPORT[] =
+    "the daemon refused: limits are switched off (activate on enforces them), or it "
+    "cannot write to the temporary folder";
 
 /// @return the names in a folder
 std::vector<std::string> names_in(const char *folder) {

@@ -28,7 +28,7 @@ appctl_end no_rule(const std::string &text) {
 }
 
 constexpr char BOUND_ALREADY[] =
-    "the daemon refused: profile or policy do not exist, or one of them is bound already";
+    "the daemon refused: the profile or the policy does not exist, or one of them is bound already";
 
 } // namespace
 

@@ -64,7 +64,7 @@ appctl_end wrong(const ctl_verb &verb, const std::string &message) {
 
 constexpr char COMMON_OPTIONS[] =
     R"(  -s, --socket PATH              the daemon's socket, if it has another
-  -t, --timeout SECONDS          wait so long for an answer, 1 to 3600; else 30
+  -t, --timeout SECONDS          how long each answer may take, to 3600; else 30
   -h, --help                     what this is and how to use it
   -V, --version                  the version
 )";
@@ -74,7 +74,7 @@ Asks the daemon that keeps a family's internet time.
 
 The daemon
   ping                            ask whether the daemon answers
-  status                          show whether limits are enforced and logged
+  status                          show whether limits are enforced
   activate on|off                 enforce limits, or let everything pass
   debug on|off                    have the daemon log what it does
 
@@ -96,12 +96,12 @@ Time limits
   extend reset ID                 take today's bonus back
 
 What was used
-  usage ID                        show what a profile used (see its --help)
+  usage ID                        show what a profile used, in many ways
   report [PATH]                   write a page (HTML), as of now or of a file
 
 Applications
   policy create POLICY            create a policy, without rules
-  policy rule POLICY APP=RULE...  limit or block applications, or no longer
+  policy rule POLICY APP=RULE...  limit, block or free applications
   policy bind ID POLICY           give a profile a policy, for good
   policy clear POLICY             remove all rules of a policy
   signature load PATH             have the DPI engine learn applications
@@ -116,13 +116,13 @@ Options; VERB --help tells which go with a verb
   -j, --json                     print one JSON document
   -a, --ascii                    draw with plain ASCII
   -n, --names FILE               names of applications: lines of "305 video"
-      --apps                     applications today; charts one by one
+      --apps                     applications today; with charts, each its own
       --day N                    applications on the day N days ago, 0 to 30
       --week N                   applications in the week N weeks ago, 0 to 3
       --month                    applications in this month
       --history [days|weeks]     a chart: today and 30 days before, or 4 weeks
   -s, --socket PATH              the daemon's socket, if it has another
-  -t, --timeout SECONDS          wait so long for an answer, 1 to 3600; else 30
+  -t, --timeout SECONDS          how long each answer may take, to 3600; else 30
   -h, --help                     what this is and how to use it
   -V, --version                  the version
 
@@ -251,21 +251,23 @@ TEST(client_wrong_use, a_noun_needs_one_of_its_words) {
     EXPECT_EQ(appctl({"limit", "raise", "--help"}), unknown);
 }
 
+TEST(client_wrong_use, help_may_be_asked_for_as_a_word) {
+    EXPECT_EQ(appctl({"help"}), appctl({"--help"}));
+    EXPECT_EQ(appctl({"help", "limit"}), appctl({"limit", "--help"}));
+    EXPECT_EQ(appctl({"help", "limit", "set"}), appctl({"limit", "set", "--help"}));
+    EXPECT_EQ(appctl({"help", "pong"}), appctl({"pong"}));
+}
+
 TEST(client_wrong_use, an_unknown_option_is_named) {
-    for (const char *option : {"--jsonn", "-x", "-jx", "--json=yes"})
-        EXPECT_EQ(
-            appctl({"status", option}),
-            fails(
-                2,
-                "\"" + std::string(option) +
-                    "\" is no option, or its value is missing or too much; see utm_appctl --help"));
+    for (const char *option : {"--jsonn", "-x", "-jx"})
+        EXPECT_EQ(appctl({"status", option}),
+                  fails(2, "\"" + std::string(option) + "\" is no option; see utm_appctl --help"));
     for (const char *lacking : {"-s", "--socket", "-t", "--timeout"})
         EXPECT_EQ(
             appctl({"status", lacking}),
-            fails(
-                2,
-                "\"" + std::string(lacking) +
-                    "\" is no option, or its value is missing or too much; see utm_appctl --help"));
+            fails(2, "\"" + std::string(lacking) + "\" needs a value; see utm_appctl --help"));
+    EXPECT_EQ(appctl({"status", "--json=yes"}),
+              fails(2, "\"--json=yes\": this option takes no value"));
 }
 
 TEST(client_wrong_use, a_timeout_is_a_second_to_an_hour) {

@@ -150,13 +150,18 @@ TEST(ClientOptions, KeepTheirNumbers) {
 }
 
 TEST(ClientOptions, ThatDoNotExistAreNamed) {
-    for (const char *word : {"-x", "--nonsense", "-jx", "--json=1", "-s", "--timeout", "--a"}) {
-        const parsed line({"usage", word});
-        EXPECT_EQ(line.status, CTL_USAGE) << word;
-        EXPECT_EQ(
-            line.said,
-            "utm_appctl: \"" + std::string(word) +
-                "\" is no option, or its value is missing or too much; see utm_appctl --help\n");
+    const std::pair<const char *, const char *> cases[] = {
+        {"-x", "\" is no option; see utm_appctl --help"},
+        {"--nonsense", "\" is no option; see utm_appctl --help"},
+        {"-jx", "\" is no option; see utm_appctl --help"},
+        {"--a", "\" is no option; see utm_appctl --help"}, // --ascii or --apps
+        {"--json=1", "\": this option takes no value"},
+        {"-s", "\" needs a value; see utm_appctl --help"},
+        {"--timeout", "\" needs a value; see utm_appctl --help"}};
+    for (const auto &given : cases) {
+        const parsed line({"usage", given.first});
+        EXPECT_EQ(line.status, CTL_USAGE) << given.first;
+        EXPECT_EQ(line.said, "utm_appctl: \"" + std::string(given.first) + given.second + "\n");
     }
     const parsed negative({"profile", "add", "-3"});
     EXPECT_EQ(negative.status, CTL_USAGE);

@@ -51,7 +51,7 @@ files_of() {
 
 common_files="755 ./etc/init.d/utm_appd
 755 ./usr/bin/utm_appctl"
-substitute_file="755 ./usr/lib/utm_appd/libqvutm_notify.so"
+substitute_file="755 ./usr/lib/libqvutm_notify.so"
 daemon_files="755 ./usr/sbin/utm_appd
 755 ./usr/sbin/utm_appd_watch"
 config_file="600 ./etc/config/utm_appd"
