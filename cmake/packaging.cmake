@@ -10,10 +10,10 @@ install(TARGETS utm_appctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/utm_appctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES completion/utm_appctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-# The pages keep their places to each other, so that their links work.
+# The pages keep their places to each other, so that links among them work.
 install(FILES README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-file(GLOB pages CONFIGURE_DEPENDS docs/*.md)
-install(FILES ${pages} docs/demo.png DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.png)
+install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
 
 # The substitute is no library for others: it has a folder of its own, which only the daemon knows,
 # relative to itself so that the whole tree may be moved.

@@ -12,4 +12,8 @@ utm_appd)
     utm_appd_watch wait && utm_appctl status | grep "limits *off" &&
         utm_appd_watch stop && ! utm_appctl ping 2>/dev/null
     ;;
+*)
+    echo "no such package: $1" >&2
+    exit 1
+    ;;
 esac

@@ -175,7 +175,9 @@ a_fresh_start_creates_the_folder_and_waits_for_the_socket() {
     check "answers" 0 "$(ask ping; echo $?)"
     check "folder" "" "$(ls -A /tmp/ApplicationData)"
     check "one daemon" 1 "$(daemon_pids | wc -l)"
-    echo "$started" | check_transcript
+    check_transcript <<END
+$started
+END
 }
 
 a_save_and_a_stop_save_what_was_used_and_a_stop_lifts_blocks() {
@@ -509,17 +511,47 @@ a_second_start_and_a_reload_change_nothing() {
     check "the same daemon" "$before" "$(daemon_pids)"
     told_again="$(echo "$started" | sed '$d')
 procd: unchanged, left alone"
-    printf '%s\n' "$told_again" "$told_again" | check_transcript
+    check_transcript <<END
+$told_again
+$told_again
+END
     utm_appd_watch run
     check "a second watch" 1 $?
     check "the same daemon" "$before" "$(daemon_pids)"
-    echo "utm_appd daemon.err: already watched by process N" | check_transcript
+    check_transcript <<END
+utm_appd daemon.err: already watched by process N
+END
+}
+
+a_group_fences_the_socket() {
+    configure group 100
+    start_and_settle
+    check "who may" "srw-rw---- 0 100" "$(stat -c '%A %u %g' /dev/utm_app_config_socket)"
+    echo "$started" >/tmp/started
+    check_transcript </tmp/started
+}
+
+a_time_that_is_no_number_keeps_nobody_from_stopping() {
+    configure stop_seconds 60s
+    start_and_settle
+    transcript >/dev/null
+    $init stop
+    check_gone
+    check_transcript <<END
+utm_appd daemon.warning: stop_seconds is no number: taking 60
+$asked_status
+utm_appd daemon.info: limits are switched off: nothing to save
+utm_appd daemon.warning: stop_seconds is no number: taking 60
+$ended
+END
 }
 
 the_feed_s_own_test_passes() {
     check "client" "utm_appctl $VERSION" "$(sh /test/test.sh utm_appctl "$VERSION")"
     check "client of another version" 1 "$(sh /test/test.sh utm_appctl 9.9.9 >/dev/null; echo $?)"
-    check "daemon" "limits     off 0" "$(sh /test/test.sh utm_appd "$VERSION" | xargs -0 printf '%s' | tr '\n' ' ')$?"
+    said=$(sh /test/test.sh utm_appd "$VERSION")
+    check "daemon" "limits     off 0" "$said $?"
+    check "another package" 1 "$(sh /test/test.sh other "$VERSION"; echo $?)"
     check_gone
 }
 
