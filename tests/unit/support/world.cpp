@@ -147,7 +147,7 @@ int __wrap_gettimeofday(timeval *now, void *) {
 
 int __wrap_sysinfo(struct sysinfo *info) {
     if (state.sysinfo_result == 0)
-        info->uptime = state.uptime;
+        info->uptime = static_cast<decltype(info->uptime)>(state.uptime); // unsigned in musl
     return state.sysinfo_result;
 }
 
