@@ -25,7 +25,8 @@ using ctl_app_names = ctl_growing<ctl_app_name>;
 
 /// Reads a file of names.
 /// @param path  null: `ctl_names_path`, which need not exist
-/// @return CTL_DONE, or what to end with; said why. One that was not named never ends anything
+/// @return CTL_DONE, or what to end with; said why. One that was not named and
+///         cannot be opened is told and left out
 [[nodiscard]] ctl_exit ctl_read_names(const char *path, ctl_app_names *names);
 
 /// @return the application's name, or null
