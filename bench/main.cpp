@@ -60,11 +60,7 @@ bool print_all(ratio_reporter *reporter) {
 
 int main(int argc, char **argv) {
     const bool check = take_option(&argc, argv, "--check");
-    std::string why;
-    if (!sim_enter_private_namespaces({UTM_BUILD_DIR}, &why)) {
-        fprintf(stderr, "%s\n", why.c_str());
-        return 2;
-    }
+    sim_enter_sandbox(argv, {UTM_BUILD_DIR});
     stay_on_one_processor();
     // The servers first: each is a fork of a process that has no thread and no store yet.
     std::vector<std::unique_ptr<round_trip_t>> round_trips;

@@ -40,7 +40,7 @@ void run(benchmark::State &state, const std::string &path, const canned_t &canne
 } // namespace
 
 round_trip_t::round_trip_t(const household_size_t &size)
-    : size_(size), socket_path_(std::string("/dev/daemon-") + size.name),
+    : size_(size), socket_path_(std::string("/tmp/daemon-") + size.name),
       minimal_path_(std::string("/tmp/minimal-") + size.name),
       streaming_path_(std::string("/tmp/streaming-") + size.name) {
     daemon_.start_daemon(size);

@@ -49,16 +49,14 @@ int main(int argc, char **argv) {
     if (argc > 1 && !fast)
         return fail("usage: utm_evening [--fast]");
     setenv("TZ", TIME_ZONE, 1);
-    // Those of the caller's may name a folder that is out of sight, and a wide terminal.
-    setenv("TMPDIR", "/tmp", 1);
+    // The caller's terminal may be a wide one.
     setenv("COLUMNS", "80", 1);
-    // Read before the sandbox hides the directory it may be in.
-    const std::string scenario_text = sim_read_file(UTM_EVENING_SCENARIO);
+    // The source stays in sight too: the scenario is there, and sanitizers' suppressions.
+    sim_enter_sandbox(argv, {UTM_SOURCE_DIR, sim_build_directory()});
+    puts(sim_sandbox_way().c_str());
     std::string why;
     stage set = {.out = timeline_open(fast)};
-    // The source stays in sight too: sanitizers read their suppressions from it.
-    if (!sim_enter_private_namespaces({UTM_SOURCE_DIR, sim_build_directory()}, &why) ||
-        !stage_open(&set, scenario_text, "16:59", &why))
+    if (!stage_open(&set, sim_read_file(UTM_EVENING_SCENARIO), "16:59", &why))
         return fail(why);
     play(&set);
     return finish(&set);

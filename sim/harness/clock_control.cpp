@@ -1,6 +1,6 @@
 #include "sim/harness/clock_control.h"
 
-#include "sim/harness/clock_page.h"
+#include "sim/preload/clock_page.h"
 
 #include <fcntl.h>
 #include <new>
@@ -31,6 +31,19 @@ bool sim_clock_create(sim_clock *clock, const std::string &path, time_t start) {
     clock->page = new (mapped) sim_clock_page{};
     clock->page->now.store(start);
     clock->page->controller.store(getpid());
+    return true;
+}
+
+bool sim_clock_attach(sim_clock *clock, const std::string &path) {
+    const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    void *mapped = mmap(nullptr, sizeof(sim_clock_page), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    close(fd);
+    if (mapped == MAP_FAILED)
+        return false;
+    clock->path = path;
+    clock->page = static_cast<sim_clock_page *>(mapped);
     return true;
 }
 

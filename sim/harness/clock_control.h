@@ -1,5 +1,5 @@
 #pragma once
-/// The controller of the virtual clock that libsimclock.so gives to a program.
+/// The controller of the virtual clock that libsimpreload.so gives to a program.
 
 #include "sim/harness/files.h"
 
@@ -22,6 +22,9 @@ struct sim_clock {
 
 /// Creates the page's file, with the clock standing at `start`.
 [[nodiscard]] bool sim_clock_create(sim_clock *clock, const std::string &path, time_t start);
+
+/// Opens the page of a clock that another process created, which stays its owner.
+[[nodiscard]] bool sim_clock_attach(sim_clock *clock, const std::string &path);
 
 /// @return what the program's `gettimeofday` answers now, in seconds since the epoch
 time_t sim_clock_now(const sim_clock &clock);

@@ -1,6 +1,7 @@
 #include "sim/harness/daemon_process.h"
 
-#include "sim/harness/clock_page.h"
+#include "sim/harness/preload.h"
+#include "sim/preload/clock_page.h"
 
 #include <csignal>
 #include <cstdio>
@@ -13,33 +14,13 @@
 
 namespace {
 
-void add_to_variable(const char *name, const std::string &text) {
-    const char *old = getenv(name);
-    std::string value = old != nullptr && *old != '\0' ? std::string(old) + ":" + text : text;
-    setenv(name, value.c_str(), 1);
-}
-
-/// A sanitized daemon must accept the clock library before its runtime, and report to a file.
+/// A sanitized daemon's standard error is the null device, so its runtime reports to a file.
 void set_sanitizer_options(const std::string &router_dir) {
-    std::string log = "log_path=" + router_dir + "/sanitizer";
-    add_to_variable("ASAN_OPTIONS", "verify_asan_link_order=0:" + log);
-    add_to_variable("UBSAN_OPTIONS", "print_stacktrace=1:" + log);
-    add_to_variable("TSAN_OPTIONS", log);
-}
-
-/// Preloads the clock library by a name next to the clock: the loader takes a blank or a colon in
-/// a path of LD_PRELOAD for the end of it, and a build directory's path may hold either.
-void set_clock(const sim_clock &clock, const std::string &library) {
-    const std::string link = clock.path + ".so";
-    std::error_code none_yet;
-    // One that is right stays: programs that a running daemon starts go by it.
-    if (std::filesystem::read_symlink(link, none_yet) != library) {
-        unlink(link.c_str());
-        if (symlink(library.c_str(), link.c_str()) != 0)
-            perror(link.c_str());
-    }
-    setenv(SIM_CLOCK_VARIABLE, clock.path.c_str(), 1);
-    setenv("LD_PRELOAD", link.c_str(), 1);
+    const std::string log = "log_path=" + sim_outside(router_dir) + "/sanitizer";
+    sim_accept_preload();
+    sim_add_to_variable("ASAN_OPTIONS", ':', log);
+    sim_add_to_variable("UBSAN_OPTIONS", ':', "print_stacktrace=1:" + log);
+    sim_add_to_variable("TSAN_OPTIONS", ':', log);
 }
 
 pid_t launch(const sim_daemon_options &options) {
@@ -47,9 +28,10 @@ pid_t launch(const sim_daemon_options &options) {
     if (pid != 0)
         return pid;
     sim_set_environment(options);
+    setenv(SIM_SLEEPER_VARIABLE, "1", 1);
     if (options.in_child)
         options.in_child();
-    sim_become({options.binary});
+    sim_exec({options.binary});
 }
 
 pid_t parent_of(pid_t pid) {
@@ -102,8 +84,9 @@ void sim_set_environment(const sim_daemon_options &options) {
     setenv("TZ", options.time_zone.c_str(), 1);
     setenv("UTM_SIM_DIR", options.router_dir.c_str(), 1);
     set_sanitizer_options(options.router_dir);
+    sim_preload(options.preload, options.router_dir + "/preload.so");
     if (options.clock != nullptr)
-        set_clock(*options.clock, options.clock_library);
+        setenv(SIM_CLOCK_VARIABLE, options.clock->path.c_str(), 1);
     for (const auto &[name, value] : options.environment)
         setenv(name.c_str(), value.c_str(), 1);
 }
@@ -112,7 +95,7 @@ sim_daemon_options sim_built_options(const std::string &router_dir) {
     return {.binary = SIM_BUILT_DAEMON,
             .stand_ins = SIM_BUILT_STAND_INS,
             .router_dir = router_dir,
-            .clock_library = SIM_BUILT_CLOCK};
+            .preload = SIM_TESTED_PRELOAD};
 }
 
 std::string sim_build_directory() {

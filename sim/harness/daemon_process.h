@@ -13,12 +13,12 @@
 
 /// Where everything is, and what the daemon is to believe.
 struct sim_daemon_options {
-    std::string binary = {};        ///< the daemon
-    std::string stand_ins = {};     ///< directory that goes first on its PATH
-    std::string router_dir = {};    ///< the simulated router's directory (UTM_SIM_DIR)
-    std::string time_zone = "UTC";  ///< TZ
-    sim_clock *clock = nullptr;     ///< null: real time
-    std::string clock_library = {}; ///< libsimclock.so, needed with `clock`
+    std::string binary = {};       ///< the daemon
+    std::string stand_ins = {};    ///< directory that goes first on its PATH
+    std::string router_dir = {};   ///< the simulated router's directory (UTM_SIM_DIR)
+    std::string time_zone = "UTC"; ///< TZ
+    sim_clock *clock = nullptr;    ///< null: real time
+    std::string preload = {};      ///< libsimpreload.so, built for the daemon's machine
     /// Set last, so these may replace any of the above.
     std::vector<std::pair<std::string, std::string>> environment = {};
     /// Run in the new process just before it becomes the daemon.

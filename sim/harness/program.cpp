@@ -56,15 +56,15 @@ sim_patience patience_until(moment deadline) {
     return {std::max(left, milliseconds(0))};
 }
 
-[[noreturn]] void become(const std::vector<std::string> &command_line,
-                         const std::function<void()> &in_child, int out, int err) {
+[[noreturn]] void exec_child(const std::vector<std::string> &command_line,
+                             const std::function<void()> &in_child, int out, int err) {
     int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
     if (in_child)
         in_child();
-    sim_become(command_line);
+    sim_exec(command_line);
 }
 
 /// Reads a piece; at the end, or when it cannot go on, the end is closed.
@@ -97,17 +97,25 @@ void collect(int *out, int *err, sim_outcome *of, moment deadline) {
 
 } // namespace
 
-void sim_become(const std::vector<std::string> &command_line) {
+[[noreturn]] static void exec_through(const char *emulator,
+                                      const std::vector<std::string> &command_line) {
     std::vector<char *> arguments;
-    static char emulator[] = SIM_EMULATOR;
     if (emulator[0] != '\0')
-        arguments.push_back(emulator);
+        arguments.push_back(const_cast<char *>(emulator));
     for (const std::string &word : command_line)
         arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);
     execvp(arguments[0], arguments.data());
     perror(arguments[0]);
     _exit(127);
+}
+
+void sim_exec(const std::vector<std::string> &command_line) {
+    exec_through(SIM_EMULATOR, command_line);
+}
+
+void sim_exec_own(const std::vector<std::string> &command_line) {
+    exec_through(SIM_OWN_EMULATOR, command_line);
 }
 
 sim_exit sim_reap(pid_t pid, sim_patience patience) {
@@ -126,7 +134,7 @@ sim_outcome sim_run(const std::vector<std::string> &command_line,
     if (pid < 0)
         return outcome;
     if (pid == 0)
-        become(command_line, in_child, out.write, err.write);
+        exec_child(command_line, in_child, out.write, err.write);
     pipe_ends::close_end(&out.write);
     pipe_ends::close_end(&err.write);
     collect(&out.read, &err.read, &outcome, deadline);

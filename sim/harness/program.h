@@ -18,9 +18,13 @@ struct sim_exit {
 /// Waits for a child of ours to end.
 sim_exit sim_reap(pid_t pid, sim_patience patience = {});
 
-/// Becomes a program of this build, through an emulator where the build is for another machine.
+/// Replaces this process by one of the programs that are tested, through an emulator where they are
+/// for another machine.
 /// @param command_line  the program, by its path, and its arguments
-[[noreturn]] void sim_become(const std::vector<std::string> &command_line);
+[[noreturn]] void sim_exec(const std::vector<std::string> &command_line);
+
+/// The same with a program that was built like this one: where this one is emulated, so is that.
+[[noreturn]] void sim_exec_own(const std::vector<std::string> &command_line);
 
 /// What a program said, and how it ended.
 struct sim_outcome {

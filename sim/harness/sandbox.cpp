@@ -1,156 +1,93 @@
 #include "sim/harness/sandbox.h"
 
-#include <cerrno>
+#include "sim/harness/sandbox_mounts.h"
+#include "sim/harness/sandbox_redirection.h"
+
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
-/// Something of the old /tmp or /dev that is put back into the new one.
-struct kept_path {
-    std::string path;
-    int fd;
-    bool is_directory;
-};
+enum class sandbox_way { mounts, redirection };
 
-bool fail(std::string *why, const std::string &what) {
-    *why = what + ": " + strerror(errno);
-    return false;
+[[noreturn]] void refuse(const std::string &why) {
+    fprintf(stderr, "%s: no sandbox: %s\n", program_invocation_short_name, why.c_str());
+    exit(1);
 }
 
-bool is_under(const std::string &path, const std::string &directory) {
-    return path.compare(0, directory.size() + 1, directory + "/") == 0;
-}
-
-bool write_proc(const char *path, const std::string &text) {
-    int fd = open(path, O_WRONLY | O_CLOEXEC);
-    if (fd < 0)
+/// Tries it in a child: nobody comes back from a namespace that was entered halfway.
+bool allows_mounts(const std::vector<std::string> &keep) {
+    const pid_t child = fork();
+    if (child < 0)
         return false;
-    bool written = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    close(fd);
-    return written;
-}
-
-/// Everybody stays who they are: the daemon's files then belong to the user who runs it.
-bool map_identity(uid_t uid, gid_t gid) {
-    std::string user = std::to_string(uid);
-    std::string group = std::to_string(gid);
-    return write_proc("/proc/self/setgroups", "deny") &&
-           write_proc("/proc/self/uid_map", user + " " + user + " 1") &&
-           write_proc("/proc/self/gid_map", group + " " + group + " 1");
-}
-
-bool unshare_mounts(std::string *why) {
-    uid_t uid = geteuid();
-    gid_t gid = getegid();
-    if (unshare(CLONE_NEWNS) == 0)
-        return true;
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) {
-        if (map_identity(uid, gid))
-            return true;
-        return fail(why, "cannot map this user into a new user namespace");
+    if (child == 0) {
+        std::string why;
+        _exit(sim_enter_mount_namespace(keep, &why) ? 0 : 1);
     }
-    return fail(why, "a private /tmp and /dev need a mount namespace, which this system allows "
-                     "neither directly nor in a user namespace; run as root (in a container: with "
-                     "CAP_SYS_ADMIN), or allow unprivileged user namespaces");
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-std::string real_path(const std::string &path) {
-    char resolved[PATH_MAX];
-    return realpath(path.c_str(), resolved) != nullptr ? resolved : std::string();
+sandbox_way choose(const std::vector<std::string> &keep) {
+    const char *wanted = getenv(SIM_SANDBOX_VARIABLE);
+    if (wanted == nullptr || wanted[0] == '\0')
+        return allows_mounts(keep) ? sandbox_way::mounts : sandbox_way::redirection;
+    if (strcmp(wanted, "mounts") == 0)
+        return sandbox_way::mounts;
+    if (strcmp(wanted, "redirection") == 0)
+        return sandbox_way::redirection;
+    refuse(std::string(SIM_SANDBOX_VARIABLE) + " is neither \"mounts\" nor \"redirection\"");
 }
 
-/// Opened in the new namespace: a descriptor of the old one could not be mounted from.
-bool hold(const std::string &path, std::vector<kept_path> *held, std::string *why) {
-    int fd = open(path.c_str(), O_PATH | O_CLOEXEC);
-    struct stat status = {};
-    if (fd < 0 || fstat(fd, &status) != 0)
-        return fail(why, "cannot keep " + path);
-    held->push_back({path, fd, S_ISDIR(status.st_mode)});
-    return true;
+bool is_below(const std::string &path, const std::string &folder) {
+    return path.compare(0, folder.size() + 1, folder + "/") == 0;
 }
 
-bool hold_all(const std::vector<std::string> &keep, std::vector<kept_path> *held,
-              std::string *why) {
+/// @return the paths without links, and the working directory among them
+std::vector<std::string> resolved(const std::vector<std::string> &keep) {
+    std::vector<std::string> paths;
+    char path[PATH_MAX];
     for (const std::string &wanted : keep) {
-        std::string path = real_path(wanted);
-        if (path.empty() || path == "/tmp" || path == "/dev") {
-            *why =
-                "cannot keep " + wanted + ": it is missing, or all of a directory that is hidden";
-            return false;
-        }
-        if ((is_under(path, "/tmp") || is_under(path, "/dev")) && !hold(path, held, why))
-            return false;
+        if (realpath(wanted.c_str(), path) == nullptr)
+            refuse("cannot keep " + wanted + ": " + strerror(errno));
+        paths.push_back(path);
     }
-    // daemon(3) insists on the real null device; sanitizers and shells want the others.
-    for (const char *device : {"null", "zero", "full", "random", "urandom"})
-        if (!hold(std::string("/dev/") + device, held, why))
-            return false;
-    return true;
+    const char *directory = getcwd(path, sizeof(path));
+    if (directory != nullptr && (is_below(path, "/tmp") || is_below(path, "/dev")))
+        paths.push_back(path);
+    else if (directory == nullptr || strcmp(path, "/tmp") == 0 || strcmp(path, "/dev") == 0)
+        if (chdir("/") != 0)
+            refuse(std::string("cannot leave the working directory: ") + strerror(errno));
+    return paths;
 }
 
-bool make_parents(const std::string &path) {
-    for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1))
-        if (mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST)
-            return false;
-    return true;
-}
-
-bool make_mount_point(const kept_path &kept) {
-    if (!make_parents(kept.path))
-        return false;
-    if (kept.is_directory)
-        return mkdir(kept.path.c_str(), 0755) == 0 || errno == EEXIST;
-    int fd = open(kept.path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0)
-        return false;
-    close(fd);
-    return true;
-}
-
-bool put_back(const kept_path &kept, std::string *why) {
-    std::string source = "/proc/self/fd/" + std::to_string(kept.fd);
-    if (!make_mount_point(kept) ||
-        mount(source.c_str(), kept.path.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
-        return fail(why, "cannot keep " + kept.path);
-    close(kept.fd);
-    return true;
-}
-
-bool mount_fresh(const char *path, const char *mode, std::string *why) {
-    if (mount("tmpfs", path, "tmpfs", MS_NOSUID, mode) == 0)
-        return true;
-    return fail(why, std::string("cannot mount a fresh ") + path);
-}
-
-/// A working directory below the old /tmp would still be the machine's: go to the kept one of the
-/// same name, or to the root.
-bool return_to(const std::string &directory) {
-    return (!directory.empty() && chdir(directory.c_str()) == 0) || chdir("/") == 0;
+void enter(char **arguments, const std::vector<std::string> &keep) {
+    std::string why;
+    if (choose(keep) == sandbox_way::mounts) {
+        if (!sim_enter_mount_namespace(keep, &why))
+            refuse(why);
+        return;
+    }
+    sim_enter_redirection(arguments, keep, &why);
+    refuse(why);
 }
 
 } // namespace
 
-bool sim_enter_private_namespaces(const std::vector<std::string> &keep, std::string *why) {
-    std::vector<kept_path> held;
-    std::string directory = real_path(".");
-    if (!unshare_mounts(why))
-        return false;
-    // Before anything is mounted, or the machine would see it too.
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-        return fail(why, "cannot make the mounts private");
-    if (!hold_all(keep, &held, why) || !mount_fresh("/tmp", "mode=1777", why) ||
-        !mount_fresh("/dev", "mode=0755", why))
-        return false;
-    for (const kept_path &kept : held)
-        if (!put_back(kept, why))
-            return false;
-    return return_to(directory) || fail(why, "cannot leave the old working directory");
+void sim_enter_sandbox(char **arguments, std::vector<std::string> keep) {
+    std::string why;
+    if (!sim_is_redirected())
+        enter(arguments, resolved(keep));
+    else if (!sim_check_redirection(&why))
+        refuse(why);
+    // That of the caller may name a folder that is out of sight.
+    setenv("TMPDIR", "/tmp", 1);
+}
+
+std::string sim_sandbox_way() {
+    return sim_is_redirected() ? "Sandbox: redirected paths" : "Sandbox: a mount namespace";
 }

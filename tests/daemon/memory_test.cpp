@@ -28,7 +28,7 @@ struct empty_program {
         pid = fork();
         if (pid == 0) {
             dup2(said[1], STDOUT_FILENO);
-            sim_become({UTM_EMPTY});
+            sim_exec({UTM_EMPTY});
         }
         close(said[1]);
         char word = 0;

@@ -1,20 +1,16 @@
 #include "tests/daemon/support/appctl.h"
 
-#include "sim/harness/clock_page.h"
+#include "sim/preload/clock_page.h"
+#include "sim/harness/preload.h"
 #include "sim/harness/program.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr char TERMINALS[] = "/dev/pts";
 
 /// Both ends of a terminal that leaves line ends as they are.
 struct terminal {
@@ -28,7 +24,7 @@ struct terminal {
         const auto width = static_cast<unsigned short>(columns);
         const winsize size = {.ws_row = 24, .ws_col = width, .ws_xpixel = 0, .ws_ypixel = 0};
         termios mode = {};
-        ours = open("/dev/pts/ptmx", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        ours = open("/dev/ptmx", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
         ioctl(ours, TIOCSPTLCK, &unlocked);
         theirs = ioctl(ours, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
         tcgetattr(theirs, &mode);
@@ -62,14 +58,10 @@ void set_environment(const appctl_setting &setting) {
     setenv("TERM", "xterm", 1);
     setenv("LC_ALL", "C", 1);
     setenv("TZ", "UTC", 1);
-    if (!setting.clock_path.empty()) {
-        // A sanitizer's runtime must accept the clock library in front of it.
-        const char *asan = getenv("ASAN_OPTIONS");
-        const std::string before = asan != nullptr ? std::string(asan) + ":" : "";
-        setenv("ASAN_OPTIONS", (before + "verify_asan_link_order=0").c_str(), 1);
+    sim_accept_preload();
+    sim_preload(UTM_PRELOAD, "/tmp/preload.so");
+    if (!setting.clock_path.empty())
         setenv(SIM_CLOCK_VARIABLE, setting.clock_path.c_str(), 1);
-        setenv("LD_PRELOAD", (setting.clock_path + ".so").c_str(), 1);
-    }
     for (const auto &[name, value] : setting.environment)
         setenv(name.c_str(), value.c_str(), 1);
 }
@@ -116,8 +108,9 @@ appctl_end fails(int status, const std::string &message) {
 }
 
 bool have_terminals() {
-    static const bool mounted = (mkdir(TERMINALS, 0755) == 0 || errno == EEXIST) &&
-                                mount("devpts", TERMINALS, "devpts", MS_NOSUID | MS_NOEXEC,
-                                      "newinstance,ptmxmode=0666") == 0;
-    return mounted;
+    const int terminal = open("/dev/ptmx", O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const bool have_one = terminal >= 0;
+    if (have_one)
+        close(terminal);
+    return have_one;
 }

@@ -138,7 +138,7 @@ void daemon_test::SetUp() {
     options.binary = UTM_DAEMON;
     options.stand_ins = UTM_STAND_INS;
     options.router_dir = ROUTER_DIR;
-    options.clock_library = UTM_CLOCK_LIBRARY;
+    options.preload = UTM_PRELOAD;
 }
 
 void daemon_test::TearDown() {

@@ -18,20 +18,15 @@ void keep_descriptors_to_ourselves() {
     }
 }
 
-class private_machine : public testing::Environment {
-public:
-    void SetUp() override {
-        std::string why;
-        keep_descriptors_to_ourselves();
-        // The sources are kept for the sanitizers' suppressions, which the daemon reads at start.
-        ASSERT_TRUE(sim_enter_private_namespaces({UTM_SOURCE_DIR, UTM_BUILD_DIR}, &why)) << why;
-    }
-};
-
 } // namespace
 
 int main(int argc, char **argv) {
+    // Listing the tests needs no sandbox; the build does so, wherever it is.
+    if (argc < 2 || std::string(argv[1]) != "--gtest_list_tests") {
+        keep_descriptors_to_ourselves();
+        // The sources are kept for the sanitizers' suppressions, which the daemon reads at start.
+        sim_enter_sandbox(argv, {UTM_SOURCE_DIR, UTM_BUILD_DIR});
+    }
     testing::InitGoogleTest(&argc, argv);
-    testing::AddGlobalTestEnvironment(new private_machine);
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,4 @@
-/// Part of libsimclock.so: looks for leaks when the daemon ends.
+/// Part of libsimpreload.so: looks for leaks when the daemon ends.
 ///
 /// LeakSanitizer looks when `exit` runs the handlers of the program's end. The daemon leaves with
 /// `_exit`, because its other thread is still at work, so the look is taken here. In a program

@@ -7,6 +7,10 @@
 /// Names the page's file to the clock library; unset, the library passes every call on.
 inline constexpr char SIM_CLOCK_VARIABLE[] = "UTM_SIM_CLOCK";
 
+/// Set for the daemon alone: its `sleep` takes the time that passes. In other programs of the same
+/// world `sleep` is real, and only `gettimeofday` tells the virtual time.
+inline constexpr char SIM_SLEEPER_VARIABLE[] = "UTM_SIM_SLEEPER";
+
 /// Time passes only while a program sleeps: the controller grants seconds, the sleeper takes them
 /// one at a time and moves the clock by each one it takes. So the program's n-th second starts at
 /// the same virtual time in every run, however busy the machine is.

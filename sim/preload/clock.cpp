@@ -1,4 +1,4 @@
-/// libsimclock.so: preloaded into a program, it puts `sleep` and `gettimeofday` under the control
+/// Part of libsimpreload.so: puts `sleep` and `gettimeofday` under the control
 /// of a virtual clock (clock_page.h).
 ///
 /// Only these two: they are all that the daemon's tick depends on (and leak_check.cpp, in the same
@@ -6,7 +6,7 @@
 /// time. The programs that the daemon starts inherit the preload, so it needs nothing but libc and
 /// does nothing before it is called.
 
-#include "sim/harness/clock_page.h"
+#include "sim/preload/clock_page.h"
 
 #include <cerrno>
 #include <csignal>
@@ -103,7 +103,8 @@ unsigned simclock_sleep(unsigned seconds) __asm__("sleep");
 int simclock_gettimeofday(timeval *now, void *zone) __asm__("gettimeofday");
 
 __attribute__((visibility("default"))) unsigned simclock_sleep(unsigned seconds) {
-    if (sim_clock_page *clock = page())
+    sim_clock_page *clock = page();
+    if (clock != nullptr && getenv(SIM_SLEEPER_VARIABLE) != nullptr)
         return virtual_sleep(clock, seconds);
     return next<unsigned (*)(unsigned)>("sleep")(seconds);
 }
