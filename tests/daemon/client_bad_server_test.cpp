@@ -8,22 +8,7 @@
 
 namespace {
 
-constexpr char SOCKET[] = "/tmp/fake_socket";
-constexpr uint8_t DATA = UTM_APP_CONFIG_STATUS_DATA;
 constexpr char TOO_LONG[] = "the daemon's list is too long, or memory has run out";
-constexpr char NO_PROFILE[] =
-    "the daemon refused: there is no such profile; profile add creates it";
-
-/// Runs the client against the fake server, with time enough for a slow machine.
-appctl_end ask_fake(std::vector<std::string> words) {
-    words.insert(words.end(), {"-s", SOCKET, "-t", "60"});
-    return appctl(words, {}, {std::chrono::seconds(90)});
-}
-
-/// A service that sends these bytes in one write and closes.
-fake_service sends(const std::string &bytes) {
-    return [bytes](int fd, const std::string &) { put(fd, bytes); };
-}
 
 std::string status_reply(uint8_t status) {
     return wire_of({.status = status});
@@ -60,7 +45,7 @@ const appctl_end WEEK = done("DAY        MINUTES  TIME\n"
 
 TEST(client_bad_server, a_reply_may_come_byte_by_byte) {
     const std::string reply = wire_of({.status = 0, .activate = 1});
-    const fake_server server(SOCKET, [&reply](int fd, const std::string &) {
+    const fake_server server(FAKE_SOCKET, [&reply](int fd, const std::string &) {
         for (const char byte : reply)
             if (!put(fd, std::string(1, byte)) || (&byte != &reply.back() && !is_consumed(fd)))
                 return;
@@ -69,12 +54,12 @@ TEST(client_bad_server, a_reply_may_come_byte_by_byte) {
 }
 
 TEST(client_bad_server, a_list_may_come_in_one_piece) {
-    const fake_server server(SOCKET, sends(week_of_limits()));
+    const fake_server server(FAKE_SOCKET, sends(week_of_limits()));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
 }
 
 TEST(client_bad_server, pieces_need_not_end_where_replies_do) {
-    const fake_server server(SOCKET, [](int fd, const std::string &) {
+    const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string bytes = week_of_limits();
         for (size_t at = 0; at < bytes.size(); at += 1000)
             if (!put(fd, bytes.substr(at, 1000)) || (at + 1000 < bytes.size() && !is_consumed(fd)))
@@ -84,17 +69,17 @@ TEST(client_bad_server, pieces_need_not_end_where_replies_do) {
 }
 
 TEST(client_bad_server, what_comes_behind_the_end_is_not_read) {
-    const fake_server one(SOCKET, sends(status_reply(0) + status_reply(1)));
+    const fake_server one(FAKE_SOCKET, sends(status_reply(0) + status_reply(1)));
     EXPECT_EQ(ask_fake({"ping"}), done());
 }
 
 TEST(client_bad_server, a_list_behind_its_end_is_not_read) {
-    const fake_server list(SOCKET, sends(week_of_limits() + week_of_limits()));
+    const fake_server list(FAKE_SOCKET, sends(week_of_limits() + week_of_limits()));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
 }
 
 TEST(client_bad_server, a_connection_closed_at_once_is_a_broken_reply) {
-    const fake_server server(SOCKET, sends(""));
+    const fake_server server(FAKE_SOCKET, sends(""));
     EXPECT_EQ(ask_fake({"ping"}), closed_without_reply(0));
     EXPECT_EQ(ask_fake({"usage", "3", "--history"}), closed_without_reply(37));
     EXPECT_EQ(ask_fake({"signature", "load", "/tmp/a"}), closed_without_reply(46));
@@ -102,7 +87,7 @@ TEST(client_bad_server, a_connection_closed_at_once_is_a_broken_reply) {
 
 TEST(client_bad_server, a_reply_that_breaks_off_is_not_used) {
     for (const int count : {1, 135, 136, 137, 831}) {
-        const fake_server server(SOCKET,
+        const fake_server server(FAKE_SOCKET,
                                  sends(status_reply(0).substr(0, static_cast<size_t>(count))));
         EXPECT_EQ(ask_fake({"ping"}), closed_after(count));
         EXPECT_EQ(ask_fake({"status", "--json"}), closed_after(count));
@@ -112,7 +97,7 @@ TEST(client_bad_server, a_reply_that_breaks_off_is_not_used) {
 
 TEST(client_bad_server, a_list_that_breaks_off_prints_nothing) {
     const std::string entry = wire_of({.status = DATA, .app_id = 305, .app_minutes = 9});
-    const fake_server server(SOCKET, sends(entry + entry + entry.substr(0, 100)));
+    const fake_server server(FAKE_SOCKET, sends(entry + entry + entry.substr(0, 100)));
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), closed_after(100));
     EXPECT_EQ(ask_fake({"usage", "3", "--history"}), closed_after(100));
 }
@@ -123,16 +108,16 @@ TEST(client_bad_server, the_short_reply_of_a_failed_load_is_a_refusal) {
                  "there, and is it one of its kind?");
     const std::string reply = status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED);
     {
-        const fake_server server(SOCKET, sends(reply.substr(0, 136)));
+        const fake_server server(FAKE_SOCKET, sends(reply.substr(0, 136)));
         EXPECT_EQ(ask_fake({"signature", "load", "/tmp/a"}), refused);
         EXPECT_EQ(ask_fake({"ping"}), closed_after(136)) << "nothing else has one";
     }
-    const fake_server server(SOCKET, sends(reply.substr(0, 135)));
+    const fake_server server(FAKE_SOCKET, sends(reply.substr(0, 135)));
     EXPECT_EQ(ask_fake({"signature", "load", "/tmp/a"}), closed_after(135));
 }
 
 TEST(client_bad_server, an_unknown_status_is_a_broken_reply) {
-    const fake_server server(SOCKET, sends(status_reply(7)));
+    const fake_server server(FAKE_SOCKET, sends(status_reply(7)));
     const appctl_end unknown = fails(4, "the daemon's reply has the unknown status 7: do both "
                                         "programs come from the same version?");
     EXPECT_EQ(ask_fake({"ping"}), unknown);
@@ -140,20 +125,21 @@ TEST(client_bad_server, an_unknown_status_is_a_broken_reply) {
 }
 
 TEST(client_bad_server, a_list_is_no_answer_to_a_single_question) {
-    const fake_server server(SOCKET, sends(status_reply(DATA) + status_reply(0)));
+    const fake_server server(FAKE_SOCKET, sends(status_reply(DATA) + status_reply(0)));
     EXPECT_EQ(ask_fake({"ping"}), fails(4, "the daemon began a list where one reply was expected: "
                                            "do both programs come from the same version?"));
 }
 
 TEST(client_bad_server, a_list_that_ends_with_a_refusal_prints_nothing) {
     const std::string entries = status_reply(DATA) + status_reply(DATA);
-    const fake_server server(SOCKET, sends(entries + status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
+    const fake_server server(FAKE_SOCKET,
+                             sends(entries + status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), fails(1, NO_PROFILE));
     EXPECT_EQ(ask_fake({"usage", "3", "--apps", "--json"}), fails(1, NO_PROFILE));
 }
 
 TEST(client_bad_server, a_history_that_ends_with_a_refusal_prints_nothing) {
-    const fake_server server(SOCKET, [](int fd, const std::string &request) {
+    const fake_server server(FAKE_SOCKET, [](int fd, const std::string &request) {
         const bool is_history = request[0] == UTM_APP_CONFIG_GET_PREV_DAY_USAGE;
         put(fd, is_history ? status_reply(DATA) + status_reply(1) : status_reply(0));
     });
@@ -165,12 +151,12 @@ TEST(client_bad_server, a_week_of_more_than_seven_days_is_not_believed) {
     std::string bytes;
     for (int i = 0; i < 8; ++i)
         bytes += entry;
-    const fake_server server(SOCKET, sends(bytes + status_reply(0)));
+    const fake_server server(FAKE_SOCKET, sends(bytes + status_reply(0)));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), fails(4, TOO_LONG));
 }
 
 TEST(client_bad_server, a_list_without_end_is_given_up) {
-    const fake_server server(SOCKET, [](int fd, const std::string &) {
+    const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string entry = wire_of({.status = DATA, .app_id = 305, .app_minutes = 1});
         while (put(fd, entry)) {
         }
@@ -181,13 +167,13 @@ TEST(client_bad_server, a_list_without_end_is_given_up) {
 }
 
 TEST(client_bad_server, a_refusal_that_never_should_be_is_told) {
-    const fake_server server(SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
+    const fake_server server(FAKE_SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
     EXPECT_EQ(ask_fake({"ping"}), fails(1, "the daemon refused: it never should; do both programs "
                                            "come from the same version?"));
 }
 
 TEST(client_bad_server, only_a_signature_can_fail_to_load) {
-    const fake_server server(SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED)));
+    const fake_server server(FAKE_SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED)));
     EXPECT_EQ(ask_fake({"limit", "show", "3"}),
               fails(4, "the daemon's reply has the unknown status 255: do both programs come from "
                        "the same version?"));

@@ -8,18 +8,6 @@
 
 namespace {
 
-constexpr char SOCKET[] = "/tmp/fake_socket";
-constexpr uint8_t DATA = UTM_APP_CONFIG_STATUS_DATA;
-
-appctl_end ask_fake(std::vector<std::string> words) {
-    words.insert(words.end(), {"-s", SOCKET});
-    return appctl(words);
-}
-
-fake_service sends(const std::string &bytes) {
-    return [bytes](int fd, const std::string &) { put(fd, bytes); };
-}
-
 /// A reply to whatever is asked, with this figure wherever a single reply has minutes.
 std::string single_reply(int32_t value) {
     return wire_of({.minutes = value});
@@ -35,7 +23,7 @@ std::string list_of(const std::vector<fake_reply> &entries) {
 } // namespace
 
 TEST(client_extremes, the_largest_minutes_add_up) {
-    const fake_server server(SOCKET, sends(single_reply(INT32_MAX)));
+    const fake_server server(FAKE_SOCKET, sends(single_reply(INT32_MAX)));
     EXPECT_EQ(ask_fake({"usage", "3"}), done("today       2147483647    35791394h7m\n"
                                              "this week   4294967294   71582788h14m\n"
                                              "this month  6442450941  107374182h21m\n"
@@ -49,7 +37,7 @@ TEST(client_extremes, the_largest_minutes_add_up) {
 }
 
 TEST(client_extremes, the_smallest_minutes_add_up) {
-    const fake_server server(SOCKET, sends(single_reply(INT32_MIN)));
+    const fake_server server(FAKE_SOCKET, sends(single_reply(INT32_MIN)));
     EXPECT_EQ(ask_fake({"usage", "3", "-j"}),
               done(R"({"profile":3,"today":-2147483648,"week":-4294967296,"month":-6442450944,)"
                    R"("enabled":true,"limit":-2147483648,"extend":-2147483648,"left":0})"
@@ -62,8 +50,9 @@ TEST(client_extremes, the_smallest_minutes_add_up) {
 
 TEST(client_extremes, weekdays_that_do_not_exist_have_no_name) {
     const fake_server server(
-        SOCKET, sends(list_of({{.status = DATA, .weekday = 99, .weekday_minutes = INT32_MAX},
-                               {.status = DATA, .weekday = -1, .weekday_minutes = INT32_MIN}})));
+        FAKE_SOCKET,
+        sends(list_of({{.status = DATA, .weekday = 99, .weekday_minutes = INT32_MAX},
+                       {.status = DATA, .weekday = -1, .weekday_minutes = INT32_MIN}})));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), done("DAY      MINUTES          TIME\n"
                                                        "?     2147483647   35791394h7m\n"
                                                        "?    -2147483648  -35791394h8m\n"));
@@ -76,7 +65,7 @@ TEST(client_extremes, weekdays_that_do_not_exist_have_no_name) {
 TEST(client_extremes, applications_of_any_number_add_up) {
     const fake_reply most = {.status = DATA, .app_id = INT32_MIN, .app_minutes = INT32_MAX};
     const fake_reply nothing = {.status = DATA};
-    const fake_server server(SOCKET, sends(list_of({most, most, nothing})));
+    const fake_server server(FAKE_SOCKET, sends(list_of({most, most, nothing})));
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), done("APPLICATION     MINUTES          TIME\n"
                                                        "-2147483648  2147483647   35791394h7m\n"
                                                        "-2147483648  2147483647   35791394h7m\n"
@@ -86,7 +75,7 @@ TEST(client_extremes, applications_of_any_number_add_up) {
 TEST(client_extremes, bars_are_drawn_for_what_was_used_alone) {
     const fake_reply entry = {
         .status = DATA, .app_id = -1, .history = {INT32_MAX, INT32_MIN, -1, 1}};
-    const fake_server server(SOCKET, sends(list_of({entry})));
+    const fake_server server(FAKE_SOCKET, sends(list_of({entry})));
     EXPECT_EQ(ask_fake({"usage", "3", "--history=weeks"}),
               done("3 weeks ago            1            1m  #\n"
                    "2 weeks ago           -1           -1m\n"
@@ -98,7 +87,7 @@ TEST(client_extremes, bars_are_drawn_for_what_was_used_alone) {
 TEST(client_extremes, a_history_of_the_largest_minutes_adds_up) {
     const fake_reply entry = {
         .status = DATA, .app_id = 305, .history = {INT32_MAX, 0, 0, INT32_MIN}};
-    const fake_server server(SOCKET, sends(list_of({entry, entry})));
+    const fake_server server(FAKE_SOCKET, sends(list_of({entry, entry})));
     EXPECT_EQ(
         ask_fake({"usage", "3", "--history=weeks", "-j"}),
         done(R"({"profile":3,"unit":"week","minutes":[-4294967296,0,0,4294967294],"applications":[)"

@@ -34,7 +34,7 @@ fs::path only_one_in(const fs::path &folder) {
 }
 
 /// The C libraries' words for it differ.
-const std::string TOO_LONG = IS_EMULATED ? "Filename too long" : "File name too long";
+const std::string NAME_TOO_LONG = IS_EMULATED ? "Filename too long" : "File name too long";
 
 constexpr char NOT_WRITTEN[] =
     "the daemon refused: limits are switched off (activate on enforces them), or it "
@@ -52,11 +52,6 @@ std::vector<std::string> names_in(const char *folder) {
     for (const auto &entry : fs::directory_iterator(folder))
         names.push_back(entry.path().filename().string());
     return names;
-}
-
-std::string empty_document(time_t now) {
-    return "{\"user_profile_list\":[],\"timestamp\":" + std::to_string(now) +
-           ",\"global_stat\":[]}";
 }
 
 } // namespace
@@ -183,7 +178,7 @@ TEST_F(client_files, a_report_without_a_folder_says_which) {
               fails(4, "cannot make a folder in /tmp/here/none (No such file or directory); name "
                        "another with TMPDIR"));
     EXPECT_EQ(ctl({"report"}, {.environment = {{"TMPDIR", too_long}}}),
-              fails(4, "cannot make a folder in " + too_long + " (" + TOO_LONG +
+              fails(4, "cannot make a folder in " + too_long + " (" + NAME_TOO_LONG +
                            "); name another with TMPDIR"));
     EXPECT_THAT(log_lines(), testing::IsEmpty());
 }

@@ -1,6 +1,7 @@
 /// The client's bar charts, over midnights.
 
 #include "tests/daemon/support/client_fixture.h"
+#include "tests/lib/needs.h"
 
 namespace {
 
@@ -75,8 +76,7 @@ TEST_F(client_history, a_utf_8_locale_gets_eighths_of_a_block) {
 }
 
 TEST_F(client_history, a_terminal_gets_colours_and_no_line_that_is_too_long) {
-    if (!have_terminals())
-        GTEST_SKIP() << "no terminals can be made here";
+    UTM_NEEDS("pseudo-terminals", have_terminals());
     use_three_days();
     const std::string narrow =
         chart("    0   0m", "  120   2h  \033[36m" + repeat("#", 18) + "\033[0m",
@@ -88,8 +88,7 @@ TEST_F(client_history, a_terminal_gets_colours_and_no_line_that_is_too_long) {
 }
 
 TEST_F(client_history, who_wants_no_colours_gets_none) {
-    if (!have_terminals())
-        GTEST_SKIP() << "no terminals can be made here";
+    UTM_NEEDS("pseudo-terminals", have_terminals());
     use_three_days();
     const std::vector<std::string> verb = {"usage", "3", "--history"};
 

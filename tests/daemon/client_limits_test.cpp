@@ -12,8 +12,6 @@ protected:
     }
 };
 
-constexpr char NO_PROFILE[] =
-    "the daemon refused: there is no such profile; profile add creates it";
 constexpr char BAD_LIMIT[] =
     "the daemon refused: there is no such profile, or the limit is not 1m to 24h";
 constexpr char BAD_BONUS[] =

@@ -19,8 +19,6 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-constexpr char SOCKET[] = "/tmp/fake_socket";
-
 appctl_end no_daemon(const std::string &path, const std::string &error) {
     return fails(3, "no daemon answers at " + path + " (" + error +
                         "): is it running? Another socket is named with -s");
@@ -32,7 +30,7 @@ const appctl_end TIMED_OUT =
 
 /// Runs the client with a second's patience and expects that this is what it had.
 appctl_end impatient(std::vector<std::string> words) {
-    words.insert(words.end(), {"-s", SOCKET, "-t", "1"});
+    words.insert(words.end(), {"-s", FAKE_SOCKET, "-t", "1"});
     const auto began = steady_clock::now();
     const appctl_end end = appctl(words);
     const auto took = steady_clock::now() - began;
@@ -77,22 +75,22 @@ TEST(client_no_answer, a_file_is_no_socket) {
 }
 
 TEST(client_no_answer, a_socket_that_a_daemon_left_behind_has_none) {
-    close(listen_at(SOCKET, 1));
-    EXPECT_EQ(appctl({"ping", "-s", SOCKET}), no_daemon(SOCKET, "Connection refused"));
-    unlink(SOCKET);
+    close(listen_at(FAKE_SOCKET, 1));
+    EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}), no_daemon(FAKE_SOCKET, "Connection refused"));
+    unlink(FAKE_SOCKET);
 }
 
 TEST(client_no_answer, a_socket_that_may_not_be_used_has_other_advice) {
-    const int listener = listen_at(SOCKET, 1);
-    chmod(SOCKET, 0);
+    const int listener = listen_at(FAKE_SOCKET, 1);
+    chmod(FAKE_SOCKET, 0);
 
-    EXPECT_EQ(appctl({"ping", "-s", SOCKET}, {.in_child = respect_permissions}),
-              fails(3, std::string("no daemon answers at ") + SOCKET +
+    EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}, {.in_child = respect_permissions}),
+              fails(3, std::string("no daemon answers at ") + FAKE_SOCKET +
                            " (Permission denied): ask the router's administrator for the right to "
                            "use it"));
 
     close(listener);
-    unlink(SOCKET);
+    unlink(FAKE_SOCKET);
 }
 
 TEST(client_no_answer, too_long_a_path_is_not_cut) {
@@ -116,28 +114,29 @@ TEST(client_no_answer, a_report_without_a_daemon_leaves_no_file_behind) {
 }
 
 TEST(client_no_answer, a_connection_closed_unread_is_a_broken_reply) {
-    const int listener = listen_at(SOCKET, 1);
+    const int listener = listen_at(FAKE_SOCKET, 1);
     std::thread closer([listener] { close(accept(listener, nullptr, nullptr)); });
 
-    EXPECT_EQ(appctl({"ping", "-s", SOCKET}),
+    EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}),
               fails(4,
                     "the daemon closed the connection without a reply: it does not serve command "
                     "0, or it is ending; try again"));
 
     closer.join();
     close(listener);
-    unlink(SOCKET);
+    unlink(FAKE_SOCKET);
 }
 
 TEST(client_no_answer, a_server_that_says_nothing_is_given_up) {
-    const fake_server server(SOCKET, [](int fd, const std::string &) { client_goes(fd, 20'000); });
+    const fake_server server(FAKE_SOCKET,
+                             [](int fd, const std::string &) { client_goes(fd, 20'000); });
     EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
     EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
     EXPECT_EQ(impatient({"signature", "load", "/tmp/a"}), TIMED_OUT);
 }
 
 TEST(client_no_answer, a_server_that_stops_in_the_middle_is_given_up) {
-    const fake_server server(SOCKET, [](int fd, const std::string &) {
+    const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA, .weekday_minutes = 1}));
         client_goes(fd, 20'000);
     });
@@ -145,7 +144,7 @@ TEST(client_no_answer, a_server_that_stops_in_the_middle_is_given_up) {
 }
 
 TEST(client_no_answer, a_server_that_drips_is_given_up) {
-    const fake_server server(SOCKET, [](int fd, const std::string &) {
+    const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         while (put(fd, std::string(1, '\0')) && !client_goes(fd, 100)) {
         }
     });
@@ -154,7 +153,7 @@ TEST(client_no_answer, a_server_that_drips_is_given_up) {
 
 TEST(client_no_answer, a_list_of_nothing_without_end_is_given_up) {
     // The one entry of a profile that used nothing, again and again: it takes no memory.
-    const fake_server server(SOCKET, [](int fd, const std::string &) {
+    const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         while (put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA}))) {
         }
     });
@@ -162,9 +161,9 @@ TEST(client_no_answer, a_list_of_nothing_without_end_is_given_up) {
 }
 
 TEST(client_no_answer, a_queue_that_stays_full_is_given_up) {
-    const int listener = listen_at(SOCKET, 1);
+    const int listener = listen_at(FAKE_SOCKET, 1);
     sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
-    std::copy(std::begin(SOCKET), std::end(SOCKET), address.sun_path);
+    std::copy(std::begin(FAKE_SOCKET), std::end(FAKE_SOCKET), address.sun_path);
     const std::vector<int> fillers = fill_queue(address);
 
     EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
@@ -172,5 +171,5 @@ TEST(client_no_answer, a_queue_that_stays_full_is_given_up) {
     for (const int fd : fillers)
         close(fd);
     close(listener);
-    unlink(SOCKET);
+    unlink(FAKE_SOCKET);
 }

@@ -6,9 +6,6 @@ namespace {
 
 using client_people = client_test;
 
-constexpr char NO_PROFILE[] =
-    "the daemon refused: there is no such profile; profile add creates it";
-
 appctl_end no_number(const std::string &text) {
     return fails(2, "\"" + text + "\" is not a profile's number: give a whole number, such as 3");
 }

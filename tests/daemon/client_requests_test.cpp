@@ -8,16 +8,14 @@
 
 namespace {
 
-constexpr char SOCKET[] = "/tmp/fake_socket";
-
 using word_list = std::vector<std::string>;
 using request_list = std::vector<utm_app_config_cmd>;
 
 /// @return what the client sends to a server that says yes to everything
 std::vector<std::string> sent_by(word_list words) {
-    const fake_server server(SOCKET,
+    const fake_server server(FAKE_SOCKET,
                              [](int fd, const std::string &) { put(fd, wire_of({.status = 0})); });
-    words.insert(words.begin(), {"-s", SOCKET});
+    words.insert(words.begin(), {"-s", FAKE_SOCKET});
     const appctl_end end = appctl(words);
     EXPECT_EQ(end.status, 0) << end;
     return server.requests();

@@ -26,9 +26,6 @@ protected:
     }
 };
 
-constexpr char NO_PROFILE[] =
-    "the daemon refused: there is no such profile; profile add creates it";
-
 } // namespace
 
 TEST_F(client_usage, a_profile_without_a_limit_has_no_time_left_to_show) {

@@ -8,8 +8,6 @@ namespace {
 
 const sim_mac TABLET = sim_parse_mac("02:00:00:00:00:0A");
 const sim_mac PHONE = sim_parse_mac("02:00:00:00:00:0B");
-constexpr int OK = UTM_APP_CONFIG_STATUS_OK;
-constexpr int FAIL = UTM_APP_CONFIG_STATUS_FAIL;
 
 class daemon_commands : public daemon_test {
 protected:
@@ -21,10 +19,6 @@ protected:
         start_with_log();
     }
 };
-
-int load(const std::string &path) {
-    return ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
-}
 
 void visit_profiles() {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), OK);
@@ -181,8 +175,8 @@ Get usage for profile 9 failed because profile is not existed
 
 void visit_the_rest() {
     EXPECT_TRUE(sim_write_file("/tmp/good", "signature"));
-    EXPECT_EQ(load("/tmp/good"), OK);
-    EXPECT_EQ(load("/tmp/none"), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+    EXPECT_EQ(load_signature("/tmp/good"), OK);
+    EXPECT_EQ(load_signature("/tmp/none"), UTM_APP_CONFIG_STATUS_NOT_LOADED);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_STATUS}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 0}), FAIL);

@@ -4,6 +4,7 @@
 #include "sim/harness/sandbox_redirection.h"
 #include "tests/daemon/support/fixture.h"
 #include "tests/daemon/support/processes.h"
+#include "tests/lib/needs.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -17,8 +18,8 @@ using testing::IsEmpty;
 
 namespace {
 
-const sim_mac TABLET = sim_parse_mac("02:00:00:00:00:01");
-const sim_mac PHONE = sim_parse_mac("02:00:00:00:00:02");
+const sim_mac FIRST_DEVICE = sim_parse_mac("02:00:00:00:00:01");
+const sim_mac SECOND_DEVICE = sim_parse_mac("02:00:00:00:00:02");
 
 class daemon_life : public daemon_test {
 protected:
@@ -28,8 +29,8 @@ protected:
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 2}), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, TABLET)), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, PHONE)), 0);
+        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
+        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, SECOND_DEVICE)), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5}), 0);
         prescribe("reply.profile",
@@ -116,9 +117,9 @@ TEST_F(daemon_life, a_tick_queries_the_profiles_in_order_and_then_the_router) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 5}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 4}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, PHONE)), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, TABLET)), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, PHONE)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, SECOND_DEVICE)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, FIRST_DEVICE)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, SECOND_DEVICE)), 0);
 
     tick();
 
@@ -139,8 +140,7 @@ TEST_F(daemon_life, the_socket_answers_while_a_query_runs) {
 }
 
 TEST_F(daemon_life, an_interrupt_during_start_up_leads_straight_to_the_end) {
-    if (access("/proc/sys/fs/dir-notify-enable", F_OK) != 0)
-        GTEST_SKIP() << "this kernel cannot send a signal when a file appears";
+    UTM_NEEDS("directory-notifications", access("/proc/sys/fs/dir-notify-enable", F_OK) == 0);
     // The kernel interrupts the daemon the moment its socket appears.
     options.in_child = [] {
         const std::filesystem::path socket = sim_outside(UTM_APP_CONFIG_SOCKET_PATH);
@@ -161,7 +161,7 @@ TEST_F(daemon_life, an_interrupt_during_start_up_leads_straight_to_the_end) {
 TEST_F(daemon_life, an_interrupt_during_a_tick_lets_the_tick_finish) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, TABLET)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
     shut_gate("ubus");
     sim_clock_grant(&clock, 60);
     ASSERT_TRUE(wait_for_journal("ubus"));
@@ -216,7 +216,7 @@ TEST_F(daemon_life, the_end_is_logged_with_the_debug_log_off_too) {
 TEST_F(daemon_life, a_termination_signal_ends_it_without_the_closing_work) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, TABLET)), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
 
     ASSERT_TRUE(sim_daemon_signal(daemon, SIGTERM));
 

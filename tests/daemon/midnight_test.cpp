@@ -91,7 +91,7 @@ send event: unblock profile 1 to use network
 Block app 305 for profile 1 because 3 exceed 3
 )";
 
-utm_app_config_reply reply_to(const sim_request &request) {
+utm_app_config_reply first_reply(const sim_request &request) {
     const sim_answer answer = sim_ask(request);
     EXPECT_FALSE(answer.replies.empty());
     return answer.replies.empty() ? utm_app_config_reply{} : answer.replies.front();
@@ -111,12 +111,12 @@ TEST_F(daemon_midnight, an_evening_is_limited_to_the_minute_and_a_new_day_starts
 TEST_F(daemon_midnight, the_new_week_takes_saturday_into_the_month) {
     tick(12);
 
-    const auto usage = reply_to({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 1});
+    const auto usage = first_reply({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 1});
     EXPECT_EQ(usage.daily_used, 3) << "the first three minutes of Sunday's queries";
     EXPECT_EQ(usage.weekly_used, 0);
     EXPECT_EQ(usage.monthly_used, 6);
     const auto app =
-        reply_to({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 1, .arg1 = 1}); // yesterday
+        first_reply({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 1, .arg1 = 1}); // yesterday
     EXPECT_EQ(app.app_usage_app_id, 305);
     EXPECT_EQ(app.app_usage_value, 3);
 }
@@ -127,8 +127,8 @@ TEST_F(daemon_midnight, the_bonus_ends_with_its_day) {
 
     tick(10);
 
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 1}).extend, 0);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 1}).daily_limit, 90)
+    EXPECT_EQ(first_reply({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 1}).extend, 0);
+    EXPECT_EQ(first_reply({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 1}).daily_limit, 90)
         << "Sunday's own limit";
 }
 
@@ -142,5 +142,5 @@ TEST_F(daemon_midnight, midnight_is_the_local_one) {
 
     tick(12);
 
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 1}).extend, 2);
+    EXPECT_EQ(first_reply({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 1}).extend, 2);
 }

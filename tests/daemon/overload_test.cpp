@@ -14,8 +14,6 @@ namespace {
 /// Descriptors from this number on are not served.
 constexpr int FIRST_REFUSED = 128;
 
-const std::string PING = bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}));
-
 class daemon_overload : public daemon_test {
 protected:
     void TearDown() override {

@@ -70,10 +70,6 @@ std::vector<std::pair<int, int>> weekday_limits(int32_t profile_id) {
     return pairs;
 }
 
-int load(const std::string &path) {
-    return ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
-}
-
 } // namespace
 
 TEST_F(daemon_replies, a_profile_s_limits_are_what_was_set) {
@@ -159,7 +155,7 @@ TEST_F(daemon_replies, the_switches_and_the_interval_are_what_was_set) {
 TEST_F(daemon_replies, a_signature_is_loaded_when_any_line_says_so) {
     put_in_place_of_the_shell("echo 1; echo signature loaded today; echo 3; exit 1");
 
-    EXPECT_EQ(load("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_EQ(load_signature("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
 }
 
 TEST_F(daemon_replies, a_signature_is_not_loaded_when_no_line_says_so) {
@@ -175,21 +171,21 @@ TEST_F(daemon_replies, a_signature_is_not_loaded_when_no_line_says_so) {
 TEST_F(daemon_replies, a_shell_that_says_a_lot_is_read_to_its_end) {
     put_in_place_of_the_shell("echo loaded; yes '' | head -c 1000000; touch /tmp/said-it-all");
 
-    EXPECT_EQ(load("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
+    EXPECT_EQ(load_signature("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
     EXPECT_TRUE(std::filesystem::exists("/tmp/said-it-all"));
 }
 
 TEST_F(daemon_replies, a_shell_that_is_missing_has_not_loaded) {
     put_in_place_of_the_shell("exec /nowhere/lcsh \"$@\"");
 
-    EXPECT_EQ(load("/tmp/signature"), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+    EXPECT_EQ(load_signature("/tmp/signature"), UTM_APP_CONFIG_STATUS_NOT_LOADED);
 }
 
 TEST_F(daemon_replies, the_longest_path_is_cut_to_the_command_line_s_127_characters) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
     const std::string path = "/tmp/" + std::string(122, 'p');
 
-    EXPECT_EQ(load(path), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+    EXPECT_EQ(load_signature(path), UTM_APP_CONFIG_STATUS_NOT_LOADED);
 
     EXPECT_EQ(journal().back(), "lcsh load " + path.substr(0, 117));
     EXPECT_EQ(log_lines().back(), "cmd = lcsh load " + path.substr(0, 117));

@@ -119,23 +119,6 @@ TEST_F(daemon_signals, a_list_ends_with_the_first_reply_that_nobody_takes) {
     close(busy);
 }
 
-TEST_F(daemon_signals, an_interrupt_in_the_middle_of_many_commands_ends_it_with_status_0) {
-    if (std::string(UTM_SANITIZER) == "thread")
-        GTEST_SKIP()
-            << "the end destroys the locks that the socket thread still takes, and says so";
-    for (size_t round = 1; round <= (IS_SANITIZED ? 8u : 25u); ++round) {
-        start();
-        busy_clients clients(3, random_command);
-        ASSERT_TRUE(sim_wait_for([&] { return clients.answered() >= 10; }));
-
-        stop();
-        clients.stop();
-
-        EXPECT_EQ(clients.left_waiting(), 0u) << "round " << round;
-        EXPECT_EQ(log_count("Config handler exit"), round);
-    }
-}
-
 TEST_F(daemon_signals, an_interrupt_while_a_signature_loads_ends_it_with_status_0) {
     start();
     const int busy = occupy_the_socket_thread();

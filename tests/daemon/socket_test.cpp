@@ -2,6 +2,7 @@
 
 #include "tests/daemon/support/fixture.h"
 #include "tests/daemon/support/processes.h"
+#include "tests/lib/needs.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -14,8 +15,6 @@ using testing::IsEmpty;
 namespace {
 
 class daemon_socket : public daemon_test {};
-
-const std::string PING = bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}));
 
 /// Leaves a socket file behind as a daemon does that was killed.
 void leave_a_stale_socket() {
@@ -155,8 +154,7 @@ TEST_F(daemon_socket, a_client_that_says_nothing_delays_nobody) {
 TEST_F(daemon_socket, a_lone_out_of_band_byte_delays_nobody) {
     start();
     const int rude = sim_connect();
-    if (send(rude, "!", 1, MSG_OOB | MSG_NOSIGNAL) != 1)
-        GTEST_SKIP() << "this kernel has no out-of-band bytes for local sockets";
+    UTM_NEEDS("out-of-band-local-sockets", send(rude, "!", 1, MSG_OOB | MSG_NOSIGNAL) == 1);
     // Either it is hung up on or it keeps its slot; nobody else notices.
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);

@@ -11,7 +11,7 @@ namespace {
 constexpr unsigned CLIENTS = 4;
 constexpr size_t COMMANDS = 10'000;
 
-constexpr char USAGE[] = R"({"data":[{"type":"APP","app_id":301,"total_time_usage":7},
+constexpr char USAGE_OF_ALL[] = R"({"data":[{"type":"APP","app_id":301,"total_time_usage":7},
                                      {"type":"APP","app_id":305,"total_time_usage":1},
                                      {"type":"APP","app_id":310,"total_time_usage":20},
                                      {"type":"INTERNET","app_id":0,"total_time_usage":9}]})";
@@ -21,7 +21,7 @@ protected:
     void SetUp() override {
         daemon_test::SetUp();
         std::filesystem::create_directory("/tmp/ApplicationData");
-        prescribe("reply", USAGE);
+        prescribe("reply", USAGE_OF_ALL);
         start();
     }
 };
@@ -55,7 +55,7 @@ request_maker always(uint8_t type) {
 }
 
 /// Profile 1 with a device and policy 1, whether or not they were there.
-void set_up_a_profile() {
+void set_up_everything() {
     ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1});
     ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1});
     ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2}));
@@ -78,7 +78,7 @@ constexpr uint8_t COMMAND_TYPES[] = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31,
 TEST_F(daemon_threads, no_command_shares_anything_unguarded_with_a_tick) {
     for (const uint8_t type : COMMAND_TYPES) {
         SCOPED_TRACE("command " + std::to_string(type));
-        set_up_a_profile();
+        set_up_everything();
         busy_clients clients(1, always(type));
         for (int day = 0; day < 3; ++day) {
             sim_clock_jump(&clock, 24 * 60 * 60);

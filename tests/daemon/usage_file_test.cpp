@@ -1,6 +1,7 @@
 /// The usage file: when the daemon writes it, and that it carries usage into another life.
 
 #include "tests/daemon/support/fixture.h"
+#include "tests/lib/needs.h"
 
 #include <filesystem>
 #include <sys/sysinfo.h>
@@ -9,9 +10,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-constexpr int OK = UTM_APP_CONFIG_STATUS_OK;
-constexpr int FAIL = UTM_APP_CONFIG_STATUS_FAIL;
 
 class daemon_usage_file : public daemon_test {
 protected:
@@ -29,11 +27,6 @@ int save(const std::string &path) {
 
 int restore(const std::string &path) {
     return ask_command(sim_path_command(UTM_APP_CONFIG_IMPORT_STATISTICS, path));
-}
-
-std::string empty_document(time_t now) {
-    return "{\"user_profile_list\":[],\"timestamp\":" + std::to_string(now) +
-           ",\"global_stat\":[]}";
 }
 
 /// Right after boot the daemon saves nothing by itself.
@@ -79,8 +72,7 @@ TEST_F(daemon_usage_file, switching_on_without_its_directory_is_logged_and_works
 }
 
 TEST_F(daemon_usage_file, it_is_written_when_more_than_the_interval_has_passed) {
-    if (!machine_runs_for_a_minute())
-        GTEST_SKIP() << "this machine has just booted";
+    UTM_NEEDS("uptime-of-a-minute", machine_runs_for_a_minute());
     turn_on();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 1}), OK);
     ASSERT_TRUE(std::filesystem::remove(USAGE_PATH));

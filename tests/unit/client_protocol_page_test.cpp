@@ -21,7 +21,7 @@
 
 namespace {
 
-using lines_t = std::vector<std::string>;
+using strings_t = std::vector<std::string>;
 
 std::string page() {
     return sim_read_file(UTM_SOURCE_DIR "/docs/protocol.md");
@@ -35,8 +35,8 @@ std::string content_of(const std::string &cell) {
 }
 
 /// @return the contents of a section's rows that begin with a number
-std::vector<lines_t> cells_of(const std::string &section) {
-    std::vector<lines_t> rows;
+std::vector<strings_t> cells_of(const std::string &section) {
+    std::vector<strings_t> rows;
     bool inside = false;
     for (const std::string &line : sim_split_lines(page())) {
         if (line.starts_with("##"))
@@ -52,9 +52,9 @@ std::vector<lines_t> cells_of(const std::string &section) {
 }
 
 /// @return the first cells of these rows, joined with blanks
-lines_t rows_of(const std::string &section, size_t width) {
-    lines_t rows;
-    for (const lines_t &cells : cells_of(section)) {
+strings_t rows_of(const std::string &section, size_t width) {
+    strings_t rows;
+    for (const strings_t &cells : cells_of(section)) {
         rows.push_back(cells.at(0));
         for (size_t i = 1; i < width; ++i)
             rows.back() += " " + cells.at(i);
@@ -63,10 +63,10 @@ lines_t rows_of(const std::string &section, size_t width) {
 }
 
 /// @return the page's blocks of a language
-lines_t blocks_of(const std::string &language) {
+strings_t blocks_of(const std::string &language) {
     const std::string text = page();
     const std::string opening = "\n```" + language + "\n";
-    lines_t found;
+    strings_t found;
     for (size_t at = 0; (at = text.find(opening, at)) != std::string::npos;) {
         at += opening.size();
         found.push_back(text.substr(at, text.find("```", at) - at));
@@ -90,11 +90,6 @@ std::string bytes_from(const std::string &example, size_t size) {
     return bytes;
 }
 
-template <typename Record>
-std::string bytes_of(const Record &record) {
-    return std::string(reinterpret_cast<const char *>(&record), sizeof record);
-}
-
 /// @return a field's row: its place, its size, and its name
 template <typename Record, typename Field>
 std::string row(const char *name, Field Record::*field) {
@@ -104,19 +99,19 @@ std::string row(const char *name, Field Record::*field) {
     return std::to_string(offset) + " " + std::to_string(sizeof(Field)) + " " + name;
 }
 
-lines_t sorted(lines_t lines) {
+strings_t in_order(strings_t lines) {
     std::sort(lines.begin(), lines.end());
     return lines;
 }
 
 /// @return control/protocol.h's numbers and names of one kind, such as "0 PING"
-lines_t names_of(const std::string &kind) {
+strings_t names_of(const std::string &kind) {
     const std::string header = sim_read_file(UTM_SOURCE_DIR "/src/control/protocol.h");
     const std::regex entry("UTM_APP_CONFIG_(" + kind + R"() = (\d+),)");
-    lines_t names;
+    strings_t names;
     for (std::sregex_iterator it(header.begin(), header.end(), entry), end; it != end; ++it)
         names.push_back((*it)[2].str() + " " + (*it)[1].str());
-    return sorted(names);
+    return in_order(names);
 }
 
 class ProtocolPage : public testing::Test {
@@ -142,9 +137,9 @@ protected:
     }
 
     /// @return the fields of the page's table whose bytes are not 0
-    static lines_t fields_in(const std::string &reply) {
-        lines_t fields;
-        for (const lines_t &field : cells_of("The reply")) {
+    static strings_t fields_in(const std::string &reply) {
+        strings_t fields;
+        for (const strings_t &field : cells_of("The reply")) {
             if (field.size() < 4)
                 continue; // a status
             const std::string bytes = reply.substr(std::stoul(field[0]), std::stoul(field[1]));
@@ -155,16 +150,16 @@ protected:
     }
 
     /// @return the fields that a cell names
-    static lines_t fields_named(const std::string &cell) {
+    static strings_t fields_named(const std::string &cell) {
         const std::regex name(R"([a-z]\w*_\w+|extend|activate|debug)");
-        lines_t fields;
+        strings_t fields;
         for (std::sregex_iterator it(cell.begin(), cell.end(), name), end; it != end; ++it)
             fields.push_back(it->str());
         return fields;
     }
 
     /// @return the replies of the page's example: those from one block on
-    static std::string replies(const lines_t &blocks, size_t first, size_t count) {
+    static std::string replies(const strings_t &blocks, size_t first, size_t count) {
         std::string bytes;
         for (size_t i = first; i < first + count; ++i)
             bytes += bytes_from(blocks[i], UTM_APP_CONFIG_REPLY_SIZE);
@@ -192,7 +187,7 @@ protected:
 #define REPLY_ROW(field) row(#field, &utm_app_config_reply::field)
 
 TEST_F(ProtocolPage, PlacesEveryFieldOfARequest) {
-    const lines_t overlays = {
+    const strings_t overlays = {
         std::to_string(UTM_APP_CONFIG_MAC_OFFSET) + " 6 mac",
         std::to_string(UTM_APP_CONFIG_PATH_OFFSET) + " " +
             std::to_string(UTM_APP_CONFIG_PATH_SIZE) + " path",
@@ -200,52 +195,53 @@ TEST_F(ProtocolPage, PlacesEveryFieldOfARequest) {
             std::to_string(UTM_APP_CONFIG_APP_LIST_MAX * sizeof(utm_app_config_app_entry)) +
             " rules"};
     EXPECT_EQ(rows_of("The request", 3),
-              (lines_t{REQUEST_ROW(type), REQUEST_ROW(arg0), REQUEST_ROW(arg1), REQUEST_ROW(arg2),
-                       REQUEST_ROW(arg3), REQUEST_ROW(arg4), overlays[0], overlays[1], overlays[2],
-                       RULE_ROW(app_id), RULE_ROW(action), RULE_ROW(limit)}));
+              (strings_t{REQUEST_ROW(type), REQUEST_ROW(arg0), REQUEST_ROW(arg1), REQUEST_ROW(arg2),
+                         REQUEST_ROW(arg3), REQUEST_ROW(arg4), overlays[0], overlays[1],
+                         overlays[2], RULE_ROW(app_id), RULE_ROW(action), RULE_ROW(limit)}));
 }
 
 TEST_F(ProtocolPage, PlacesEveryFieldOfAReply) {
-    lines_t rows = rows_of("The reply", 3);
+    strings_t rows = rows_of("The reply", 3);
     std::erase_if(rows, [](const std::string &row) { return row.find("STATUS_") != row.npos; });
     EXPECT_EQ(
         rows,
-        (lines_t{REPLY_ROW(status), REPLY_ROW(policy_id), REPLY_ROW(daily_used),
-                 REPLY_ROW(weekly_used), REPLY_ROW(monthly_used), REPLY_ROW(app_usage_app_id),
-                 REPLY_ROW(app_usage_value), REPLY_ROW(prev_day_app_id), REPLY_ROW(prev_day_data),
-                 REPLY_ROW(daily_limit_enable), REPLY_ROW(daily_limit), REPLY_ROW(extend),
-                 REPLY_ROW(activate), REPLY_ROW(debug), REPLY_ROW(weekday_day),
-                 REPLY_ROW(weekday_limit), REPLY_ROW(export_interval_minute)}));
+        (strings_t{REPLY_ROW(status), REPLY_ROW(policy_id), REPLY_ROW(daily_used),
+                   REPLY_ROW(weekly_used), REPLY_ROW(monthly_used), REPLY_ROW(app_usage_app_id),
+                   REPLY_ROW(app_usage_value), REPLY_ROW(prev_day_app_id), REPLY_ROW(prev_day_data),
+                   REPLY_ROW(daily_limit_enable), REPLY_ROW(daily_limit), REPLY_ROW(extend),
+                   REPLY_ROW(activate), REPLY_ROW(debug), REPLY_ROW(weekday_day),
+                   REPLY_ROW(weekday_limit), REPLY_ROW(export_interval_minute)}));
 }
 
 TEST_F(ProtocolPage, NamesEveryStatus) {
-    lines_t rows = rows_of("The reply", 2);
+    strings_t rows = rows_of("The reply", 2);
     std::erase_if(rows, [](const std::string &row) { return row.find("STATUS_") == row.npos; });
-    EXPECT_EQ(sorted(rows), names_of(R"(STATUS_\w+)"));
+    EXPECT_EQ(in_order(rows), names_of(R"(STATUS_\w+)"));
     EXPECT_EQ(rows.size(), 4u);
 }
 
 TEST_F(ProtocolPage, NamesEveryCommand) {
-    EXPECT_EQ(sorted(rows_of("Commands", 2)), names_of(R"((?!STATUS_)\w+)"));
+    EXPECT_EQ(in_order(rows_of("Commands", 2)), names_of(R"((?!STATUS_)\w+)"));
 }
 
 TEST_F(ProtocolPage, HasTheCommandsThatAreServedAndNoOther) {
-    lines_t served;
+    strings_t served;
     for (int type = 0; type <= UINT8_MAX; ++type)
-        if (!world::exchange_bytes(bytes_of(world::request(static_cast<uint8_t>(type)))).empty())
+        if (!world::exchange_bytes(world::bytes_of(world::request(static_cast<uint8_t>(type))))
+                 .empty())
             served.push_back(std::to_string(type));
-    EXPECT_EQ(sorted(rows_of("Commands", 1)), sorted(served));
+    EXPECT_EQ(in_order(rows_of("Commands", 1)), in_order(served));
 }
 
 /// Everything that can be asked for is set; of each answer those bytes are not 0 that carry it.
 TEST_F(ProtocolPage, NamesTheFieldsOfEveryAnswer) {
     set_everything(make_example());
     int answers = 0;
-    for (const lines_t &command : cells_of("Commands")) {
+    for (const strings_t &command : cells_of("Commands")) {
         if (command.at(4).empty())
             continue;
         const auto type = static_cast<uint8_t>(std::stoi(command.at(0)));
-        const std::string bytes = world::exchange_bytes(bytes_of(world::request(type, {3})));
+        const std::string bytes = world::exchange_bytes(world::bytes_of(world::request(type, {3})));
         ASSERT_GE(bytes.size(), UTM_APP_CONFIG_REPLY_SIZE) << command.at(1);
         EXPECT_EQ(fields_in(bytes.substr(bytes.size() - UTM_APP_CONFIG_REPLY_SIZE)),
                   fields_named(command.at(4)))
@@ -256,28 +252,28 @@ TEST_F(ProtocolPage, NamesTheFieldsOfEveryAnswer) {
 }
 
 TEST_F(ProtocolPage, ShowsARequestAndItsReply) {
-    const lines_t blocks = blocks_of("hex");
+    const strings_t blocks = blocks_of("hex");
     ASSERT_EQ(blocks.size(), 6u);
     const std::string request = bytes_from(blocks[0], UTM_APP_CONFIG_CMD_SIZE);
     const config_user_profile_t *profile = world::make_profile(3);
-    EXPECT_EQ(request, bytes_of(utm_app_config_cmd{
+    EXPECT_EQ(request, world::bytes_of(utm_app_config_cmd{
                            .type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 1, 1));
     EXPECT_EQ(profile->daily_extend, 30);
 }
 
 TEST_F(ProtocolPage, ShowsARequestAndItsList) {
-    const lines_t blocks = blocks_of("hex");
+    const strings_t blocks = blocks_of("hex");
     ASSERT_EQ(blocks.size(), 6u);
     const std::string request = bytes_from(blocks[2], UTM_APP_CONFIG_CMD_SIZE);
     make_example();
-    EXPECT_EQ(request, bytes_of(utm_app_config_cmd{
+    EXPECT_EQ(request, world::bytes_of(utm_app_config_cmd{
                            .type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = 1000}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 3, 3));
 }
 
 TEST_F(ProtocolPage, ShowsAClientThatWorks) {
-    const lines_t sources = blocks_of("c");
+    const strings_t sources = blocks_of("c");
     ASSERT_EQ(sources.size(), 1u);
     ASSERT_TRUE(sim_write_file("/tmp/client.c", sources[0]));
     ASSERT_EQ(programs::run({"cc", "-std=c11", "-D_DEFAULT_SOURCE", "-Wall", "-Wextra", "-Werror",

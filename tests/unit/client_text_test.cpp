@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int32_t untouched = -7;
+constexpr int32_t unread = -7;
 
 /// Cleans a text into just so much room; what lies behind must stay.
 std::string clean(const std::string &text, size_t room = 60) {
@@ -108,7 +108,7 @@ TEST(ClientText, IsReadAsANumberOf32Bits) {
                                  {"2147483647", 2147483647},
                                  {"-2147483648", -2147483647 - 1}};
     for (const number_case &c : cases) {
-        int32_t value = untouched;
+        int32_t value = unread;
         EXPECT_TRUE(ctl_parse_int(c.text, &value)) << c.text;
         EXPECT_EQ(value, c.value) << c.text;
     }
@@ -119,9 +119,9 @@ TEST(ClientText, ThatIsNoNumberOf32BitsIsNotRead) {
          {"", "-", "+", "+-3", "--3", " 3", "3 ", "\t3", "- 3", "3x", "x3", "0x10", "3.0", "1e3",
           "2147483648", "-2147483649", "9223372036854775807", "99999999999999999999",
           "-99999999999999999999"}) {
-        int32_t value = untouched;
+        int32_t value = unread;
         EXPECT_FALSE(ctl_parse_int(text, &value)) << text;
-        EXPECT_EQ(value, untouched) << text;
+        EXPECT_EQ(value, unread) << text;
     }
 }
 

@@ -13,6 +13,7 @@
 
 namespace {
 
+using world::bytes_of;
 using world::exchange;
 using world::make_profile;
 using world::make_usage;
@@ -23,10 +24,6 @@ class DispatcherLists : public testing::Test {
 protected:
     void SetUp() override { world::reset(); }
 };
-
-std::string bytes_of(const utm_app_config_cmd &request) {
-    return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
-}
 
 TEST_F(DispatcherLists, ListsSevenWeekdaysAndAnEnd) {
     config_user_profile_t *profile = make_profile(5);

@@ -15,6 +15,7 @@
 
 namespace {
 
+using world::bytes_of;
 using world::exchange;
 using world::exchange_bytes;
 using world::make_policy;
@@ -27,11 +28,7 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-std::string bytes_of(const utm_app_config_cmd &request) {
-    return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
-}
-
-std::string received(int type) {
+std::string received_log(int type) {
     return "log [socket] Receive cmd type=" + std::to_string(type) + "\n";
 }
 
@@ -70,7 +67,7 @@ TEST_F(Dispatcher, NeverWaitsForTheRestOfARequest) {
 TEST_F(Dispatcher, ServesTheFirst136BytesOfALongerRequest) {
     EXPECT_EQ(exchange_bytes(bytes_of(request(0)) + "x").size(), 832u);
     EXPECT_EQ(exchange_bytes(bytes_of(request(0)) + bytes_of(request(1, {5}))).size(), 832u);
-    EXPECT_EQ(world::story(), received(0) + received(0));
+    EXPECT_EQ(world::story(), received_log(0) + received_log(0));
 }
 
 TEST_F(Dispatcher, GivesNoReplyToATypeThatIsNotServed) {
@@ -84,7 +81,7 @@ TEST_F(Dispatcher, GivesNoReplyToATypeThatIsNotServed) {
         EXPECT_EQ(exchange_bytes(bytes_of(request(static_cast<uint8_t>(type), {5, 1, 1, 1, 1}))),
                   "")
             << type;
-        EXPECT_EQ(world::story(), received(type));
+        EXPECT_EQ(world::story(), received_log(type));
     }
     EXPECT_EQ(world::render_store(), before);
 }
@@ -93,7 +90,7 @@ TEST_F(Dispatcher, SaysNothingOfARequestWhileDebuggingIsOff) {
     EXPECT_EQ(exchange(request(41, {0})), "ok\n");
     EXPECT_EQ(exchange(request(1, {5})), "ok\n");
     EXPECT_EQ(exchange(request(41, {1})), "ok\n");
-    EXPECT_EQ(world::story(), received(41));
+    EXPECT_EQ(world::story(), received_log(41));
 }
 
 TEST_F(Dispatcher, CreatesAndDeletesProfiles) {
@@ -102,18 +99,19 @@ TEST_F(Dispatcher, CreatesAndDeletesProfiles) {
     EXPECT_EQ(exchange(request(1, {INT_MIN})), "ok\n");
     EXPECT_EQ(exchange(request(2, {5})), "ok\n");
     EXPECT_EQ(exchange(request(2, {5})), "ok\n");
-    EXPECT_EQ(world::story(), received(1) + "log Create profile 5 success\n" + received(1) +
-                                  "log Create profile 5 success\n" + received(1) +
-                                  "log Create profile -2147483648 success\n" + received(2) +
+    EXPECT_EQ(world::story(), received_log(1) + "log Create profile 5 success\n" + received_log(1) +
+                                  "log Create profile 5 success\n" + received_log(1) +
+                                  "log Create profile -2147483648 success\n" + received_log(2) +
                                   "log Delete user profile 5 and unblock all success\n"
                                   "log Delete profile 5 success\n" +
-                                  received(2) + "log Delete profile 5 success\n");
+                                  received_log(2) + "log Delete profile 5 success\n");
 }
 
 TEST_F(Dispatcher, FailsWhenAProfileCannotBeAllocated) {
     world::fail_allocation(1);
     EXPECT_EQ(exchange(request(1, {5})), "fail\n");
-    EXPECT_EQ(world::story(), received(1) + "log Create profile 5 failed because malloc failed\n");
+    EXPECT_EQ(world::story(),
+              received_log(1) + "log Create profile 5 failed because malloc failed\n");
 }
 
 TEST_F(Dispatcher, AddsAndDeletesDevices) {
@@ -125,12 +123,13 @@ TEST_F(Dispatcher, AddsAndDeletesDevices) {
     EXPECT_EQ(exchange(world::device_request(4, 5, world::phone)), "ok\n");
     EXPECT_EQ(exchange(world::device_request(4, 6, world::phone)), "fail\n");
     EXPECT_EQ(world::story(),
-              received(3) + "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 5 success\n" +
-                  received(3) + received(3) +
-                  "log Add dev to profile 6 failed because profile not exist\n" + received(4) +
-                  "log Del dev AA:BB:CC:DD:EE:0F from profile 5 success\n" + received(4) +
+              received_log(3) + "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 5 success\n" +
+                  received_log(3) + received_log(3) +
+                  "log Add dev to profile 6 failed because profile not exist\n" + received_log(4) +
+                  "log Del dev AA:BB:CC:DD:EE:0F from profile 5 success\n" + received_log(4) +
                   "log Del dev AA:BB:CC:DD:EE:0F from profile 5 failed because cannot find dev\n" +
-                  received(4) + "log Del dev from profile 6 failed because profile not exist\n");
+                  received_log(4) +
+                  "log Del dev from profile 6 failed because profile not exist\n");
 }
 
 struct command_case_t {
@@ -236,7 +235,7 @@ TEST_F(Dispatcher, ReadsEachArgumentFromItsPlace) {
     for (const command_case_t &c : cases) {
         SCOPED_TRACE("row " + std::to_string(++row) + ", type " + std::to_string(c.type));
         EXPECT_EQ(exchange(request_of(c)), c.reply);
-        EXPECT_EQ(world::story(), received(c.type) + c.story);
+        EXPECT_EQ(world::story(), received_log(c.type) + c.story);
     }
 }
 
@@ -265,7 +264,7 @@ TEST_F(Dispatcher, AddsUpToTenRulesWidened) {
               "router: apps 0, collected +0\n");
     world::story();
     EXPECT_EQ(exchange(world::rules_request(4, 1, rules)), "ok\n");
-    EXPECT_EQ(world::story(), received(43) +
+    EXPECT_EQ(world::story(), received_log(43) +
                                   "log Policy 4 update app -1 action 2 limit 65535 success\n"
                                   "log Add apps to policy 4 success\n");
 }
@@ -276,7 +275,7 @@ TEST_F(Dispatcher, RefusesACountOfRulesThatIsNotOneToTen) {
     const std::vector<world::wire_rule_t> rules(15, {1, 2, 3});
     for (const int32_t count : {0, 11, 15, -1, INT_MIN, INT_MAX}) {
         EXPECT_EQ(exchange(world::rules_request(4, count, rules)), "fail\n") << count;
-        EXPECT_EQ(world::story(), received(43)) << count;
+        EXPECT_EQ(world::story(), received_log(43)) << count;
     }
     EXPECT_EQ(world::render_store(), before);
 }
@@ -287,11 +286,11 @@ TEST_F(Dispatcher, FailsWhenARuleOrItsPolicyIsUnknownOrMemoryRunsOut) {
     EXPECT_EQ(exchange(world::rules_request(9, 1, {{1, 1, 5}})), "fail\n");
     world::fail_allocation(1);
     EXPECT_EQ(exchange(world::rules_request(4, 1, {{3, 1, 5}})), "fail\n");
-    EXPECT_EQ(world::story(), received(43) +
+    EXPECT_EQ(world::story(), received_log(43) +
                                   "log Policy 4 add app 2 action 1 limit 6 success\n"
                                   "log Add apps to policy 4 failed\n" +
-                                  received(43) + "log Add apps to policy 9 failed\n" +
-                                  received(43));
+                                  received_log(43) + "log Add apps to policy 9 failed\n" +
+                                  received_log(43));
     EXPECT_EQ(world::render_store(), "policy 4: profile none, count 1, rules 2/1/6 (unused)\n"
                                      "router: apps 0, collected +0\n");
 }
@@ -299,7 +298,7 @@ TEST_F(Dispatcher, FailsWhenARuleOrItsPolicyIsUnknownOrMemoryRunsOut) {
 TEST_F(Dispatcher, RefusesTheUsageFileWhileTheFeatureIsOff) {
     for (const uint8_t type : {uint8_t{50}, uint8_t{51}}) {
         EXPECT_EQ(exchange(world::path_request(type, "/tmp/usage.json")), "fail\n");
-        EXPECT_EQ(world::story(), received(type));
+        EXPECT_EQ(world::story(), received_log(type));
     }
 }
 
@@ -309,11 +308,11 @@ TEST_F(Dispatcher, ExportsToAndImportsFromThePathOfTheRequest) {
     EXPECT_EQ(exchange(world::path_request(50, "/tmp/of-the-request.json")), "ok\n");
     EXPECT_EQ(exchange(world::path_request(50, "/tmp/none.json")), "fail\n");
     EXPECT_EQ(exchange(world::path_request(51, "")), "fail\n");
-    EXPECT_EQ(world::story(), received(51) + "log export to /tmp/of-the-request.json success\n" +
-                                  received(50) +
-                                  "log import from /tmp/of-the-request.json success\n" +
-                                  received(50) + "log import from /tmp/none.json failed\n" +
-                                  received(51) + "log export to  failed\n");
+    EXPECT_EQ(world::story(),
+              received_log(51) + "log export to /tmp/of-the-request.json success\n" +
+                  received_log(50) + "log import from /tmp/of-the-request.json success\n" +
+                  received_log(50) + "log import from /tmp/none.json failed\n" + received_log(51) +
+                  "log export to  failed\n");
 }
 
 } // namespace

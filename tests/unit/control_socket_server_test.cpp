@@ -96,15 +96,11 @@ protected:
         sockets::calls();
         return fd;
     }
-    int asking(uint8_t type) { return client(bytes_of(world::request(type))); }
+    int asking(uint8_t type) { return client(world::bytes_of(world::request(type))); }
 
     void close_client(int fd) {
         close(fd);
         std::erase(clients_, fd);
-    }
-
-    static std::string bytes_of(const utm_app_config_cmd &request) {
-        return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
     }
 
     /// A path of a length in a directory of the test's own.

@@ -2,6 +2,7 @@
 
 #include "core/debug_log.h"
 #include "persist/usage_file.h"
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/world.h"
 
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
 const std::string written = "log export to /tmp/ApplicationData/app_usage.json success\n";
 
 class ExportCheck : public usage_file_fixture {

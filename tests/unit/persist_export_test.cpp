@@ -2,18 +2,15 @@
 
 #include "core/debug_log.h"
 #include "persist/export_schedule.h"
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/usage_file_json.h"
 #include "tests/unit/support/world.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 class Export : public usage_file_fixture {
 protected:

@@ -24,7 +24,7 @@ protected:
     void TearDown() override { fs::remove_all(fs::path(usage_file_path).parent_path()); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 int32_t switch_value() {
     const mutex_guard lock(utm_app_config_mutex);

@@ -2,22 +2,19 @@
 
 #include "persist/import.h"
 
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <limits>
 #include <map>
 
 namespace {
 
 using usage_file::app_t;
 using usage_file::document_t;
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 /// A value of some type, and what json-c's integer getter makes of it.
 struct value_t {

@@ -14,7 +14,7 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 /// The profile's line about its devices.
 std::string devices_text(int32_t profile_id) {
@@ -75,7 +75,7 @@ TEST_F(Devices, MayBelongToTwoProfiles) {
 
 /// A profile that is cut off, with application 12 blocked by usage and rule, 13 by usage only,
 /// 14 by rule only, 15 limited and not reached.
-config_user_profile_t *make_blocked_profile() {
+config_user_profile_t *make_profile_with_rules() {
     config_user_profile_t *profile = world::make_profile(1);
     profile->daily_limit_enable = 1;
     profile->blocked = 1;
@@ -87,7 +87,7 @@ config_user_profile_t *make_blocked_profile() {
 }
 
 TEST_F(Devices, JoinTheBlocksOfTheirProfileInOrder) {
-    make_blocked_profile();
+    make_profile_with_rules();
     world::set_active(true);
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
     EXPECT_EQ(world::story(), "log [WARNING] __block_one_device_to_use_network is not implemented\n"
@@ -99,7 +99,7 @@ TEST_F(Devices, JoinTheBlocksOfTheirProfileInOrder) {
 }
 
 TEST_F(Devices, JoinNoBlocksWhileTheFeatureIsOff) {
-    make_blocked_profile();
+    make_profile_with_rules();
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
     EXPECT_EQ(world::story(), "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n");
 }

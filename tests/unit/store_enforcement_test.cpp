@@ -148,7 +148,7 @@ TEST_F(Enforcement, OnlyWarnsThatOneDeviceCannotBeCutOff) {
 
 // ---- All blocks at once --------------------------------------------------------------------
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 /// A profile that is cut off, with two applications of three blocked.
 config_user_profile_t *make_blocked_profile(int32_t id, const std::vector<world::mac_t> &devices) {

@@ -15,7 +15,7 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 /// An operation on the state that `make_state` leaves, and what the failure of its nth allocation
 /// comes to.
@@ -38,13 +38,13 @@ int32_t update_rule() {
     return utm_app_update_app_in_policy(4, &rule);
 }
 
-int32_t read_devices() {
+int32_t count_devices() {
     int32_t count = 99;
     const heap_ptr<uint8_t> macs(utm_app_get_devices(1, &count));
     return count;
 }
 
-int32_t read_apps() {
+int32_t count_apps() {
     int32_t count = 99;
     const heap_ptr<config_policy_rule_t> rules(utm_app_get_apps_of_policy(4, &count));
     return count;
@@ -70,7 +70,7 @@ const memory_case cases[] = {
      "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
      "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n",
      false},
-    {"get devices", read_devices, 1, -1,
+    {"get devices", count_devices, 1, -1,
      "log Get devices of profile 1 failed because malloc failed\n", true},
     {"create policy", [] { return utm_app_create_policy(5); }, 1, -1,
      "log Create policy 5 failed because malloc failed\n", true},
@@ -95,7 +95,8 @@ const memory_case cases[] = {
      "log Policy 4 add app 20 action 2 limit 0 failed\n"
      "log Update app to policy 4 failed\n",
      true},
-    {"get apps", read_apps, 1, -1, "log Get apps of policy 4 failed because malloc failed\n", true},
+    {"get apps", count_apps, 1, -1, "log Get apps of policy 4 failed because malloc failed\n",
+     true},
 };
 
 /// Profile 1 with a device and, bound to it, policy 4 with a rule; the feature is active.

@@ -12,7 +12,7 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 TEST_F(PolicyBinding, BlocksEveryDeviceEvenWhileTheFeatureIsOff) {
     for (const bool active : {false, true}) {

@@ -12,12 +12,12 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 constexpr int no_record = -1;
 
 enum bound_t { unbound, bound };
 enum feature_t { off, on };
-enum lines_t { nothing, blocks, unblocks };
+enum acl_lines_t { nothing, blocks, unblocks };
 
 /// A rule set for application 12 of policy 4, and what comes of it.
 struct rule_case {
@@ -25,7 +25,7 @@ struct rule_case {
     bound_t binding;
     int used, blocked; ///< of the profile's usage record; `no_record` for none
     int action, limit; ///< of the rule that is set
-    lines_t lines;     ///< what is run on each device of the profile
+    acl_lines_t lines; ///< what is run on each device of the profile
     int blocked_after; ///< `no_record` where there is none
 };
 
@@ -36,7 +36,7 @@ std::string name_of(const rule_case &row) {
            ", limit " + std::to_string(row.limit);
 }
 
-std::string lines_of(lines_t lines) {
+std::string lines_of(acl_lines_t lines) {
     return lines == blocks     ? block_lines(both, 12)
            : lines == unblocks ? unblock_lines(both, 12)
                                : "";

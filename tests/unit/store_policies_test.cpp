@@ -14,7 +14,7 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 /// Reads a policy's rules: the count, then each rule.
 std::string apps_of_policy(int32_t policy_id) {

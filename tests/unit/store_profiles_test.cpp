@@ -14,7 +14,7 @@ protected:
     void SetUp() override { world::reset(); }
 };
 
-const std::vector<world::mac_t> both = {world::tablet, world::phone};
+using world::both;
 
 /// What a new profile looks like.
 std::string new_profile_text(int32_t id) {

@@ -1,19 +1,16 @@
 #include "usage/accounting.h"
 
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
 using world::make_policy;
 using world::make_profile;
 using world::make_usage;
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 class Accounting : public testing::Test {
 protected:

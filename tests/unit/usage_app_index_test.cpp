@@ -1,16 +1,13 @@
 #include "usage/app_index.h"
 
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 #include <random>
 
 namespace {
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 class AppIndex : public usage_file_fixture {
 protected:

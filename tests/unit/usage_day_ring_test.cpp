@@ -1,14 +1,11 @@
 #include "usage/day_ring.h"
 
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 /// A ring whose slot i holds 100 + i.
 config_app_usage_t numbered(int32_t next) {

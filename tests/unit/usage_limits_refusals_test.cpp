@@ -1,18 +1,15 @@
 #include "usage/limits.h"
 
 #include "core/heap.h"
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
 using world::make_profile;
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 /// Each call is refused: the profile stays as it was, and the log says why.
 class LimitRefusals : public testing::Test {
@@ -51,14 +48,14 @@ TEST_F(LimitRefusals, ADailyLimitIsOneMinuteToOneDay) {
     EXPECT_EQ(world::render(*profile), before);
 }
 
-struct weekday_case_t {
+struct refused_weekday_t {
     int32_t weekday;
     int32_t minutes;
     const char *line;
 };
 
 TEST_F(LimitRefusals, AWeekdaysMinutesAreCheckedBeforeTheDay) {
-    const weekday_case_t cases[] = {
+    const refused_weekday_t cases[] = {
         {3, 0, "Set weekday daily limit 0 for profile 5"},
         {3, 1441, "Set weekday daily limit 1441 for profile 5"},
         {3, int32_min, "Set weekday daily limit -2147483648 for profile 5"},
@@ -69,7 +66,7 @@ TEST_F(LimitRefusals, AWeekdaysMinutesAreCheckedBeforeTheDay) {
         {int32_min, 60, "Set weekday -2147483648 for profile 5"},
     };
     const std::string before = world::render(*profile);
-    for (const weekday_case_t &c : cases) {
+    for (const refused_weekday_t &c : cases) {
         EXPECT_EQ(utm_app_set_weekday_daily_limit(5, c.weekday, c.minutes), -1);
         EXPECT_EQ(world::story(), std::string("log ") + c.line + " failed because range error\n");
     }

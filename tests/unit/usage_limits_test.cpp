@@ -1,17 +1,14 @@
 #include "usage/limits.h"
 
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
 using world::make_profile;
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 // The clock stands on a Wednesday, day 3.
 class Limits : public testing::Test {

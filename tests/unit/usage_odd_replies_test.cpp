@@ -58,7 +58,7 @@ std::string nested(int depth) {
 }
 
 /// Nothing, before the tick and after a tick without a figure.
-constexpr char untouched[] =
+constexpr char untouched_store[] =
     "profile 3: devices 1 [AABBCCDDEE0F ], enabled 0, limit 1440 + 0, used 2/0/0, blocked 0, "
     "collected +0, apps 1, policy none\n"
     "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
@@ -114,9 +114,9 @@ TEST_F(OddReplies, ChangeNothingWithoutAFigure) {
         std::string(very_long, ' '),
         std::string(very_long, '['),
     };
-    ASSERT_EQ(world::render_store(), untouched);
+    ASSERT_EQ(world::render_store(), untouched_store);
     for (const std::string &reply : replies)
-        EXPECT_EQ(store_after(reply), untouched) << reply.substr(0, 100);
+        EXPECT_EQ(store_after(reply), untouched_store) << reply.substr(0, 100);
 }
 
 TEST_F(OddReplies, CountAFigureAmongElementsOfAnyOtherShape) {
@@ -160,8 +160,8 @@ TEST_F(OddReplies, ChangeNothingWhenTheyEndTooEarly) {
         "{\"data\":[" + std::string(figure) + R"(,{"type":"INTERNET","app_id":0,)" +
         R"("total_time_usage":"12\u0041"},{"type":"APP","app_id":-5,"total_time_usage":1.5e0}]})";
     for (size_t length = 0; length < whole.size(); ++length)
-        EXPECT_EQ(store_after(whole.substr(0, length)), untouched) << whole.substr(0, length);
-    EXPECT_NE(store_after(whole), untouched);
+        EXPECT_EQ(store_after(whole.substr(0, length)), untouched_store) << whole.substr(0, length);
+    EXPECT_NE(store_after(whole), untouched_store);
 }
 
 TEST_F(OddReplies, CountNegativeAndHugeFiguresWithinTheRange) {

@@ -1,21 +1,18 @@
 #include "usage/reports.h"
 
 #include "core/heap.h"
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
 using world::local;
 using world::make_profile;
 using world::make_usage;
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 class Reports : public testing::Test {
 protected:
@@ -33,7 +30,7 @@ void fill_ring(config_user_profile_t *profile, int32_t next) {
 }
 
 /// What `fill_ring` put down for the days first to last.
-int32_t days(int first, int last) {
+int32_t minutes_of_days(int first, int last) {
     int32_t sum = 0;
     for (int days_ago = first; days_ago <= last; ++days_ago)
         sum += days_ago == 30 ? 3 : 1 << days_ago;
@@ -105,11 +102,11 @@ TEST_F(Reports, KnowEachPeriodOnEachWeekday) {
             };
             expect(0, 1);
             for (int32_t days_ago = 1; days_ago <= 30; ++days_ago)
-                expect(days_ago, days(days_ago, days_ago));
+                expect(days_ago, minutes_of_days(days_ago, days_ago));
             expect(1000, 21);
-            expect(1001, days(weekday + 1, weekday + 7));
-            expect(1002, days(weekday + 8, weekday + 14));
-            expect(1003, days(weekday + 15, weekday + 21));
+            expect(1001, minutes_of_days(weekday + 1, weekday + 7));
+            expect(1002, minutes_of_days(weekday + 8, weekday + 14));
+            expect(1003, minutes_of_days(weekday + 15, weekday + 21));
             expect(2000, 321);
         }
     }
@@ -215,9 +212,10 @@ TEST_F(Reports, GiveThisWeekAndThreeWeeksBefore) {
     fill_ring(profile, 17);
     for (int weekday = 0; weekday < 7; ++weekday) {
         world::set_now(local(2026, 3, 1 + weekday));
-        std::string expected = "1\n10: " + std::to_string(1 + days(1, weekday)) + " |";
+        std::string expected = "1\n10: " + std::to_string(1 + minutes_of_days(1, weekday)) + " |";
         for (int week = 0; week < 3; ++week)
-            expected += " " + std::to_string(days(weekday + 7 * week + 1, weekday + 7 * week + 7));
+            expected += " " + std::to_string(
+                                  minutes_of_days(weekday + 7 * week + 1, weekday + 7 * week + 7));
         for (int i = 3; i < 30; ++i)
             expected += " 0";
         EXPECT_EQ(prev_day(5, prev_usage_by_week), expected + "\n") << weekday;

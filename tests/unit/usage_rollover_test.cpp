@@ -1,5 +1,6 @@
 #include "usage/rollover.h"
 
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
@@ -7,7 +8,6 @@
 #include "store/store.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
@@ -15,9 +15,6 @@ using world::local;
 using world::make_policy;
 using world::make_profile;
 using world::make_usage;
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 class Rollover : public testing::Test {
 protected:
@@ -138,10 +135,6 @@ std::string used(int32_t daily, int32_t weekly, int32_t monthly) {
     return std::to_string(daily) + "/" + std::to_string(weekly) + "/" + std::to_string(monthly);
 }
 
-time_t instant(const int (&fields)[6]) {
-    return local(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
-}
-
 TEST_F(Rollover, ClosesWeeksAndMonthsWhereTheyEndTogether) {
     for (const char *zone : {"UTC", "Europe/Berlin", "America/Santiago"}) {
         world::set_zone(zone);
@@ -154,7 +147,7 @@ TEST_F(Rollover, ClosesWeeksAndMonthsWhereTheyEndTogether) {
             app->weekly_used = 50;
             app->monthly_used = 600;
             app->next_day_idx = 29;
-            roll(profile, instant(c.last), instant(c.now));
+            roll(profile, local(c.last), local(c.now));
             EXPECT_EQ(used(profile->daily_used, profile->weekly_used, profile->monthly_used),
                       c.profile);
             EXPECT_EQ(world::render(*app),

@@ -1,16 +1,13 @@
 #include "usage/top_apps.h"
 
 #include "core/heap.h"
+#include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
-
-constexpr int32_t int32_max = std::numeric_limits<int32_t>::max();
-constexpr int32_t int32_min = std::numeric_limits<int32_t>::min();
 
 class TopApps : public testing::Test {
 protected:

@@ -40,6 +40,10 @@ appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &s
 /// A run that did what it was asked, without a word on standard error.
 appctl_end done(const std::string &out = "");
 
+/// What a command for a profile that does not exist says.
+inline constexpr char NO_PROFILE[] =
+    "the daemon refused: there is no such profile; profile add creates it";
+
 /// A run that printed nothing but one message.
 /// @param message  without the program's name in front and the line end behind
 appctl_end fails(int status, const std::string &message);

@@ -3,6 +3,7 @@
 #include "sim/harness/files.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <linux/sockios.h>
 #include <poll.h>
@@ -89,4 +90,13 @@ bool is_consumed(int fd) {
     int left = 0;
     return sim_wait_for([&] { return ioctl(fd, SIOCOUTQ, &left) != 0 || left == 0; }) &&
            !client_goes(fd, 0);
+}
+
+fake_service sends(const std::string &bytes) {
+    return [bytes](int fd, const std::string &) { put(fd, bytes); };
+}
+
+appctl_end ask_fake(std::vector<std::string> words) {
+    words.insert(words.end(), {"-s", FAKE_SOCKET, "-t", "60"});
+    return appctl(words, {}, {std::chrono::seconds(90)});
 }

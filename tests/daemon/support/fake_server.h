@@ -2,6 +2,7 @@
 /// A server that a client cannot trust: a test says what it does with each connection.
 
 #include "control/protocol.h"
+#include "tests/daemon/support/appctl.h"
 
 #include <functional>
 #include <mutex>
@@ -11,6 +12,15 @@
 
 /// Does something with a connection whose request has been read. It is closed afterwards.
 using fake_service = std::function<void(int fd, const std::string &request)>;
+
+inline constexpr char FAKE_SOCKET[] = "/tmp/fake_socket";
+inline constexpr uint8_t DATA = UTM_APP_CONFIG_STATUS_DATA;
+
+/// A service that sends these bytes in one write and closes.
+fake_service sends(const std::string &bytes);
+
+/// Runs the client against a server at FAKE_SOCKET, with time enough for a slow machine.
+appctl_end ask_fake(std::vector<std::string> words);
 
 /// Listens at a path and serves one connection after the other until it goes.
 class fake_server {

@@ -84,6 +84,15 @@ std::string bytes_of(const utm_app_config_cmd &command) {
     return std::string(reinterpret_cast<const char *>(&command), sizeof command);
 }
 
+int load_signature(const std::string &path) {
+    return ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
+}
+
+std::string empty_document(time_t now) {
+    return "{\"user_profile_list\":[],\"timestamp\":" + std::to_string(now) +
+           ",\"global_stat\":[]}";
+}
+
 bool send_bytes(int fd, const std::string &bytes) {
     return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
 }

@@ -17,6 +17,8 @@ using text_lines = std::vector<std::string>;
 inline constexpr char LOG_PATH[] = "/tmp/utm_log/utm_app_log";
 inline constexpr char USAGE_PATH[] = "/tmp/ApplicationData/app_usage.json";
 inline constexpr char ROUTER_DIR[] = "/tmp/router";
+inline constexpr int OK = UTM_APP_CONFIG_STATUS_OK;
+inline constexpr int FAIL = UTM_APP_CONFIG_STATUS_FAIL;
 /// Tuesday 2030-01-01 12:00:00, in the daemon's time zone UTC.
 inline constexpr time_t NOON = 1893499200;
 
@@ -49,6 +51,15 @@ int ask_command(const utm_app_config_cmd &command);
 int send_request(const sim_request &request);
 [[nodiscard]] bool send_bytes(int fd, const std::string &bytes);
 std::string bytes_of(const utm_app_config_cmd &command);
+
+/// A ping as it is sent.
+inline const std::string PING = bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}));
+
+/// Asks for a signature to be loaded; @return the status
+int load_signature(const std::string &path);
+
+/// @return the usage file of a household without anybody
+std::string empty_document(time_t now);
 
 /// Prescribes the statistics service's reply to every query ("reply"), to those for a profile
 /// ("reply.profile") or to those for the router ("reply.router").

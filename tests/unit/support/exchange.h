@@ -33,6 +33,12 @@ struct wire_rule_t {
 utm_app_config_cmd rules_request(int32_t policy_id, int32_t count,
                                  const std::vector<wire_rule_t> &rules);
 
+/// @return a record of the wire as it is sent
+template <typename Record>
+std::string bytes_of(const Record &record) {
+    return std::string(reinterpret_cast<const char *>(&record), sizeof(record));
+}
+
 /// Sends bytes to the dispatcher, closes the sending side, and returns all that comes back.
 std::string exchange_bytes(const std::string &sent);
 

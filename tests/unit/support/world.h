@@ -49,6 +49,8 @@ void set_zone(const char *zone);
 
 /// @return the instant of a local time in the zone that is set
 time_t local(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
+/// @param fields  the same six, in this order
+time_t local(const int (&fields)[6]);
 
 /// Answers `system`: the raw wait status for a command line. Lines of the log itself (mkdir,
 /// touch, mv) really run and are not asked for, unless `intercept_log_commands` is set; then they
@@ -105,6 +107,7 @@ using mac_t = std::vector<uint8_t>;
 /// Two addresses, defined here so that a test's own constants may be made of them.
 inline const mac_t tablet = {0x00, 0x11, 0x22, 0x33, 0x44, 0x55};
 inline const mac_t phone = {0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0x0F};
+inline const std::vector<mac_t> both = {tablet, phone};
 
 /// Creates a profile with devices, without a trace in the story.
 config_user_profile_t *make_profile(int32_t id, const std::vector<mac_t> &devices = {});
