@@ -56,7 +56,7 @@ mv "$folder/staged" "$folder/moved"
 look_at "$folder/moved"
 
 if ! command -v dpkg-deb >/dev/null || ! command -v dpkg-shlibdeps >/dev/null; then
-    echo "no dpkg-deb or dpkg-shlibdeps: the package was not built"
+    echo "needs debian-packages: no dpkg-deb or dpkg-shlibdeps, so the package was not built"
     exit 77
 fi
 (cd "$build" && cpack -G DEB -B "$folder/package" >"$folder/log") || fail "$(cat "$folder/log")"

@@ -10,7 +10,7 @@ set -euo pipefail
 page=$(realpath -- "$1")
 chromium=${2:-/usr/bin/chromium}
 if ! [ -x "$chromium" ]; then
-    echo "no browser at $chromium; nothing was checked"
+    echo "needs browser: there is none at $chromium"
     exit 77
 fi
 

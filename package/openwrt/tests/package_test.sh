@@ -13,18 +13,30 @@ here=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "${1:?usage: package_test.sh BUILD_FOLDER [CASE...]}" && pwd)
 shift
 
-if [ "${UTM_PACKAGE_TEST:-}" != inside ]; then
-    namespaces="--mount --pid --fork --mount-proc"
+if [ -z "${UTM_PACKAGE_TEST:-}" ]; then
+    # Not all of /tmp is hidden, since the sources may be there.
+    place=$(mktemp -d)
+    trap 'rmdir "$place"' EXIT
+    namespaces="--mount --propagation unchanged --pid --fork"
     [ "$(id -u)" = 0 ] || namespaces="--user --map-root-user $namespaces"
+    # shellcheck disable=SC2016,SC2086 # the inner shell's place; options
+    if ! why=$(unshare $namespaces sh -c 'mount --make-rprivate / && mount -t tmpfs tmpfs "$1" &&
+        mkdir "$1/proc" && mount -t proc proc "$1/proc"' sh "$place" 2>&1); then
+        echo "needs package-root: $why"
+        exit 77
+    fi
     # shellcheck disable=SC2086 # options
-    UTM_PACKAGE_TEST=inside exec unshare $namespaces "$0" "$build" "$@"
+    UTM_PACKAGE_TEST=$place unshare $namespaces "$0" "$build" "$@"
+    exit
 fi
 
 mount --make-rprivate /
-mount -t tmpfs -o mode=1777 tmpfs /tmp
-work=/tmp/work
-root=/tmp/root
-mkdir -p $work $root
+# The tools that run in here look at processes of this namespace.
+mount -t proc proc /proc
+mount -t tmpfs -o mode=0755 tmpfs "$UTM_PACKAGE_TEST"
+work=$UTM_PACKAGE_TEST/work
+root=$UTM_PACKAGE_TEST/root
+mkdir -p "$work" "$root"
 
 failures=0
 
@@ -35,14 +47,14 @@ compare() {
         return
     fi
     echo "not ok - $1"
-    printf '%s\n' "$2" >$work/wanted
-    printf '%s\n' "$3" >$work/got
-    diff -u $work/wanted $work/got || true
+    printf '%s\n' "$2" >"$work/wanted"
+    printf '%s\n' "$3" >"$work/got"
+    diff -u "$work/wanted" "$work/got" || true
     failures=$((failures + 1))
 }
 
 sdk_make() {
-    make -s --no-print-directory -C "$here/.." TOPDIR="$here/sdk" PKG_INSTALL_DIR=$work/installed "$@"
+    make -s --no-print-directory -C "$here/.." TOPDIR="$here/sdk" PKG_INSTALL_DIR="$work/installed" "$@"
 }
 
 files_of() {
@@ -78,46 +90,46 @@ compare "the Makefile with the vendor's library" \
         /staging/usr/lib/libqvutm_notify.so)" \
     "$(sdk_make show CONFIG_UTM_APPD_VENDOR_NOTIFY=y UTM_APPD_VENDOR_NOTIFY_PACKAGE=vendor-notify)"
 
-sdk_make unpack ROOT=$root
+sdk_make unpack ROOT="$root"
 compare "the files with the substitute" \
     "$config_file
 $common_files
 $substitute_file
-$daemon_files" "$(files_of $root)"
-sdk_make unpack ROOT=$work/vendor CONFIG_UTM_APPD_VENDOR_NOTIFY=y
+$daemon_files" "$(files_of "$root")"
+sdk_make unpack ROOT="$work/vendor" CONFIG_UTM_APPD_VENDOR_NOTIFY=y
 compare "the files with the vendor's library" \
     "$config_file
 $common_files
-$daemon_files" "$(files_of $work/vendor)"
+$daemon_files" "$(files_of "$work/vendor")"
 
 # A CMake project that finds the vendor's library where it is, and not where it is ruled out.
 notification_library() {
-    cmake -S "$here/../../.." -B $work/cmake -DQVUTM_NOTIFY_LIBRARY:FILEPATH="$1" |
+    cmake -S "$here/../../.." -B "$work/cmake" -DQVUTM_NOTIFY_LIBRARY:FILEPATH="$1" |
         sed -n 's/^-- Notification library: //p'
 }
-cp $work/installed/usr/lib/utm_appd/libqvutm_notify.so $work/
+cp "$work/installed/usr/lib/utm_appd/libqvutm_notify.so" "$work"/
 compare "CMake takes the vendor's library" "$work/libqvutm_notify.so" \
-    "$(notification_library $work/libqvutm_notify.so)"
-rm -rf $work/cmake
+    "$(notification_library "$work/libqvutm_notify.so")"
+rm -rf "$work/cmake"
 compare "CMake takes the substitute where the vendor's is in reach" \
     "a substitute, which announces nothing to a router" \
     "$(CMAKE_LIBRARY_PATH=$work notification_library OFF)"
 
 # The rest of the root: BusyBox, stand-ins, the simulated router, and the libraries of them all.
 busybox=$(command -v busybox)
-mkdir -p $root/bin $root/sbin $root/dev $root/proc $root/tmp $root/test/bin $root/var
-ln -s ../tmp/run $root/var/run
-cp "$busybox" $root/bin/busybox
+mkdir -p "$root/bin" "$root/sbin" "$root/dev" "$root/proc" "$root/tmp" "$root/test/bin" "$root/var"
+ln -s ../tmp/run "$root/var/run"
+cp "$busybox" "$root/bin/busybox"
 for applet in $("$busybox" --list); do
     case $applet in
     logger | uci | busybox) ;;
     *) ln -s busybox "$root/bin/$applet" ;;
     esac
 done
-cp "$here/stand-ins/rc.common" $root/etc/
-cp "$here/stand-ins/procd_instance" "$here/cases.sh" "$here/../test.sh" $root/test/
-cp "$here/stand-ins/uci" "$here/stand-ins/logger" "$here/stand-ins/utm_appctl" $root/test/bin/
-cp "$build"/sim/bin/* $root/test/bin/
+cp "$here/stand-ins/rc.common" "$root/etc/"
+cp "$here/stand-ins/procd_instance" "$here/cases.sh" "$here/../test.sh" "$root/test/"
+cp "$here/stand-ins/uci" "$here/stand-ins/logger" "$here/stand-ins/utm_appctl" "$root/test/bin/"
+cp "$build"/sim/bin/* "$root/test/bin/"
 for program in "$busybox" $work/installed/usr/sbin/utm_appd "$build"/sim/bin/ubus; do
     for library in $(ldd "$program" | grep -o '/[^ ]*'); do
         case $library in *libqvutm_notify*) continue ;; esac
@@ -125,16 +137,16 @@ for program in "$busybox" $work/installed/usr/sbin/utm_appd "$build"/sim/bin/ubu
         cp -L "$library" "$root$library"
     done
 done
-mount -t tmpfs -o mode=0755 tmpfs $root/dev
-mknod -m 666 $root/dev/null c 1 3 2>/dev/null || {
-    touch $root/dev/null
-    mount --bind /dev/null $root/dev/null
+mount -t tmpfs -o mode=0755 tmpfs "$root/dev"
+mknod -m 666 "$root/dev/null" c 1 3 2>/dev/null || {
+    touch "$root/dev/null"
+    mount --bind /dev/null "$root/dev/null"
 }
-mount -t proc proc $root/proc
+mount -t proc proc "$root/proc"
 
 # Noon, so that no case meets a midnight.
 hour=$(TZ=UTC0 date +%H)
-chroot $root /bin/busybox env -i PATH=/test/bin:/usr/sbin:/usr/bin:/sbin:/bin \
+chroot "$root" /bin/busybox env -i PATH=/test/bin:/usr/sbin:/usr/bin:/sbin:/bin \
     TZ="NOON$((${hour#0} - 12))" UTM_SIM_DIR=/tmp/sim VERSION="$version" \
     /bin/ash /test/cases.sh "$@" || failures=$((failures + 1))
 

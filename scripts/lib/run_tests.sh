@@ -1,0 +1,37 @@
+# shellcheck shell=bash
+# For scripts that build presets and test them. Sourced, not run, in the project's folder.
+
+# shellcheck source=scripts/lib/progress.sh
+. scripts/lib/progress.sh
+
+# build_presets PRESET...: configures and builds each, and goes on after none that fails.
+build_presets() {
+    local preset
+    for preset; do
+        progress "Configuring $preset" cmake --preset "$preset"
+        progress "Building $preset" cmake --build --preset "$preset"
+    done
+}
+
+# run_tests FOLDER PRESETS CTEST_ARGUMENT...: one CTest run over all of these builds, separated by
+# blanks; the prefix of a test's name tells its build. Fails when a test does, and when one was left
+# out that could run here.
+run_tests() {
+    local folder=build/$1 status=0 presets
+    read -ra presets <<<"$2"
+    shift 2
+    mkdir -p "$folder"
+    rm -f "$folder/results.xml"
+    scripts/capabilities >"$folder/capabilities"
+    echo "What this machine allows:"
+    sed 's/^/  /' "$folder/capabilities"
+    printf 'subdirs("../%s")\n' "${presets[@]}" >"$folder/CTestTestfile.cmake"
+    # One more than there are processors: some tests wait most of their time.
+    ctest --test-dir "$folder" --no-tests=error --output-on-failure --parallel $(($(nproc) + 1)) \
+        --output-junit "$PWD/$folder/results.xml" --test-output-size-passed 100000000 \
+        --test-output-size-failed 100000000 "$@" || status=$?
+    # Such as ctest -N.
+    [[ -e $folder/results.xml ]] || return "$status"
+    scripts/lib/outcome "$folder/capabilities" "$folder/results.xml" || status=1
+    return "$status"
+}
