@@ -30,8 +30,10 @@ string(JOIN " " CMAKE_CXX_FLAGS_INIT
   -isystem ${UTM_CLANG_RESOURCES}/include
   -isystem ${UTM_MUSL_INCLUDE}
   -isystem ${UTM_TARGET_ROOT}/include/kernel)
+# musl's specs replace all that gcc tells the linker, the index of the unwind tables included. Without
+# it whatever a test throws ends the program. What ships is linked as C, and throws nothing.
 string(JOIN " " CMAKE_CXX_LINK_EXECUTABLE
-  <CMAKE_C_COMPILER> -specs=${UTM_MUSL_SPECS} <LINK_FLAGS> <OBJECTS> -o <TARGET> <LINK_LIBRARIES>
+  <CMAKE_C_COMPILER> -specs=${UTM_MUSL_SPECS} -Wl,--eh-frame-hdr <LINK_FLAGS> <OBJECTS> -o <TARGET> <LINK_LIBRARIES>
   -Wl,--start-group ${UTM_TARGET_ROOT}/lib/libc++.a ${UTM_TARGET_ROOT}/lib/libc++abi.a
   ${UTM_TARGET_ROOT}/lib/libunwind.a -Wl,--end-group)
 
