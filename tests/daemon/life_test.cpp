@@ -88,8 +88,8 @@ TEST_F(daemon_life, a_socket_path_that_is_a_directory_ends_it_with_status_1) {
 }
 
 TEST_F(daemon_life, a_socket_directory_that_cannot_be_written_ends_it_with_status_1) {
-    if (sim_is_redirected())
-        GTEST_SKIP() << "needs mount-namespaces: nothing else keeps root from writing";
+    // Nothing else keeps root from writing.
+    UTM_NEEDS("mount-namespaces", !sim_is_redirected());
     ASSERT_EQ(mount(nullptr, "/dev", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
 
     EXPECT_FALSE(sim_daemon_start(&daemon, options));
