@@ -80,6 +80,8 @@ void enter(char **arguments, const std::vector<std::string> &keep) {
 
 void sim_enter_sandbox(char **arguments, std::vector<std::string> keep) {
     std::string why;
+    if (access("/proc/self/exe", F_OK) != 0)
+        refuse("there is no /proc; mount it: mount -t proc proc /proc");
     if (!sim_is_redirected())
         enter(arguments, resolved(keep));
     else if (!sim_check_redirection(&why))
