@@ -9,7 +9,7 @@
 #include "bench/round_trip.h"
 #include "bench/tick.h"
 #include "bench/usage_file.h"
-#include "core/daemon.h"
+#include "daemon.h"
 #include "sim/harness/sandbox.h"
 
 #include <cstdio>

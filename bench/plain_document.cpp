@@ -15,13 +15,6 @@ plain_app_t app_of(const config_app_usage_t &from) {
     return app;
 }
 
-std::string mac_text(const uint8_t *mac) {
-    char text[sizeof("AA:BB:CC:DD:EE:FF")];
-    snprintf(text, sizeof(text), "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3],
-             mac[4], mac[5]);
-    return text;
-}
-
 plain_profile_t profile_of(config_user_profile_t &from) {
     plain_profile_t profile = {};
     profile.id = from.user_profile_id;
@@ -35,7 +28,7 @@ plain_profile_t profile_of(config_user_profile_t &from) {
     for (const config_app_usage_t &usage : apps_of(&from))
         profile.apps.push_back(app_of(usage));
     for (const config_device_t &device : devices_of(&from))
-        profile.devices.push_back(mac_text(device.mac));
+        profile.devices.push_back(mac_text(device.mac).text);
     profile.policy_id = from.app_policy->app_policy_id;
     for (const config_policy_app_t &rule : rules_of(from.app_policy))
         profile.rules.push_back({rule.app_id, rule.action, rule.daily_limit});

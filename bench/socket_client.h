@@ -1,7 +1,7 @@
 #pragma once
 /// One request over the control socket, as a client of the daemon makes it.
 
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 #include <cstddef>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "bench/socket_servers.h"
 
 #include "control/socket_server.h"
-#include "core/daemon.h"
+#include "daemon.h"
 
 #include <algorithm>
 #include <csignal>

@@ -2,7 +2,7 @@
 /// The two servers of a round trip, each a process of its own.
 
 #include "bench/household.h"
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 /// A client of the daemon's control socket.
 
-#include "control/protocol.h"
+#include "format/protocol.h"
 #include "sim/harness/files.h"
 
 #include <array>

@@ -3,7 +3,7 @@
 /// that say what it expects; the caller then ends with CTL_USAGE.
 
 #include "client/names.h"
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 #include <cstdint>
 

@@ -5,8 +5,8 @@
 /// closes. A list is any number of data replies and one that ends it.
 
 #include "client/exit_status.h"
-#include "client/owned.h"
-#include "control/protocol.h"
+#include "core/owners.h"
+#include "format/protocol.h"
 
 #include <cstdint>
 
@@ -36,7 +36,7 @@ private:
     ctl_exit read_piece(char *to, size_t size, size_t *got);
     ctl_exit timed_out() const;
 
-    ctl_descriptor fd_;
+    fd_guard fd_;
     int32_t timeout_s_ = 0;
     int64_t deadline_ms_ = 0;
     uint8_t type_ = 0;

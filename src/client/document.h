@@ -2,7 +2,7 @@
 /// JSON for scripts. The names of keys are an interface: the manual page lists them.
 
 #include "client/names.h"
-#include "client/owned.h"
+#include "core/json.h"
 
 #include <cstdint>
 
@@ -29,6 +29,6 @@ public:
 private:
     void add(const char *key, json_object *value);
 
-    ctl_json object_;
+    json_ptr object_;
     bool complete_ = true;
 };

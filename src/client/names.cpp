@@ -1,8 +1,8 @@
 #include "client/names.h"
 
 #include "client/message.h"
-#include "client/owned.h"
 #include "client/text.h"
+#include "core/owners.h"
 
 #include <cerrno>
 #include <cstring>
@@ -75,7 +75,7 @@ ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
         return CTL_DONE;
     if (is_there && !S_ISREG(status.st_mode))
         return unreadable(path, wanted, "it is no regular file");
-    const ctl_file file(is_there ? fopen(wanted, "re") : nullptr);
+    const file_ptr file(is_there ? fopen(wanted, "re") : nullptr);
     if (file == nullptr)
         return unreadable(path, wanted, strerror(errno));
     return read_lines(file.get(), wanted, names);

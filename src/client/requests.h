@@ -3,7 +3,7 @@
 /// `utm_app_config_cmd{.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}`.
 
 #include "client/arguments.h"
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 /// @param type  UTM_APP_CONFIG_ADD_DEVICE or UTM_APP_CONFIG_DEL_DEVICE
 /// @param mac   `ctl_mac_bytes` bytes in transmission order

@@ -1,7 +1,7 @@
 #include "client/temporary_file.h"
 
 #include "client/message.h"
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,8 +1,9 @@
 #include "client/usage_document.h"
 
 #include "client/message.h"
-#include "client/owned.h"
 #include "client/text.h"
+#include "core/json.h"
+#include "core/owners.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -220,7 +221,7 @@ const char *objection_to(const struct stat &status) {
 /// Looks before it opens, because opening a device may already do something, and once more
 /// afterwards, because something else may have taken the file's place. Without O_NONBLOCK the open
 /// would then wait for a pipe's other end.
-ctl_exit open_file(const char *path, ctl_descriptor *file) {
+ctl_exit open_file(const char *path, fd_guard *file) {
     struct stat status = {};
     if (stat(path, &status) != 0)
         return refuse(path, strerror(errno));
@@ -248,11 +249,11 @@ const char *objection_to(json_object *root) {
 } // namespace
 
 ctl_exit ctl_read_usage_document(const char *path, ctl_usage_document *document) {
-    ctl_descriptor file;
+    fd_guard file;
     const ctl_exit opened = open_file(path, &file);
     if (opened != CTL_DONE)
         return opened;
-    const ctl_json root(json_object_from_fd(file.get()));
+    const json_ptr root(json_object_from_fd(file.get()));
     if (const char *objection = objection_to(root.get()))
         return refuse(path, objection);
     read_time(root.get(), document);

@@ -1,11 +1,11 @@
 #include "control/dispatcher.h"
 
-#include "control/protocol.h"
+#include "control/feature_switch.h"
 #include "core/debug_log.h"
-#include "core/heap.h"
+#include "core/owners.h"
+#include "format/protocol.h"
 #include "persist/export.h"
 #include "persist/export_schedule.h"
-#include "persist/feature_switch.h"
 #include "persist/import.h"
 #include "store/policies.h"
 #include "store/profiles.h"
@@ -233,15 +233,16 @@ void load_signature(int fd, const cmd_t &cmd, reply_t &reply) {
     snprintf(line, sizeof(line), "lcsh load %.117s", path_of(cmd).text);
     utm_app_debug_log("cmd = %s\n", line);
     reply.status = UTM_APP_CONFIG_STATUS_NOT_LOADED;
-    FILE *pipe = popen(line, "re");
+    pipe_ptr pipe(popen(line, "re"));
     if (pipe == nullptr) {
         utm_app_debug_log("cmd popen :lcsh load app signature fail.\n");
         send_reply(fd, reply, UTM_APP_CONFIG_SHORT_REPLY_SIZE);
         return;
     }
-    if (says_loaded(pipe))
+    if (says_loaded(pipe.get()))
         reply.status = UTM_APP_CONFIG_STATUS_OK;
-    pclose(pipe);
+    // The shell is reaped before the client has its reply.
+    pipe.reset();
     send_reply(fd, reply);
 }
 

@@ -1,10 +1,9 @@
 #include "control/socket_server.h"
 
 #include "control/dispatcher.h"
-#include "control/protocol.h"
 #include "core/debug_log.h"
-#include "core/fd_guard.h"
-#include "core/heap.h"
+#include "core/owners.h"
+#include "format/protocol.h"
 
 #include <cerrno>
 #include <cstring>

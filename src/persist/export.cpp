@@ -2,8 +2,8 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
-#include "core/fd_guard.h"
 #include "core/json.h"
+#include "core/owners.h"
 #include "persist/export_schedule.h"
 
 #include <cstdio>
@@ -70,11 +70,7 @@ json_object *application_of(const config_app_usage_t &usage) {
 }
 
 json_object *device_of(const config_device_t &device) {
-    const uint8_t *mac = device.mac;
-    char text[sizeof("AA:BB:CC:DD:EE:FF")];
-    snprintf(text, sizeof(text), "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3],
-             mac[4], mac[5]);
-    return json_object_new_string(text);
+    return json_object_new_string(mac_text(device.mac).text);
 }
 
 json_object *rule_of(const config_policy_app_t &rule) {

@@ -1,6 +1,6 @@
 #include "persist/usage_file.h"
 
-#include "core/fd_guard.h"
+#include "core/owners.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

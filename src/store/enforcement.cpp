@@ -1,7 +1,7 @@
 #include "store/enforcement.h"
 
 #include "core/debug_log.h"
-#include "store/qvutm_notify.h"
+#include "notify/qvutm_notify.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -66,10 +66,8 @@ void utm_app_guard_off() {
 void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id) {
     if (device == nullptr)
         return;
-    const uint8_t *mac = device->mac;
     const command_line_t line =
-        command_line("%s apg acl set %02X:%02X:%02X:%02X:%02X:%02X %d 0 18", LCSH_CMD, mac[0],
-                     mac[1], mac[2], mac[3], mac[4], mac[5], app_id);
+        command_line("%s apg acl set %s %d 0 18", LCSH_CMD, mac_text(device->mac).text, app_id);
     const int status = system(line.text);
     // Unlike the other two lines this one is logged without "!= 0"; the text is kept.
     if (status != 0)
@@ -79,17 +77,14 @@ void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id) 
 void utm_app_unblock_app_on_device(const config_device_t *device, int32_t app_id) {
     if (device == nullptr)
         return;
-    const uint8_t *mac = device->mac;
-    run_checked(command_line("%s apg acl del %02X:%02X:%02X:%02X:%02X:%02X %d 0", LCSH_CMD, mac[0],
-                             mac[1], mac[2], mac[3], mac[4], mac[5], app_id));
+    run_checked(
+        command_line("%s apg acl del %s %d 0", LCSH_CMD, mac_text(device->mac).text, app_id));
 }
 
 void utm_app_reset_device(const config_device_t *device) {
     if (device == nullptr)
         return;
-    const uint8_t *mac = device->mac;
-    run_checked(command_line("%s apg acl reset %02X:%02X:%02X:%02X:%02X:%02X", LCSH_CMD, mac[0],
-                             mac[1], mac[2], mac[3], mac[4], mac[5]));
+    run_checked(command_line("%s apg acl reset %s", LCSH_CMD, mac_text(device->mac).text));
 }
 
 void utm_app_block_app_on_devices(config_list_node_t *device_list, int32_t app_id) {

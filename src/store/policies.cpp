@@ -1,9 +1,9 @@
 #include "store/policies.h"
 
 #include "core/debug_log.h"
-#include "core/heap.h"
+#include "core/owners.h"
+#include "core/saturate.h"
 #include "store/enforcement.h"
-#include "store/saturate.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
-#include "core/heap.h"
+#include "core/owners.h"
 #include "store/enforcement.h"
 #include "store/policies.h"
 
@@ -175,8 +175,7 @@ int32_t utm_app_add_device(int32_t profile_id, const uint8_t *mac) {
     utm_app_rebuild_device_list_string(profile);
     if (utm_app_feature_is_active())
         block_joining_device(profile, device);
-    utm_app_debug_log("Add dev mac = %02X:%02X:%02X:%02X:%02X:%02X to profile %d success\n", mac[0],
-                      mac[1], mac[2], mac[3], mac[4], mac[5], profile_id);
+    utm_app_debug_log("Add dev mac = %s to profile %d success\n", mac_text(mac).text, profile_id);
     return 0;
 }
 
@@ -189,9 +188,8 @@ int32_t utm_app_delete_device(int32_t profile_id, const uint8_t *mac) {
     }
     heap_ptr<config_device_t> device(utm_app_find_device(profile, mac));
     if (device == nullptr) {
-        utm_app_debug_log("Del dev %02X:%02X:%02X:%02X:%02X:%02X from profile %d failed because "
-                          "cannot find dev\n",
-                          mac[0], mac[1], mac[2], mac[3], mac[4], mac[5], profile_id);
+        utm_app_debug_log("Del dev %s from profile %d failed because cannot find dev\n",
+                          mac_text(mac).text, profile_id);
         return 0;
     }
     list_unlink(&device->link);
@@ -199,8 +197,7 @@ int32_t utm_app_delete_device(int32_t profile_id, const uint8_t *mac) {
     utm_app_rebuild_device_list_string(profile);
     if (utm_app_feature_is_active())
         release_leaving_device(profile, device.get());
-    utm_app_debug_log("Del dev %02X:%02X:%02X:%02X:%02X:%02X from profile %d success\n", mac[0],
-                      mac[1], mac[2], mac[3], mac[4], mac[5], profile_id);
+    utm_app_debug_log("Del dev %s from profile %d success\n", mac_text(mac).text, profile_id);
     return 0;
 }
 
@@ -240,9 +237,7 @@ void utm_app_rebuild_device_list_string(config_user_profile_t *profile) {
     }
     char *end = text;
     for (const config_device_t &device : devices_of(profile)) {
-        const uint8_t *mac = device.mac;
-        snprintf(end, device_piece_size, "%02X%02X%02X%02X%02X%02X ", mac[0], mac[1], mac[2],
-                 mac[3], mac[4], mac[5]);
+        snprintf(end, device_piece_size, "%s ", mac_digits(device.mac).text);
         end += device_piece_length;
     }
     free(profile->device_list_string);

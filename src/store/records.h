@@ -4,18 +4,16 @@
 /// Every time quantity is a whole number of minutes, every id and flag a signed 32-bit integer.
 /// Fields stand in their documented order. All of them are guarded by `utm_app_config_mutex`.
 
-#include "store/list.h"
+#include "core/list.h"
+#include "core/mac.h"
+#include "format/day_ring.h"
 
 #include <cstdint>
 
-/// Bytes of an Ethernet address, in transmission order.
-inline constexpr int32_t mac_bytes = 6;
 /// Minutes of a day: the limit that a new profile and its weekdays start with.
 inline constexpr int32_t minutes_per_day = 1440;
 /// Entries of a profile's weekday list.
 inline constexpr int32_t days_per_week = 7;
-/// Finished days that a usage record remembers.
-inline constexpr int32_t day_ring_days = 30;
 
 struct config_app_policy_t;
 struct config_policy_app_t;

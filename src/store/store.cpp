@@ -1,6 +1,6 @@
 #include "store/store.h"
 
-#include "core/heap.h"
+#include "core/owners.h"
 
 #include <cstring>
 

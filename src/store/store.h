@@ -22,7 +22,7 @@ extern int32_t utm_app_config_global_app_stat_list_count UTM_GUARDED_BY(utm_app_
 /// Seconds since the epoch of the last router-wide collection; the next one starts there.
 extern int64_t utm_app_config_global_app_stat_last_ts UTM_GUARDED_BY(utm_app_config_mutex);
 /// The feature switch: 0 off, 1 on. Held here because the whole store asks it; turned in
-/// `persist/feature_switch`. It starts switched off.
+/// `control/feature_switch`. It starts switched off.
 extern int32_t activate UTM_GUARDED_BY(utm_app_config_mutex);
 
 /// Empties the lists (without freeing) and starts the router-wide interval at `now`.

@@ -5,7 +5,7 @@
 /// one up by walking the list would make a tick quadratic. The list keeps its order and stays
 /// what counts; the index is thrown away after the reply.
 
-#include "core/heap.h"
+#include "core/owners.h"
 #include "store/store.h"
 
 #include <cstddef>

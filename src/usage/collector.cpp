@@ -12,12 +12,6 @@
 
 namespace {
 
-/// Closes a pipe of `popen` and reaps the program behind it.
-struct pipe_close {
-    void operator()(FILE *pipe) const { pclose(pipe); }
-};
-using pipe_ptr = std::unique_ptr<FILE, pipe_close>;
-
 /// Starts a query. "e" keeps the pipe from the programs that the other thread starts meanwhile.
 pipe_ptr start_query(const char *line) {
     return pipe_ptr(popen(line, "re"));

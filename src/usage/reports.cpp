@@ -1,10 +1,10 @@
 #include "usage/reports.h"
 
 #include "core/debug_log.h"
-#include "core/heap.h"
-#include "store/saturate.h"
+#include "core/owners.h"
+#include "core/saturate.h"
+#include "format/day_ring.h"
 #include "usage/calendar.h"
-#include "usage/day_ring.h"
 #include "usage/top_apps.h"
 
 namespace {

@@ -1,9 +1,9 @@
 #include "usage/rollover.h"
 
+#include "core/saturate.h"
+#include "format/day_ring.h"
 #include "store/enforcement.h"
-#include "store/saturate.h"
 #include "usage/calendar.h"
-#include "usage/day_ring.h"
 
 namespace {
 

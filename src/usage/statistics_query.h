@@ -14,7 +14,7 @@
 /// Nothing here knows a profile or takes a lock. The text comes from another program: any bytes,
 /// any shape and any numbers are met without harm.
 
-#include "core/heap.h"
+#include "core/owners.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "usage/top_apps.h"
 
 #include "core/debug_log.h"
-#include "core/heap.h"
-#include "store/saturate.h"
+#include "core/owners.h"
+#include "core/saturate.h"
 
 int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t *index) {
     config_app_usage_t *usage =

@@ -1,10 +1,10 @@
-/// docs/protocol.md says what is so: its numbers are those of control/protocol.h, its bytes those
+/// docs/protocol.md says what is so: its numbers are those of format/protocol.h, its bytes those
 /// that the daemon takes and gives, and its client works.
 
 #include "control/dispatcher.h"
-#include "control/protocol.h"
 #include "control/socket_server.h"
-#include "core/fd_guard.h"
+#include "core/owners.h"
+#include "format/protocol.h"
 
 #include "sim/harness/files.h"
 #include "tests/unit/support/exchange.h"
@@ -104,9 +104,9 @@ strings_t in_order(strings_t lines) {
     return lines;
 }
 
-/// @return control/protocol.h's numbers and names of one kind, such as "0 PING"
+/// @return format/protocol.h's numbers and names of one kind, such as "0 PING"
 strings_t names_of(const std::string &kind) {
-    const std::string header = sim_read_file(UTM_SOURCE_DIR "/src/control/protocol.h");
+    const std::string header = sim_read_file(UTM_SOURCE_DIR "/src/format/protocol.h");
     const std::regex entry("UTM_APP_CONFIG_(" + kind + R"() = (\d+),)");
     strings_t names;
     for (std::sregex_iterator it(header.begin(), header.end(), entry), end; it != end; ++it)

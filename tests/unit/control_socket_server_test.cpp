@@ -1,8 +1,8 @@
 #include "control/socket_server.h"
 
 #include "control/fd_event.h"
-#include "control/protocol.h"
 #include "core/debug_log.h"
+#include "format/protocol.h"
 #include "sim/harness/client.h"
 #include "tests/unit/support/exchange.h"
 #include "tests/unit/support/sockets.h"

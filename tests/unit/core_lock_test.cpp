@@ -1,6 +1,6 @@
 #include "core/lock.h"
 
-#include "core/heap.h"
+#include "core/owners.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
+#include "control/feature_switch.h"
 #include "core/debug_log.h"
-#include "core/heap.h"
-#include "persist/feature_switch.h"
+#include "core/owners.h"
 #include "store/enforcement.h"
 #include "store/policies.h"
 #include "store/profiles.h"

@@ -1,4 +1,4 @@
-#include "core/heap.h"
+#include "core/owners.h"
 #include "store/policies.h"
 #include "store/profiles.h"
 #include "tests/unit/support/store_state.h"

@@ -1,6 +1,6 @@
 #include "store/policies.h"
 
-#include "core/heap.h"
+#include "core/owners.h"
 #include "tests/unit/support/store_state.h"
 #include "tests/unit/support/world.h"
 

@@ -1,8 +1,8 @@
 #include "store/store.h"
 
+#include "core/saturate.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "store/saturate.h"
 #include "tests/unit/support/store_state.h"
 #include "tests/unit/support/world.h"
 #include "usage/accounting.h"

@@ -1,9 +1,9 @@
 /// docs/integration.md says what is so: its example reply is read as it says, and the command lines
 /// that it shows are those that the daemon issues.
 
+#include "notify/qvutm_notify.h"
 #include "store/enforcement.h"
 #include "store/profiles.h"
-#include "store/qvutm_notify.h"
 #include "usage/collector.h"
 #include "usage/statistics_query.h"
 

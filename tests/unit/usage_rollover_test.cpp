@@ -4,7 +4,7 @@
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"
 
-#include "store/list.h"
+#include "core/list.h"
 #include "store/store.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "usage/top_apps.h"
 
-#include "core/heap.h"
+#include "core/owners.h"
 #include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
 #include "tests/unit/support/world.h"

@@ -1,7 +1,7 @@
 #pragma once
 /// A server that a client cannot trust: a test says what it does with each connection.
 
-#include "control/protocol.h"
+#include "format/protocol.h"
 #include "tests/daemon/support/appctl.h"
 
 #include <functional>

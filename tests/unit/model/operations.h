@@ -4,7 +4,7 @@
 #include "tests/unit/model/change.h"
 #include "tests/unit/model/state.h"
 
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 #include <deque>
 #include <random>

@@ -3,7 +3,7 @@
 ///
 /// Replies are taken apart by the documented offsets, as a client in another language would.
 
-#include "control/protocol.h"
+#include "format/protocol.h"
 
 #include <cstdint>
 #include <initializer_list>

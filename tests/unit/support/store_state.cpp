@@ -16,7 +16,7 @@ __attribute__((format(printf, 1, 2))) std::string text(const char *format, ...) 
     return buffer;
 }
 
-std::string mac_text(const uint8_t *mac) {
+std::string address_of(const uint8_t *mac) {
     return text("%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
 }
 
@@ -72,7 +72,7 @@ std::string describe(config_user_profile_t &profile) {
     all += text("\n %d devices ", profile.device_count) +
            (devices == nullptr ? "none" : "\"" + std::string(devices) + "\"") + ":";
     for (const config_device_t &device : devices_of(&profile))
-        all += " " + mac_text(device.mac);
+        all += " " + address_of(device.mac);
     all += text("\n %d apps:", profile.app_count);
     for (const config_app_usage_t &usage : apps_of(&profile))
         all += text(" %d used %d/%d/%d blocked %d", usage.app_id, usage.daily_used,
@@ -96,7 +96,7 @@ std::string command_lines(const char *verb, const std::vector<std::vector<uint8_
                           const std::string &rest) {
     std::string all;
     for (const std::vector<uint8_t> &mac : macs)
-        all += text("run lcsh apg acl %s ", verb) + mac_text(mac.data()) + rest + "\n";
+        all += text("run lcsh apg acl %s ", verb) + address_of(mac.data()) + rest + "\n";
     return all;
 }
 

@@ -1,7 +1,7 @@
 #include "tests/unit/support/usage_file_fixture.h"
 
 #include "core/debug_log.h"
-#include "core/heap.h"
+#include "core/owners.h"
 #include "persist/export.h"
 #include "persist/export_schedule.h"
 #include "persist/import.h"

@@ -1,11 +1,11 @@
 #include "tests/unit/support/world.h"
 
 #include "core/debug_log.h"
-#include "core/heap.h"
+#include "core/owners.h"
+#include "notify/qvutm_notify.h"
 #include "persist/export_schedule.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "store/qvutm_notify.h"
 #include "store/store.h"
 #include "usage/accounting.h"
 #include "usage/top_apps.h"

@@ -1,9 +1,9 @@
-#include "persist/feature_switch.h"
+#include "control/feature_switch.h"
 
 #include "core/debug_log.h"
+#include "notify/qvutm_notify.h"
 #include "persist/export.h"
 #include "store/enforcement.h"
-#include "store/qvutm_notify.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 /// Turning the feature switch: what it does to the network, and the usage file that it leaves.
 
-#include "persist/feature_switch.h"
+#include "control/feature_switch.h"
 
 #include "core/debug_log.h"
 #include "persist/export_schedule.h"

@@ -1,9 +1,9 @@
-#include "core/daemon.h"
+#include "daemon.h"
 
 #include "control/fd_event.h"
-#include "control/protocol.h"
 #include "control/socket_server.h"
 #include "core/debug_log.h"
+#include "format/protocol.h"
 #include "persist/export_schedule.h"
 #include "persist/usage_file.h"
 #include "tests/unit/support/store_state.h"

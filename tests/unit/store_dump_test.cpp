@@ -1,4 +1,4 @@
-#include "persist/dump.h"
+#include "store/dump.h"
 
 #include "core/debug_log.h"
 #include "tests/unit/support/usage_file_fixture.h"

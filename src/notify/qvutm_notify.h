@@ -2,7 +2,7 @@
 /// The router's notification library, `libqvutm_notify.so`.
 ///
 /// The library is closed and lives on the router; these are its two calls, as the daemon links
-/// them. A machine that lacks it builds a substitute of the same name (see sim/).
+/// them. A machine that lacks it builds a substitute of the same name (qvutm_notify.cpp).
 
 #include <cstddef>
 #include <cstdint>

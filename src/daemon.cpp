@@ -1,4 +1,4 @@
-#include "core/daemon.h"
+#include "daemon.h"
 
 #include "control/fd_event.h"
 #include "control/socket_server.h"

@@ -1,4 +1,4 @@
-#include "persist/feature_switch.h"
+#include "control/feature_switch.h"
 
 #include "persist/usage_file.h"
 #include "store/policies.h"

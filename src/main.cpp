@@ -1,6 +1,6 @@
 /// utm_appd: keeps a family's internet time on a home router. Takes no arguments.
 
-#include "core/daemon.h"
+#include "daemon.h"
 
 #include <unistd.h>
 

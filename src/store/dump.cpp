@@ -1,7 +1,7 @@
-#include "persist/dump.h"
+#include "store/dump.h"
 
 #include "core/debug_log.h"
-#include "usage/day_ring.h"
+#include "format/day_ring.h"
 
 namespace {
 
@@ -47,11 +47,8 @@ void dump_profile(config_user_profile_t &profile, char *separator) {
                       profile.weekly_used, profile.monthly_used);
     utm_app_debug_log("\tblocked: %d\n", profile.blocked);
     utm_app_debug_log("Device list:\n");
-    for (const config_device_t &device : devices_of(&profile)) {
-        const uint8_t *mac = device.mac;
-        utm_app_debug_log("\tdevice %02X:%02X:%02X:%02X:%02X:%02X\n", mac[0], mac[1], mac[2],
-                          mac[3], mac[4], mac[5]);
-    }
+    for (const config_device_t &device : devices_of(&profile))
+        utm_app_debug_log("\tdevice %s\n", mac_text(device.mac).text);
     utm_app_debug_log("APP usage:\n");
     for (const config_app_usage_t &usage : apps_of(&profile))
         dump_application(usage, separator);

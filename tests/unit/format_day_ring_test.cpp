@@ -1,4 +1,4 @@
-#include "usage/day_ring.h"
+#include "format/day_ring.h"
 
 #include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/render.h"
