@@ -59,7 +59,7 @@ if(NOT UTM_SANITIZE AND NOT given_compile_flags MATCHES "unwind-tables")
     $<$<CONFIG:MinSizeRel,Release>:-fno-unwind-tables>)
 endif()
 
-foreach(target utm_app utm_ctl utm_appd utm_appctl)
+foreach(target utm_format utm_app utm_ctl utm_appd utm_appctl)
   target_compile_options(${target} PRIVATE ${hardening_pie} ${hardening_compile})
 endforeach()
 foreach(target utm_appd utm_appctl)

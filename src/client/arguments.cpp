@@ -18,11 +18,6 @@ namespace {
 constexpr const char *weekday_names[ctl_days_per_week] = {
     "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
-/// Numbers of the wire's `action`.
-constexpr uint16_t action_remove = 0;
-constexpr uint16_t action_limit = 1;
-constexpr uint16_t action_block = 2;
-
 /// What a shell takes as it stands.
 constexpr char harmless_characters[] =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,=@%:";
@@ -79,11 +74,11 @@ bool read_rule_action(const char *text, utm_app_config_app_entry *rule) {
     int32_t minutes = 0;
     rule->limit = 0;
     if (strcmp(text, "block") == 0) {
-        rule->action = action_block;
+        rule->action = POLICY_ACTION_BLOCK;
     } else if (strcmp(text, "remove") == 0) {
-        rule->action = action_remove;
+        rule->action = POLICY_ACTION_REMOVE;
     } else if (ctl_parse_minutes(text, &minutes) && minutes <= UINT16_MAX) {
-        rule->action = action_limit;
+        rule->action = POLICY_ACTION_LIMIT;
         rule->limit = static_cast<uint16_t>(minutes);
     } else {
         return false;

@@ -23,7 +23,8 @@ struct unit_t {
     size_t periods;
 };
 
-constexpr unit_t units[] = {{"days", "day", 0, periods_max}, {"weeks", "week", 1, 4}};
+constexpr unit_t units[] = {{"days", "day", UTM_APP_CONFIG_PREV_BY_DAY, periods_max},
+                            {"weeks", "week", UTM_APP_CONFIG_PREV_BY_WEEK, 4}};
 
 /// An application's minutes by period, the oldest first.
 struct app_history {

@@ -30,7 +30,7 @@ const ctl_app_rule *rule_for(std::span<const ctl_app_rule> rules, int32_t app_id
 }
 
 void put_rule(FILE *page, const ctl_app_rule &rule, int64_t daily_used) {
-    if (rule.action == CTL_RULE_BLOCK)
+    if (rule.action == POLICY_ACTION_BLOCK)
         fputs("always blocked", page);
     else
         fprintf(page, "limit %s a day%s", ctl_time_of(rule.daily_limit).text,

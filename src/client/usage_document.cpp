@@ -2,93 +2,31 @@
 
 #include "client/message.h"
 #include "client/text.h"
-#include "core/json.h"
-#include "core/owners.h"
+#include "format/usage_file.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace {
 
 /// json-c takes a file whole before anybody looks at it, and needs many times its size. Five
 /// thousand applications are one and a half million bytes; no family has as many.
-constexpr off_t size_limit = off_t{2} * 1024 * 1024;
-constexpr int ring_days = 30;
+constexpr int64_t size_limit = int64_t{2} * 1024 * 1024;
 
-/// By day number. Day 0 is Sunday and stands under "mon": the names are places in a list.
-constexpr const char *weekday_keys[] = {"mon", "tues", "wed", "thur", "fri", "sat", "sun"};
-
-/// @return a member, null when there is none or `object` is no object
-json_object *member(json_object *object, const char *key) {
-    json_object *value = nullptr;
-    if (json_object_is_type(object, json_type_object))
-        json_object_object_get_ex(object, key, &value);
-    return value;
+int32_t minutes(int32_t read) {
+    return std::max(read, 0);
 }
 
-bool has(json_object *object, const char *key) {
-    return json_object_is_type(object, json_type_object) &&
-           json_object_object_get_ex(object, key, nullptr) != 0;
+ctl_use use_of(const usage_counters_t &used) {
+    return {minutes(used.daily), minutes(used.weekly), minutes(used.monthly)};
 }
 
-/// json-c's array functions assert on any other type.
-/// @return an array, null for a value of another type
-json_object *array_or_null(json_object *value) {
-    return json_object_is_type(value, json_type_array) ? value : nullptr;
-}
-
-size_t size_of(json_object *array) {
-    return array == nullptr ? 0 : json_object_array_length(array);
-}
-
-/// json-c's integer for a value of any type. A NaN, which its parser takes, would become another
-/// number on another processor.
-int32_t integer_of(json_object *value) {
-    if (json_object_is_type(value, json_type_double)) {
-        const double number = json_object_get_double(value);
-        if (number != number)
-            return 0;
-    }
-    return json_object_get_int(value);
-}
-
-int32_t integer_at(json_object *object, const char *key) {
-    return integer_of(member(object, key));
-}
-
-int32_t minutes_of(json_object *value) {
-    return std::max(integer_of(value), 0);
-}
-
-int32_t minutes_at(json_object *object, const char *key) {
-    return minutes_of(member(object, key));
-}
-
-ctl_use read_use(json_object *object) {
-    return {minutes_at(object, "daily_used"), minutes_at(object, "weekly_used"),
-            minutes_at(object, "monthly_used")};
-}
-
-bool is_application(json_object *element) {
-    return has(element, "app_id") && has(element, "daily_used") && has(element, "weekly_used") &&
-           has(element, "monthly_used");
-}
-
-/// Adds an application's days to a history. A ring without its place, or of another size than
-/// thirty, has no days, as for the daemon.
-void add_days(json_object *app, int64_t *history) {
-    history[0] += minutes_at(app, "daily_used");
-    json_object *ring = array_or_null(member(app, "prev_30_days"));
-    if (!has(app, "next_day_idx") || size_of(ring) != ring_days)
-        return;
-    const int next = integer_at(app, "next_day_idx") % ring_days + ring_days;
-    for (int days_ago = 1; days_ago <= ring_days; ++days_ago) {
-        const int slot = (next + ring_days - days_ago) % ring_days;
-        history[days_ago] += minutes_of(json_object_array_get_idx(ring, static_cast<size_t>(slot)));
-    }
+/// Adds an application's days to a history.
+void add_days(const usage_app_t &app, int64_t *history) {
+    history[0] += minutes(app.used.daily);
+    for (int days_ago = 1; days_ago <= day_ring_days; ++days_ago)
+        history[days_ago] += minutes(day_ring_at(app, days_ago));
 }
 
 int compare(int64_t left, int64_t right) {
@@ -111,15 +49,15 @@ int compare_apps(const void *left_record, const void *right_record) {
 [[nodiscard]] bool read_apps(json_object *list, ctl_growing<ctl_app_use> *apps, ctl_part *part,
                              int64_t *history) {
     part->first = apps->size();
-    const size_t count = size_of(list);
+    const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
-        json_object *element = json_object_array_get_idx(list, i);
-        if (!is_application(element))
+        usage_app_t app;
+        if (!usage_read_app(json_object_array_get_idx(list, i), &app))
             continue;
-        if (!apps->add({integer_at(element, "app_id"), read_use(element)}))
+        if (!apps->add({app.app_id, use_of(app.used)}))
             return false;
         if (history != nullptr)
-            add_days(element, history);
+            add_days(app, history);
     }
     part->count = apps->size() - part->first;
     if (part->count > 1)
@@ -127,18 +65,15 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_rules(json_object *policy, ctl_growing<ctl_app_rule> *rules,
-                              ctl_part *part) {
-    json_object *list = array_or_null(member(policy, "app_list"));
+[[nodiscard]] bool read_rules(json_object *list, ctl_growing<ctl_app_rule> *rules, ctl_part *part) {
     part->first = rules->size();
-    const size_t count = size_of(list);
+    const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
-        json_object *element = json_object_array_get_idx(list, i);
-        const int32_t action = integer_at(element, "action");
-        if (!has(element, "app_id") || (action != CTL_RULE_LIMIT && action != CTL_RULE_BLOCK))
+        usage_rule_t rule;
+        if (!usage_read_rule(json_object_array_get_idx(list, i), &rule) ||
+            (rule.action != POLICY_ACTION_LIMIT && rule.action != POLICY_ACTION_BLOCK))
             continue;
-        if (!rules->add(
-                {integer_at(element, "app_id"), action, minutes_at(element, "daily_limit")}))
+        if (!rules->add({rule.app_id, rule.action, minutes(rule.daily_limit)}))
             return false;
     }
     part->count = rules->size() - part->first;
@@ -148,7 +83,7 @@ int compare_apps(const void *left_record, const void *right_record) {
 [[nodiscard]] bool read_devices(json_object *list, ctl_growing<ctl_device_name> *devices,
                                 ctl_profile_use *profile) {
     profile->devices.first = devices->size();
-    const size_t count = size_of(list);
+    const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
         json_object *element = json_object_array_get_idx(list, i);
         if (!json_object_is_type(element, json_type_string))
@@ -164,36 +99,35 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-void read_limits(json_object *element, ctl_profile_use *profile) {
-    for (size_t day = 0; day < std::size(weekday_keys); ++day)
-        profile->weekday_limits[day] =
-            has(element, weekday_keys[day])
-                ? std::min(minutes_at(element, weekday_keys[day]), ctl_no_limit)
-                : ctl_no_limit;
-    profile->daily_extend = minutes_at(element, "daily_extend");
+void read_limits(const usage_profile_t &read, ctl_profile_use *profile) {
+    std::fill_n(profile->weekday_limits, days_per_week, ctl_no_limit);
+    for (int32_t i = 0; i < read.weekday_count; ++i)
+        profile->weekday_limits[read.weekdays[i].day] =
+            std::min(minutes(read.weekdays[i].limit), ctl_no_limit);
+    profile->daily_extend = minutes(read.daily_extend);
 }
 
-[[nodiscard]] bool read_profile(json_object *element, ctl_usage_document *document) {
+[[nodiscard]] bool read_profile(json_object *element, const usage_profile_t &read,
+                                ctl_usage_document *document) {
     ctl_profile_use profile = {};
-    profile.user_profile_id = integer_at(element, "user_profile_id");
-    profile.use = read_use(element);
-    profile.blocked = integer_at(element, "blocked") != 0;
-    read_limits(element, &profile);
-    return read_apps(array_or_null(member(element, "app_stat_list")), &document->apps,
-                     &profile.apps, profile.history) &&
-           read_rules(member(element, "app_policy"), &document->rules, &profile.rules) &&
-           read_devices(array_or_null(member(element, "device_list")), &document->devices,
-                        &profile) &&
+    profile.user_profile_id = read.user_profile_id;
+    profile.use = use_of(read.used);
+    profile.blocked = read.blocked != 0;
+    read_limits(read, &profile);
+    return read_apps(usage_apps_of(element), &document->apps, &profile.apps, profile.history) &&
+           read_rules(usage_rules_of(element), &document->rules, &profile.rules) &&
+           read_devices(usage_devices_of(element), &document->devices, &profile) &&
            document->profiles.add(profile);
 }
 
 [[nodiscard]] bool read_profiles(json_object *list, ctl_usage_document *document) {
-    const size_t count = size_of(list);
+    const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
         json_object *element = json_object_array_get_idx(list, i);
-        if (!has(element, "user_profile_id"))
+        usage_profile_t read;
+        if (!usage_read_profile(element, &read))
             continue;
-        if (document->profile_count++ < ctl_profiles_max && !read_profile(element, document))
+        if (document->profile_count++ < ctl_profiles_max && !read_profile(element, read, document))
             return false;
     }
     return true;
@@ -202,8 +136,10 @@ void read_limits(json_object *element, ctl_profile_use *profile) {
 /// The daemon cuts its clock to 32 bits. Read without a sign they last until 2106, and no router
 /// has written anything before 1970.
 void read_time(json_object *root, ctl_usage_document *document) {
-    document->timestamp = static_cast<uint32_t>(integer_at(root, "timestamp"));
-    document->has_time = document->timestamp != 0;
+    int32_t timestamp = 0;
+    usage_read_time(root, &timestamp);
+    document->timestamp = static_cast<uint32_t>(timestamp);
+    document->has_time = timestamp != 0;
 }
 
 ctl_exit refuse(const char *path, const char *reason) {
@@ -211,56 +147,31 @@ ctl_exit refuse(const char *path, const char *reason) {
                     path, reason);
 }
 
-/// @return what keeps an open file from being read, or null
-const char *objection_to(const struct stat &status) {
-    if (!S_ISREG(status.st_mode))
+/// @param error  of opening the file
+const char *reason_of(int error) {
+    switch (error) {
+    case ENOTSUP:
         return "it is no regular file";
-    return status.st_size > size_limit ? "it is larger than 2 MiB" : nullptr;
-}
-
-/// Looks before it opens, because opening a device may already do something, and once more
-/// afterwards, because something else may have taken the file's place. Without O_NONBLOCK the open
-/// would then wait for a pipe's other end.
-ctl_exit open_file(const char *path, fd_guard *file) {
-    struct stat status = {};
-    if (stat(path, &status) != 0)
-        return refuse(path, strerror(errno));
-    if (const char *objection = objection_to(status))
-        return refuse(path, objection);
-    file->reset(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (file->get() < 0 || fstat(file->get(), &status) != 0)
-        return refuse(path, strerror(errno));
-    if (const char *objection = objection_to(status))
-        return refuse(path, objection);
-    return CTL_DONE;
-}
-
-/// @return what keeps a document from being a usage file, or null
-const char *objection_to(json_object *root) {
-    if (root == nullptr)
-        return "it is no JSON, is cut off, or is nested deeper than 32";
-    if (!json_object_is_type(root, json_type_object))
-        return "it is no JSON object";
-    if (!has(root, "user_profile_list"))
-        return "it has no user_profile_list";
-    return has(root, "global_stat") ? nullptr : "it has no global_stat";
+    case EFBIG:
+        return "it is larger than 2 MiB";
+    default:
+        return strerror(error);
+    }
 }
 
 } // namespace
 
 ctl_exit ctl_read_usage_document(const char *path, ctl_usage_document *document) {
-    fd_guard file;
-    const ctl_exit opened = open_file(path, &file);
-    if (opened != CTL_DONE)
-        return opened;
+    const fd_guard file(usage_file_open_to_read(path, size_limit));
+    if (file.get() < 0)
+        return refuse(path, reason_of(errno));
     const json_ptr root(json_object_from_fd(file.get()));
-    if (const char *objection = objection_to(root.get()))
+    if (const char *objection = usage_objection_to(root.get()))
         return refuse(path, objection);
     read_time(root.get(), document);
-    json_object *profiles = array_or_null(member(root.get(), "user_profile_list"));
-    json_object *apps = array_or_null(member(root.get(), "global_stat"));
-    if (!read_profiles(profiles, document) ||
-        !read_apps(apps, &document->apps, &document->router_apps, nullptr))
+    if (!read_profiles(usage_profiles_of(root.get()), document) ||
+        !read_apps(usage_router_apps_of(root.get()), &document->apps, &document->router_apps,
+                   nullptr))
         return ctl_fail(CTL_BROKEN, "%s: out of memory", path);
     return CTL_DONE;
 }

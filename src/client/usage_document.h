@@ -6,6 +6,7 @@
 
 #include "client/exit_status.h"
 #include "client/growing.h"
+#include "format/protocol.h"
 
 #include <cstdint>
 #include <span>
@@ -39,12 +40,9 @@ struct ctl_app_use {
     ctl_use use;
 };
 
-/// What a rule does; the file's other numbers mean nothing.
-enum ctl_rule_action : int32_t { CTL_RULE_LIMIT = 1, CTL_RULE_BLOCK = 2 };
-
 struct ctl_app_rule {
     int32_t app_id;
-    int32_t action;
+    int32_t action; ///< POLICY_ACTION_LIMIT or _BLOCK; the file's other numbers mean nothing
     int32_t daily_limit;
 };
 

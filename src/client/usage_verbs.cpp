@@ -13,10 +13,6 @@ namespace {
 
 constexpr unsigned period_options = CTL_OPTION_DAY | CTL_OPTION_WEEK | CTL_OPTION_MONTH;
 
-/// Selectors of the wire for weeks and the month; a day is its own number.
-constexpr int32_t selector_week = 1000;
-constexpr int32_t selector_month = 2000;
-
 /// One profile's standing, in minutes.
 struct standing {
     int64_t today;
@@ -107,9 +103,9 @@ struct period {
 
 period period_of(const ctl_options &options) {
     if (options.has(CTL_OPTION_MONTH))
-        return {"month", 0, selector_month};
+        return {"month", 0, UTM_APP_CONFIG_PERIOD_MONTH};
     if (options.has(CTL_OPTION_WEEK))
-        return {"week", options.week, selector_week + options.week};
+        return {"week", options.week, UTM_APP_CONFIG_PERIOD_WEEK + options.week};
     return {"day", options.day, options.day};
 }
 

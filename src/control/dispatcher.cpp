@@ -2,6 +2,7 @@
 
 #include "control/feature_switch.h"
 #include "core/debug_log.h"
+#include "core/io.h"
 #include "core/owners.h"
 #include "format/protocol.h"
 #include "persist/export.h"
@@ -12,11 +13,9 @@
 #include "usage/limits.h"
 #include "usage/reports.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -27,17 +26,7 @@ using reply_t = utm_app_config_reply;
 /// not read; one that has gone costs a line in the log (SIGPIPE).
 /// @return false when the reply could not be written whole
 bool send_reply(int fd, const reply_t &reply, size_t size = UTM_APP_CONFIG_REPLY_SIZE) {
-    const char *next = reinterpret_cast<const char *>(&reply);
-    while (size > 0) {
-        const ssize_t written = write(fd, next, size);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        next += written;
-        size -= static_cast<size_t>(written);
-    }
-    return true;
+    return write_whole(fd, &reply, size);
 }
 
 void send_status(int fd, reply_t &reply, utm_app_config_status status) {
@@ -62,22 +51,6 @@ void send_list(int fd, reply_t &reply, const Entry *entries, int32_t count, Fill
     send_status(fd, reply, UTM_APP_CONFIG_STATUS_OK);
 }
 
-const uint8_t *mac_of(const cmd_t &cmd) {
-    return reinterpret_cast<const uint8_t *>(&cmd) + UTM_APP_CONFIG_MAC_OFFSET;
-}
-
-/// A request's path, which may come without its NUL.
-struct path_t {
-    char text[UTM_APP_CONFIG_PATH_SIZE + 1];
-};
-
-path_t path_of(const cmd_t &cmd) {
-    path_t path = {};
-    memcpy(path.text, reinterpret_cast<const char *>(&cmd) + UTM_APP_CONFIG_PATH_OFFSET,
-           UTM_APP_CONFIG_PATH_SIZE);
-    return path;
-}
-
 int32_t ping(const cmd_t &, reply_t &) {
     return 0;
 }
@@ -91,11 +64,11 @@ int32_t delete_profile(const cmd_t &cmd, reply_t &) {
 }
 
 int32_t add_device(const cmd_t &cmd, reply_t &) {
-    return utm_app_add_device(cmd.arg0, mac_of(cmd));
+    return utm_app_add_device(cmd.arg0, utm_app_config_mac(cmd));
 }
 
 int32_t delete_device(const cmd_t &cmd, reply_t &) {
-    return utm_app_delete_device(cmd.arg0, mac_of(cmd));
+    return utm_app_delete_device(cmd.arg0, utm_app_config_mac(cmd));
 }
 
 int32_t set_daily_limit_enable(const cmd_t &cmd, reply_t &) {
@@ -153,7 +126,7 @@ void get_app_usage(int fd, const cmd_t &cmd, reply_t &reply) {
 }
 
 void get_prev_day_usage(int fd, const cmd_t &cmd, reply_t &reply) {
-    if (cmd.arg1 != prev_usage_by_day && cmd.arg1 != prev_usage_by_week) {
+    if (cmd.arg1 != UTM_APP_CONFIG_PREV_BY_DAY && cmd.arg1 != UTM_APP_CONFIG_PREV_BY_WEEK) {
         send_status(fd, reply, UTM_APP_CONFIG_STATUS_FAIL);
         return;
     }
@@ -185,11 +158,7 @@ int32_t create_policy(const cmd_t &cmd, reply_t &reply) {
 }
 
 config_policy_rule_t rule_of(const cmd_t &cmd, int32_t index) {
-    utm_app_config_app_entry entry = {};
-    memcpy(&entry,
-           reinterpret_cast<const char *>(&cmd) + UTM_APP_CONFIG_APP_LIST_OFFSET +
-               static_cast<size_t>(index) * sizeof(entry),
-           sizeof(entry));
+    const utm_app_config_app_entry entry = utm_app_config_rule(cmd, index);
     return {static_cast<int32_t>(entry.app_id), entry.action, entry.limit};
 }
 
@@ -230,7 +199,7 @@ void load_signature(int fd, const cmd_t &cmd, reply_t &reply) {
     utm_app_debug_log("UTM_APP_CONFIG_LOAD_SIGNATURE\n");
     char line[128] = {};
     // Always this shell, unlike the access rules; a longer line is cut.
-    snprintf(line, sizeof(line), "lcsh load %.117s", path_of(cmd).text);
+    snprintf(line, sizeof(line), "lcsh load %.117s", utm_app_config_path(cmd).text);
     utm_app_debug_log("cmd = %s\n", line);
     reply.status = UTM_APP_CONFIG_STATUS_NOT_LOADED;
     pipe_ptr pipe(popen(line, "re"));
@@ -263,11 +232,11 @@ int32_t set_export_interval(const cmd_t &cmd, reply_t &) {
 }
 
 int32_t import_statistics(const cmd_t &cmd, reply_t &) {
-    return utm_app_import_statistics(path_of(cmd).text);
+    return utm_app_import_statistics(utm_app_config_path(cmd).text);
 }
 
 int32_t export_statistics(const cmd_t &cmd, reply_t &) {
-    return utm_app_export_statistics_to(path_of(cmd).text);
+    return utm_app_export_statistics_to(utm_app_config_path(cmd).text);
 }
 
 /// One command: its number, and the operation behind it. `run` answers with one reply whose status

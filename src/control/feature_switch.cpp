@@ -1,6 +1,7 @@
 #include "control/feature_switch.h"
 
 #include "core/debug_log.h"
+#include "format/usage_file.h"
 #include "notify/qvutm_notify.h"
 #include "persist/export.h"
 #include "store/enforcement.h"

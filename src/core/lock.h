@@ -2,7 +2,7 @@
 /// Locks that clang's thread-safety analysis understands.
 ///
 /// The types wrap the POSIX locks one to one. They have no constructor and no destructor: each lock
-/// is a global that `core/daemon` creates and destroys by name, in a fixed order.
+/// is a global that `daemon` creates and destroys by name, in a fixed order.
 
 #include <pthread.h>
 

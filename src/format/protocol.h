@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 /// Where the daemon listens.
 inline constexpr char UTM_APP_CONFIG_SOCKET_PATH[] = "/dev/utm_app_config_socket";
@@ -76,12 +77,30 @@ struct utm_app_config_cmd {
     uint8_t tail[108] = {};
 };
 
+/// What a rule does to its application.
+enum config_policy_action : int32_t {
+    POLICY_ACTION_REMOVE = 0, ///< take the rule away; only ever passed, never stored
+    POLICY_ACTION_LIMIT = 1,  ///< block once the day's use reaches the rule's limit
+    POLICY_ACTION_BLOCK = 2,  ///< always blocked
+};
+
 /// One entry of the rules overlay.
 struct utm_app_config_app_entry {
     uint32_t app_id;
-    uint16_t action; ///< 0 remove, 1 limit, 2 block
+    uint16_t action; ///< `config_policy_action`
     uint16_t limit;  ///< minutes
 };
+
+/// The period of GET_APP_USAGE, in `arg1`. Days are their own numbers: 0 is today, 30 the oldest.
+inline constexpr int32_t UTM_APP_CONFIG_PERIOD_OLDEST_DAY = 30;
+/// This week; each number more is a week earlier.
+inline constexpr int32_t UTM_APP_CONFIG_PERIOD_WEEK = 1000;
+inline constexpr int32_t UTM_APP_CONFIG_PERIOD_OLDEST_WEEK = 1003;
+inline constexpr int32_t UTM_APP_CONFIG_PERIOD_MONTH = 2000;
+
+/// The selector of GET_PREV_DAY_USAGE, in `arg1`.
+inline constexpr int32_t UTM_APP_CONFIG_PREV_BY_DAY = 0;
+inline constexpr int32_t UTM_APP_CONFIG_PREV_BY_WEEK = 1;
 
 inline constexpr size_t UTM_APP_CONFIG_CMD_SIZE = 136;
 inline constexpr size_t UTM_APP_CONFIG_MAC_OFFSET = 12;
@@ -91,6 +110,8 @@ inline constexpr size_t UTM_APP_CONFIG_PATH_SIZE = 128;
 inline constexpr size_t UTM_APP_CONFIG_APP_LIST_OFFSET = 16;
 /// Entries that a request has room for.
 inline constexpr int32_t UTM_APP_CONFIG_APP_LIST_MAX = 10;
+
+inline constexpr size_t UTM_APP_CONFIG_MAC_SIZE = 6;
 
 static_assert(sizeof(utm_app_config_cmd) == UTM_APP_CONFIG_CMD_SIZE);
 static_assert(offsetof(utm_app_config_cmd, type) == 0);
@@ -105,6 +126,57 @@ static_assert(sizeof(utm_app_config_app_entry) == 8);
 static_assert(offsetof(utm_app_config_app_entry, app_id) == 0);
 static_assert(offsetof(utm_app_config_app_entry, action) == 4);
 static_assert(offsetof(utm_app_config_app_entry, limit) == 6);
+
+/// The overlays lie over the request's bytes, whatever fields stand there.
+inline void utm_app_config_overlay(utm_app_config_cmd *cmd, size_t offset, const void *bytes,
+                                   size_t size) {
+    memcpy(reinterpret_cast<char *>(cmd) + offset, bytes, size);
+}
+
+/// @param mac  UTM_APP_CONFIG_MAC_SIZE bytes
+inline void utm_app_config_put_mac(utm_app_config_cmd *cmd, const uint8_t *mac) {
+    utm_app_config_overlay(cmd, UTM_APP_CONFIG_MAC_OFFSET, mac, UTM_APP_CONFIG_MAC_SIZE);
+}
+
+/// @return UTM_APP_CONFIG_MAC_SIZE bytes of the request
+inline const uint8_t *utm_app_config_mac(const utm_app_config_cmd &cmd) {
+    return reinterpret_cast<const uint8_t *>(&cmd) + UTM_APP_CONFIG_MAC_OFFSET;
+}
+
+/// @param path  a longer one is cut to UTM_APP_CONFIG_PATH_SIZE - 1 characters
+inline void utm_app_config_put_path(utm_app_config_cmd *cmd, const char *path) {
+    const size_t length = strnlen(path, UTM_APP_CONFIG_PATH_SIZE - 1);
+    utm_app_config_overlay(cmd, UTM_APP_CONFIG_PATH_OFFSET, path, length);
+}
+
+/// A request's path, which may come without its NUL.
+struct utm_app_config_path_text {
+    char text[UTM_APP_CONFIG_PATH_SIZE + 1];
+};
+
+inline utm_app_config_path_text utm_app_config_path(const utm_app_config_cmd &cmd) {
+    utm_app_config_path_text path = {};
+    memcpy(path.text, reinterpret_cast<const char *>(&cmd) + UTM_APP_CONFIG_PATH_OFFSET,
+           UTM_APP_CONFIG_PATH_SIZE);
+    return path;
+}
+
+/// @param count  1 to UTM_APP_CONFIG_APP_LIST_MAX; the caller sets `arg1` to it
+inline void utm_app_config_put_rules(utm_app_config_cmd *cmd, const utm_app_config_app_entry *rules,
+                                     int32_t count) {
+    utm_app_config_overlay(cmd, UTM_APP_CONFIG_APP_LIST_OFFSET, rules,
+                           static_cast<size_t>(count) * sizeof(*rules));
+}
+
+/// @param index  0 to UTM_APP_CONFIG_APP_LIST_MAX - 1
+inline utm_app_config_app_entry utm_app_config_rule(const utm_app_config_cmd &cmd, int32_t index) {
+    utm_app_config_app_entry entry;
+    memcpy(&entry,
+           reinterpret_cast<const char *>(&cmd) + UTM_APP_CONFIG_APP_LIST_OFFSET +
+               static_cast<size_t>(index) * sizeof(entry),
+           sizeof(entry));
+    return entry;
+}
 
 /// A reply. Bytes that a command does not set mean nothing.
 struct utm_app_config_reply {

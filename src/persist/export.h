@@ -1,10 +1,22 @@
 #pragma once
 /// Export: writes the accounting state to a usage file.
 
-#include "persist/usage_file.h"
+#include "core/lock.h"
 #include "store/store.h"
 
 #include <cstdint>
+
+/// Guards the usage file: serialises exports and imports, each for its whole run. Taken before
+/// `utm_app_config_mutex`.
+extern utm_mutex_t utm_app_export_import_mutex;
+
+/// The caller holds the usage file.
+#define UTM_FILE_LOCKED UTM_REQUIRES(utm_app_export_import_mutex)
+
+/// @return a usage file's path as log lines show it
+[[nodiscard]] inline const char *usage_path_shown(const char *path) {
+    return path == nullptr ? "NULL" : path;
+}
 
 /// Writes the usage file. The store is locked while the document is built, not while it is
 /// written. An attempt counts as an export whether or not the file could be written, so that a

@@ -2,6 +2,7 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
+#include "format/usage_file.h"
 #include "persist/export.h"
 
 #include <sys/sysinfo.h>

@@ -1,7 +1,7 @@
 #pragma once
 /// Import: reads a usage file back into the store.
 
-#include "persist/usage_file.h"
+#include "persist/export.h"
 #include "store/store.h"
 
 #include <cstdint>

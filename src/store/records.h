@@ -4,16 +4,13 @@
 /// Every time quantity is a whole number of minutes, every id and flag a signed 32-bit integer.
 /// Fields stand in their documented order. All of them are guarded by `utm_app_config_mutex`.
 
+#include "core/clock.h"
 #include "core/list.h"
 #include "core/mac.h"
 #include "format/day_ring.h"
+#include "format/protocol.h"
 
 #include <cstdint>
-
-/// Minutes of a day: the limit that a new profile and its weekdays start with.
-inline constexpr int32_t minutes_per_day = 1440;
-/// Entries of a profile's weekday list.
-inline constexpr int32_t days_per_week = 7;
 
 struct config_app_policy_t;
 struct config_policy_app_t;
@@ -65,13 +62,6 @@ struct config_app_usage_t {
     int32_t next_day_idx;                ///< 0..29, the slot that the next finished day goes to
     config_policy_app_t *policy_app;     ///< the policy's rule for this application, or null
     config_list_node_t link;
-};
-
-/// What a rule does to its application, as clients number it.
-enum config_policy_action : int32_t {
-    POLICY_ACTION_REMOVE = 0, ///< take the rule away; only ever passed, never stored
-    POLICY_ACTION_LIMIT = 1,  ///< block once the day's use reaches the rule's limit
-    POLICY_ACTION_BLOCK = 2,  ///< always blocked
 };
 
 /// A list of rules for single applications, bound to at most one profile.

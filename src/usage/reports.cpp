@@ -9,14 +9,10 @@
 
 namespace {
 
-constexpr int32_t period_this_week = 1000;
-constexpr int32_t period_oldest_week = 1003;
-constexpr int32_t period_this_month = 2000;
-
 bool is_period(int32_t period) {
-    return (period >= 0 && period <= day_ring_days) ||
-           (period >= period_this_week && period <= period_oldest_week) ||
-           period == period_this_month;
+    return (period >= 0 && period <= UTM_APP_CONFIG_PERIOD_OLDEST_DAY) ||
+           (period >= UTM_APP_CONFIG_PERIOD_WEEK && period <= UTM_APP_CONFIG_PERIOD_OLDEST_WEEK) ||
+           period == UTM_APP_CONFIG_PERIOD_MONTH;
 }
 
 /// @return the minutes of a finished week, which starts on a Sunday
@@ -29,12 +25,12 @@ int32_t finished_week(const config_app_usage_t &usage, int32_t weekday, int32_t 
 
 int32_t minutes_in_period(const config_app_usage_t &usage, int32_t period, int32_t weekday) {
     const int64_t this_week = int64_t{usage.weekly_used} + usage.daily_used;
-    if (period == period_this_month)
+    if (period == UTM_APP_CONFIG_PERIOD_MONTH)
         return saturate(this_week + usage.monthly_used);
-    if (period == period_this_week)
+    if (period == UTM_APP_CONFIG_PERIOD_WEEK)
         return saturate(this_week);
-    if (period > period_this_week)
-        return finished_week(usage, weekday, period - period_this_week);
+    if (period > UTM_APP_CONFIG_PERIOD_WEEK)
+        return finished_week(usage, weekday, period - UTM_APP_CONFIG_PERIOD_WEEK);
     return period == 0 ? usage.daily_used : day_ring_at(usage, period);
 }
 
@@ -72,10 +68,10 @@ void fill_row(config_prev_day_row_t *row, const config_app_usage_t &usage, int32
               int32_t weekday) {
     row->app_id = usage.app_id;
     row->current = usage.daily_used;
-    if (mode == prev_usage_by_day)
+    if (mode == UTM_APP_CONFIG_PREV_BY_DAY)
         for (int32_t days_ago = 1; days_ago <= day_ring_days; ++days_ago)
             row->previous[days_ago - 1] = day_ring_at(usage, days_ago);
-    if (mode != prev_usage_by_week)
+    if (mode != UTM_APP_CONFIG_PREV_BY_WEEK)
         return;
     row->current = saturating_sum(usage.daily_used, day_ring_sum(usage, 1, weekday));
     for (int32_t weeks_ago = 1; weeks_ago <= 3; ++weeks_ago)

@@ -12,14 +12,7 @@
 
 /// Reads each application's minutes in one period, most used first.
 ///
-/// | period     | minutes                                                        |
-/// |------------|----------------------------------------------------------------|
-/// | 0          | today                                                          |
-/// | 1 .. 30    | that many days ago                                             |
-/// | 1000       | this week                                                      |
-/// | 1001..1003 | the week that many weeks ago                                   |
-/// | 2000       | this month                                                     |
-///
+/// @param period  a day, week or month as the wire numbers them (UTM_APP_CONFIG_PERIOD_...)
 /// @param count  out: the profile's application count, which imported lists may fall short of
 ///               (the rest is zero pairs); 1 with a pair of zeros when it has no applications;
 ///               -1 on failure
@@ -35,11 +28,8 @@ struct config_prev_day_row_t {
     int32_t previous[day_ring_days]; ///< by day: yesterday first; by week: three weeks, then zeros
 };
 
-inline constexpr int32_t prev_usage_by_day = 0;
-inline constexpr int32_t prev_usage_by_week = 1;
-
 /// Reads each application's use today and on finished days, in list order.
-/// @param mode   `prev_usage_by_day` or `prev_usage_by_week`; any other leaves `previous` zero
+/// @param mode   UTM_APP_CONFIG_PREV_BY_DAY or _BY_WEEK; any other leaves `previous` zero
 /// @param count  out: rows, that is, records in the profile's list (an imported profile's
 ///               application count may be larger); untouched without the profile
 /// @return rows that the caller frees; null without the profile, applications or memory

@@ -5,6 +5,8 @@
 #include "store/enforcement.h"
 #include "usage/calendar.h"
 
+#include <algorithm>
+
 namespace {
 
 /// What has passed between two collections, beside the day.
@@ -57,6 +59,14 @@ void release_limited_apps(config_user_profile_t *profile) UTM_REQUIRES(utm_app_c
     }
 }
 
+passed_t passed_between(time_t then, time_t now) {
+    if (utm_app_is_year_changed(then, now) != 0 || utm_app_is_month_changed(then, now) != 0)
+        return passed_t::month;
+    if (utm_app_is_week_changed(then, now) != 0)
+        return passed_t::week;
+    return utm_app_is_day_changed(then, now) != 0 ? passed_t::day : passed_t::nothing;
+}
+
 } // namespace
 
 void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) {
@@ -86,4 +96,32 @@ void utm_app_global_rollover(time_t now) {
     const boundary_t boundary = boundary_between(last, now);
     for (config_app_usage_t &usage : global_apps())
         roll_usage(&usage, boundary);
+}
+
+file_age_t utm_app_file_age(time_t then, time_t now) {
+    return {utm_app_days_between(then, now), passed_between(then, now)};
+}
+
+usage_counters_t utm_app_roll_forward(const usage_counters_t &read, passed_t passed) {
+    switch (passed) {
+    case passed_t::month:
+        return {0, 0, 0};
+    case passed_t::week:
+        return {0, 0, saturate(int64_t{read.monthly} + read.daily + read.weekly)};
+    case passed_t::day:
+        return {0, saturating_sum(read.weekly, read.daily), read.monthly};
+    case passed_t::nothing:
+        break;
+    }
+    return read;
+}
+
+void utm_app_roll_forward(usage_app_t *app, const file_age_t &age) {
+    app->used = utm_app_roll_forward(app->used, age.passed);
+    if (!app->has_ring)
+        return;
+    for (int32_t day = 0; day < std::min(age.days, day_ring_days); ++day)
+        app->prev_30_days[(app->next_day_idx + day) % day_ring_days] = 0;
+    app->next_day_idx =
+        static_cast<int32_t>((int64_t{app->next_day_idx} + age.days) % day_ring_days);
 }

@@ -5,7 +5,11 @@
 /// Monthly figures restart only when the week changes with the month, so they are made of whole
 /// weeks: after a month that ends mid-week they keep counting. However many days have passed, one
 /// call rolls over once.
+///
+/// Figures that come back from a file are rolled forward to today instead, by all the days that
+/// have passed.
 
+#include "format/usage_file.h"
 #include "store/store.h"
 
 /// Rolls one profile and its applications over and lifts what was blocked for the old day.
@@ -20,3 +24,26 @@ void utm_app_profile_rollover(config_user_profile_t *profile, time_t now)
 /// Rolls the router-wide statistics over. Nothing is blocked or unblocked.
 /// @param now  seconds since the epoch
 void utm_app_global_rollover(time_t now) UTM_REQUIRES(utm_app_config_mutex);
+
+/// The widest boundary that lies between a file's time and now.
+enum class passed_t { nothing, day, week, month };
+
+/// How far a file's figures are to be rolled forward.
+struct file_age_t {
+    int32_t days; ///< local calendar days since the file was written; negative from the future
+    passed_t passed;
+};
+
+/// A week is noticed by its weekday number going down, as everywhere: a gap of a week or more
+/// within a month, to the same or a later weekday, passes for the same week.
+/// @param then  when the file was written, seconds since the epoch
+[[nodiscard]] file_age_t utm_app_file_age(time_t then, time_t now);
+
+/// @return today's, this week's and this month's figures, made of a file's
+[[nodiscard]] usage_counters_t utm_app_roll_forward(const usage_counters_t &read, passed_t passed);
+
+/// Rolls an application's figures forward. Its ring turns on by the days that have passed: those
+/// have no figures, and the file's own day is among them; its minutes live on in the week's and the
+/// month's figure.
+/// @param age  not from the future
+void utm_app_roll_forward(usage_app_t *app, const file_age_t &age);

@@ -4,7 +4,7 @@
 
 #include "core/debug_log.h"
 #include "persist/export_schedule.h"
-#include "persist/usage_file.h"
+#include "format/usage_file.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/world.h"
 

@@ -1,6 +1,6 @@
 #include "control/feature_switch.h"
 
-#include "persist/usage_file.h"
+#include "format/usage_file.h"
 #include "store/policies.h"
 #include "tests/unit/support/store_state.h"
 #include "tests/unit/support/world.h"

@@ -1,7 +1,7 @@
 #include "persist/export_schedule.h"
 
 #include "core/debug_log.h"
-#include "persist/usage_file.h"
+#include "format/usage_file.h"
 #include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/world.h"

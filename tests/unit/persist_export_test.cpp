@@ -4,7 +4,6 @@
 #include "persist/export_schedule.h"
 #include "tests/unit/support/int32_limits.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/usage_file_json.h"
 #include "tests/unit/support/world.h"
 
 #include <filesystem>
@@ -203,12 +202,12 @@ TEST_F(Export, CountsAFailedWriteAsAnExport) {
     EXPECT_EQ(last_export_statistics_ts, world::default_now + 7);
 }
 
-TEST_F(Export, FailsWhateverPieceOfTheDocumentCannotBeBuilt) {
+TEST_F(Export, FailsWhereverMemoryRunsOut) {
     make(usage_file::profile_t{3,
                                1,
                                2,
                                3,
-                               {{10, 5, 9, 30, 4}},
+                               std::vector<usage_file::app_t>(1000, {10, 5, 9, 30, 4}),
                                std::vector<int32_t>(7, 30),
                                0,
                                0,
@@ -216,14 +215,14 @@ TEST_F(Export, FailsWhateverPieceOfTheDocumentCannotBeBuilt) {
                                usage_file::policy_t{7, {{11, 2, 0}}}});
     make_router_app({20, 1, 2, 3, 0});
     const std::string whole = export_text();
-    usage_file::fail_json(0);
+    world::fail_allocation(0);
     EXPECT_EQ(export_text(), whole);
-    const int calls = usage_file::json_calls();
-    EXPECT_GT(calls, 200);
+    const int calls = world::allocations();
+    EXPECT_GT(calls, 5);
     set_last_export(5);
     write_file(export_path, "old");
     for (int nth = 1; nth <= calls; ++nth) {
-        usage_file::fail_json(nth);
+        world::fail_allocation(nth);
         EXPECT_EQ(utm_app_export_statistics_to(export_path), -1) << nth;
         EXPECT_EQ(world::story(), "log export to /tmp/usage/export.json failed\n") << nth;
         EXPECT_EQ(read_file(export_path), "old") << nth;
@@ -231,7 +230,7 @@ TEST_F(Export, FailsWhateverPieceOfTheDocumentCannotBeBuilt) {
         forget_log();
     }
     // Every lock is free again and the store is what it was.
-    usage_file::fail_json(0);
+    world::fail_allocation(0);
     EXPECT_EQ(export_text(), whole);
 }
 

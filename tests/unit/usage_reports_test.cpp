@@ -159,7 +159,7 @@ TEST_F(Reports, SaturateThePeriodsThatAddUp) {
     std::fill_n(app.prev_30_days, 30, int32_max);
     for (const int32_t period : {1000, 1001, 1002, 1003, 2000})
         EXPECT_EQ(app_usage(5, period), "1: 10=2147483647") << period;
-    EXPECT_EQ(prev_day(5, prev_usage_by_week).substr(0, 58),
+    EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_WEEK).substr(0, 58),
               "1\n10: 2147483647 | 2147483647 2147483647 2147483647 0 0 0 ");
     std::fill_n(app.prev_30_days, 30, int32_min);
     app.daily_used = int32_min;
@@ -179,7 +179,7 @@ TEST_F(Reports, NeedMemory) {
     world::fail_allocation(1);
     EXPECT_EQ(app_usage(5, 0), "none, -1");
     world::fail_allocation(1);
-    EXPECT_EQ(prev_day(5, prev_usage_by_day), "none, 1");
+    EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_DAY), "none, 1");
     EXPECT_EQ(world::story(),
               "log Get app usage of profile 5 failed because malloc failed\n"
               "log Get prev day usage for profile 5 failed because malloc failed\n");
@@ -194,13 +194,13 @@ TEST_F(Reports, GiveTodayAndThirtyDaysInListOrder) {
         app.prev_30_days[29] = app.app_id + 1;
         app.prev_30_days[0] = app.app_id + 2;
     }
-    EXPECT_EQ(prev_day(5, prev_usage_by_day),
+    EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_DAY),
               "2\n"
               "20: 7 | 21 5 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 22\n"
               "10: 9 | 11 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 12\n");
     for (config_app_usage_t &app : apps_of(profile))
         app.next_day_idx = 29;
-    EXPECT_EQ(prev_day(5, prev_usage_by_day),
+    EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_DAY),
               "2\n"
               "20: 7 | 5 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 22 21\n"
               "10: 9 | 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 12 11\n");
@@ -218,7 +218,7 @@ TEST_F(Reports, GiveThisWeekAndThreeWeeksBefore) {
                                   minutes_of_days(weekday + 7 * week + 1, weekday + 7 * week + 7));
         for (int i = 3; i < 30; ++i)
             expected += " 0";
-        EXPECT_EQ(prev_day(5, prev_usage_by_week), expected + "\n") << weekday;
+        EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_WEEK), expected + "\n") << weekday;
     }
 }
 
@@ -233,8 +233,8 @@ TEST_F(Reports, GiveTodayAloneInAnyOtherMode) {
 
 TEST_F(Reports, GiveNoRowsWithoutApplicationsOrTheProfile) {
     make_profile(5)->app_count = 3;
-    EXPECT_EQ(prev_day(5, prev_usage_by_day), "none, 0");
-    EXPECT_EQ(prev_day(6, prev_usage_by_day), "none, 77");
+    EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_DAY), "none, 0");
+    EXPECT_EQ(prev_day(6, UTM_APP_CONFIG_PREV_BY_DAY), "none, 77");
     EXPECT_EQ(world::story(), "");
 }
 

@@ -7,7 +7,6 @@
 #include "persist/import.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "tests/unit/support/usage_file_json.h"
 #include "tests/unit/support/world.h"
 #include "usage/top_apps.h"
 
@@ -56,7 +55,6 @@ void make_rules(const usage_file::policy_t &policy, config_user_profile_t *profi
 void usage_file_fixture::SetUp() {
     world::reset();
     world::set_active(true);
-    usage_file::fail_json(0);
     set_last_export(world::default_now);
     std::filesystem::remove_all(folder);
     std::filesystem::create_directory(folder);
@@ -64,7 +62,6 @@ void usage_file_fixture::SetUp() {
 }
 
 void usage_file_fixture::TearDown() {
-    usage_file::fail_json(0);
     std::filesystem::remove_all(folder);
     std::filesystem::remove_all("/tmp/ApplicationData");
 }
