@@ -13,13 +13,13 @@ namespace {
 /// The notification's first argument: its meaning is the library's, and it is always this.
 constexpr int notify_feature = 1;
 
-void switch_on() UTM_REQUIRES(utm_app_config_mutex) {
+void switch_on() UTM_STORE_LOCKED {
     utm_app_guard_on();
     send_utm_notify_event_status_changed(notify_feature, 1);
     utm_app_apply_all_blocks();
 }
 
-void switch_off() UTM_REQUIRES(utm_app_config_mutex) {
+void switch_off() UTM_STORE_LOCKED {
     utm_app_guard_off();
     send_utm_notify_event_status_changed(notify_feature, 0);
     utm_app_lift_all_blocks();

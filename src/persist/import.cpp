@@ -37,7 +37,7 @@ config_app_usage_t *read_application(json_object *element, const file_age_t &age
 
 /// Finds the profile that takes an element's figures, or creates it.
 /// @return null when memory runs out
-config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_REQUIRES(utm_app_config_mutex) {
+config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_STORE_LOCKED {
     config_user_profile_t *profile = utm_app_find_profile(profile_id);
     if (profile != nullptr) {
         utm_app_free_app_usage(profile);
@@ -54,7 +54,7 @@ config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_REQUIRES(utm_app_
 /// Gives a profile the file's applications, in the file's order. Its application count becomes
 /// the file's too, elements that could not be read included.
 void import_applications(json_object *element, const file_age_t &age,
-                         config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+                         config_user_profile_t *profile) UTM_STORE_LOCKED {
     json_object *list = usage_apps_of(element);
     const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
@@ -66,8 +66,7 @@ void import_applications(json_object *element, const file_age_t &age,
     utm_app_relink_and_enforce(profile);
 }
 
-void import_profile(json_object *element, const file_age_t &age)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void import_profile(json_object *element, const file_age_t &age) UTM_STORE_LOCKED {
     usage_profile_t read;
     if (!usage_read_profile(element, &read))
         return;

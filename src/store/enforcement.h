@@ -15,41 +15,35 @@
 extern const char *LCSH_CMD;
 
 /// Switches the DPI engine's "apg" function, which applies the access rules, on or off.
-void utm_app_guard_on() UTM_REQUIRES(utm_app_config_mutex);
-void utm_app_guard_off() UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_guard_on() UTM_STORE_LOCKED;
+void utm_app_guard_off() UTM_STORE_LOCKED;
 
 /// Blocks or releases one application on one device; a null device does nothing.
-void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex);
-void utm_app_unblock_app_on_device(const config_device_t *device, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id) UTM_STORE_LOCKED;
+void utm_app_unblock_app_on_device(const config_device_t *device, int32_t app_id) UTM_STORE_LOCKED;
 /// Releases every application on one device; a null device does nothing.
-void utm_app_reset_device(const config_device_t *device) UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_reset_device(const config_device_t *device) UTM_STORE_LOCKED;
 
 /// The same for every device of a list, in list order; a null or empty list does nothing.
-void utm_app_block_app_on_devices(config_list_node_t *device_list, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex);
-void utm_app_unblock_app_on_devices(config_list_node_t *device_list, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex);
-void utm_app_reset_devices(config_list_node_t *device_list) UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_block_app_on_devices(config_list_node_t *device_list, int32_t app_id) UTM_STORE_LOCKED;
+void utm_app_unblock_app_on_devices(config_list_node_t *device_list,
+                                    int32_t app_id) UTM_STORE_LOCKED;
+void utm_app_reset_devices(config_list_node_t *device_list) UTM_STORE_LOCKED;
 
 /// Announces that a profile loses or regains the network; a null profile does nothing.
 /// The profile's `blocked` flag is the caller's.
-void utm_app_block_profile(const config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex);
-void utm_app_unblock_profile(const config_user_profile_t *profile)
-    UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_block_profile(const config_user_profile_t *profile) UTM_STORE_LOCKED;
+void utm_app_unblock_profile(const config_user_profile_t *profile) UTM_STORE_LOCKED;
 
 /// Placeholders: the router has no way to cut off a single device, so these only say so in the
 /// log. A device that joins a blocked profile is caught by the next event for the profile.
-void __block_one_device_to_use_network(const config_device_t *device)
-    UTM_REQUIRES(utm_app_config_mutex);
-void __unblock_one_device_to_use_network(const config_device_t *device)
-    UTM_REQUIRES(utm_app_config_mutex);
+void __block_one_device_to_use_network(const config_device_t *device) UTM_STORE_LOCKED;
+void __unblock_one_device_to_use_network(const config_device_t *device) UTM_STORE_LOCKED;
 
 /// Carries out every block that the records hold, after the feature was switched on. Rules with
 /// POLICY_ACTION_BLOCK are not consulted, only the flags of profiles and usage records.
-void utm_app_apply_all_blocks() UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_apply_all_blocks() UTM_STORE_LOCKED;
 
 /// Releases everything that is blocked, after the feature was switched off. The flags stay, so
 /// that `utm_app_apply_all_blocks` can bring the same state back.
-void utm_app_lift_all_blocks() UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_lift_all_blocks() UTM_STORE_LOCKED;

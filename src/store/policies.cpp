@@ -12,14 +12,12 @@ bool is_known_action(int32_t action) {
            action == POLICY_ACTION_BLOCK;
 }
 
-void block_for_bound_profile(config_app_policy_t *policy, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void block_for_bound_profile(config_app_policy_t *policy, int32_t app_id) UTM_STORE_LOCKED {
     if (utm_app_feature_is_active() && policy->profile != nullptr)
         utm_app_block_app_on_devices(&policy->profile->device_list, app_id);
 }
 
-void unblock_for_bound_profile(config_app_policy_t *policy, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void unblock_for_bound_profile(config_app_policy_t *policy, int32_t app_id) UTM_STORE_LOCKED {
     if (utm_app_feature_is_active() && policy->profile != nullptr)
         utm_app_unblock_app_on_devices(&policy->profile->device_list, app_id);
 }
@@ -31,16 +29,14 @@ void free_rule(config_policy_app_t *rule) {
     free(rule);
 }
 
-void enforce_block_rule(config_app_policy_t *policy, config_policy_app_t *entry)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void enforce_block_rule(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
     block_for_bound_profile(policy, entry->app_id);
     if (entry->app_usage != nullptr)
         entry->app_usage->blocked = 1;
 }
 
 /// A limit that is new to its policy: blocks what has used it up already.
-void enforce_new_limit(config_app_policy_t *policy, config_policy_app_t *entry)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void enforce_new_limit(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
     config_app_usage_t *usage = entry->app_usage;
     if (!utm_app_feature_is_active() || usage == nullptr || entry->daily_limit > usage->daily_used)
         return;
@@ -49,8 +45,8 @@ void enforce_new_limit(config_app_policy_t *policy, config_policy_app_t *entry)
 }
 
 /// A limit in place of an earlier rule: blocks or releases, whichever has changed.
-void enforce_changed_limit(config_app_policy_t *policy, config_policy_app_t *entry)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void enforce_changed_limit(config_app_policy_t *policy,
+                           config_policy_app_t *entry) UTM_STORE_LOCKED {
     if (!utm_app_feature_is_active())
         return;
     config_app_usage_t *usage = entry->app_usage;
@@ -66,8 +62,7 @@ void enforce_changed_limit(config_app_policy_t *policy, config_policy_app_t *ent
     }
 }
 
-int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule)
-    UTM_REQUIRES(utm_app_config_mutex) {
+int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) UTM_STORE_LOCKED {
     if (rule->action == POLICY_ACTION_REMOVE)
         return 0;
     config_policy_app_t *entry = heap_allocate<config_policy_app_t>();
@@ -94,8 +89,7 @@ int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule)
     return 0;
 }
 
-void remove_rule(config_app_policy_t *policy, config_policy_app_t *entry)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void remove_rule(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
     unblock_for_bound_profile(policy, entry->app_id);
     if (entry->app_usage != nullptr)
         entry->app_usage->blocked = 0;
@@ -104,7 +98,7 @@ void remove_rule(config_app_policy_t *policy, config_policy_app_t *entry)
 }
 
 void change_rule(config_app_policy_t *policy, config_policy_app_t *entry,
-                 const config_policy_rule_t *rule) UTM_REQUIRES(utm_app_config_mutex) {
+                 const config_policy_rule_t *rule) UTM_STORE_LOCKED {
     utm_app_debug_log("Policy %d update app %d action %d limit %d success\n", policy->app_policy_id,
                       rule->app_id, rule->action, rule->daily_limit);
     if (rule->action == POLICY_ACTION_REMOVE) {
@@ -144,7 +138,7 @@ int32_t set_rules(int32_t policy_id, const config_policy_rule_t *rules, int32_t 
 
 /// Blocks what the rules of a newly bound policy block. The feature switch is not asked and no
 /// flag changes: the lines only reach a guard that is off while the feature is.
-void enforce_on_bind(config_app_policy_t *policy) UTM_REQUIRES(utm_app_config_mutex) {
+void enforce_on_bind(config_app_policy_t *policy) UTM_STORE_LOCKED {
     config_user_profile_t *profile = policy->profile;
     if (profile == nullptr)
         return;

@@ -34,7 +34,7 @@ void free_device(config_device_t *device) {
 
 /// Releases and frees every device. Runs whether or not the feature is active: whatever was
 /// blocked before it was switched off must not outlive the profile.
-void release_devices(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void release_devices(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (list_is_empty(&profile->device_list))
         return;
     utm_app_reset_devices(&profile->device_list);
@@ -46,8 +46,8 @@ void release_devices(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config
 
 /// Brings a device that joins a profile under the blocks in force. An application that is over
 /// its limit and also has a block rule is blocked twice, by two equal lines.
-void block_joining_device(config_user_profile_t *profile, const config_device_t *device)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void block_joining_device(config_user_profile_t *profile,
+                          const config_device_t *device) UTM_STORE_LOCKED {
     if (is_cut_off(*profile))
         __block_one_device_to_use_network(device);
     for (const config_app_usage_t &usage : apps_of(profile))
@@ -60,8 +60,8 @@ void block_joining_device(config_user_profile_t *profile, const config_device_t 
             utm_app_block_app_on_device(device, rule.app_id);
 }
 
-void release_leaving_device(const config_user_profile_t *profile, const config_device_t *device)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void release_leaving_device(const config_user_profile_t *profile,
+                            const config_device_t *device) UTM_STORE_LOCKED {
     utm_app_reset_device(device);
     if (!is_cut_off(*profile))
         return;

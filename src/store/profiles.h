@@ -51,13 +51,12 @@ int32_t utm_app_flush_profiles() UTM_EXCLUDES(utm_app_config_mutex);
 /// Gives a new profile its seven weekday entries, Sunday first, 1440 minutes each. A day whose
 /// entry cannot be allocated is left out.
 /// @return 0, or -1 when the profile or any entry is missing
-int32_t utm_app_add_weekday_limits(int32_t profile_id) UTM_REQUIRES(utm_app_config_mutex);
+int32_t utm_app_add_weekday_limits(int32_t profile_id) UTM_STORE_LOCKED;
 
 /// Releases a profile's devices and frees everything it owns. The weekday entries are left
 /// allocated: seven small records for each profile that a family ever deletes.
-void utm_app_destroy_profile(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_destroy_profile(config_user_profile_t *profile) UTM_STORE_LOCKED;
 
 /// Rebuilds `device_list_string`: every device as twelve upper-case hexadecimal digits and a
 /// blank. With no device left the old text stays; nobody queries a profile without devices.
-void utm_app_rebuild_device_list_string(config_user_profile_t *profile)
-    UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_rebuild_device_list_string(config_user_profile_t *profile) UTM_STORE_LOCKED;

@@ -9,8 +9,7 @@ namespace {
 
 /// Links a new record and the policy's rule for its application. All other links hold already: the
 /// application had no record before, so no rule can have pointed at one.
-void link_new_usage(config_user_profile_t *profile, config_app_usage_t *usage)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void link_new_usage(config_user_profile_t *profile, config_app_usage_t *usage) UTM_STORE_LOCKED {
     if (profile->app_policy == nullptr)
         return;
     config_policy_app_t *rule = utm_app_find_policy_app(profile->app_policy, usage->app_id);
@@ -20,8 +19,8 @@ void link_new_usage(config_user_profile_t *profile, config_app_usage_t *usage)
     usage->policy_app = rule;
 }
 
-config_app_usage_t *add_app_usage(config_user_profile_t *profile, int32_t app_id, int32_t minutes)
-    UTM_REQUIRES(utm_app_config_mutex) {
+config_app_usage_t *add_app_usage(config_user_profile_t *profile, int32_t app_id,
+                                  int32_t minutes) UTM_STORE_LOCKED {
     config_app_usage_t *usage = heap_allocate<config_app_usage_t>();
     if (usage == nullptr)
         return nullptr;
@@ -36,7 +35,7 @@ config_app_usage_t *add_app_usage(config_user_profile_t *profile, int32_t app_id
 /// Finds an application's record and adds the minutes to it, or creates it with them.
 /// @return null when memory runs out
 config_app_usage_t *count_minutes(config_user_profile_t *profile, int32_t app_id, int32_t minutes,
-                                  app_index_t *index) UTM_REQUIRES(utm_app_config_mutex) {
+                                  app_index_t *index) UTM_STORE_LOCKED {
     config_app_usage_t *usage = index != nullptr
                                     ? app_index_find(index, app_id)
                                     : utm_app_find_app_usage(&profile->app_stat_list, app_id);
@@ -51,7 +50,7 @@ config_app_usage_t *count_minutes(config_user_profile_t *profile, int32_t app_id
 }
 
 /// Application 0 is the engine's "not recognised": no rule is meant for it.
-bool has_reached_its_limit(const config_app_usage_t &usage) UTM_REQUIRES(utm_app_config_mutex) {
+bool has_reached_its_limit(const config_app_usage_t &usage) UTM_STORE_LOCKED {
     return utm_app_feature_is_active() && usage.app_id != 0 && usage.blocked == 0 &&
            usage.policy_app != nullptr && usage.policy_app->action == POLICY_ACTION_LIMIT &&
            usage.daily_used >= usage.policy_app->daily_limit;

@@ -7,20 +7,19 @@
 #include <cstdint>
 
 /// A profile's budget for today: its limit and its bonus, in minutes.
-[[nodiscard]] int32_t utm_app_budget_of(const config_user_profile_t *profile)
-    UTM_REQUIRES(utm_app_config_mutex);
+[[nodiscard]] int32_t utm_app_budget_of(const config_user_profile_t *profile) UTM_STORE_LOCKED;
 
 /// Adds minutes of internet use to a profile and blocks it when they use up its budget. It never
 /// unblocks: that is left to the setters and to midnight.
 /// @param minutes  of the tick's interval; 0 only checks
 /// @return 0, or -1 for a null profile
-[[nodiscard]] int32_t utm_app_update_profile_usage(config_user_profile_t *profile, int32_t minutes)
-    UTM_REQUIRES(utm_app_config_mutex);
+[[nodiscard]] int32_t utm_app_update_profile_usage(config_user_profile_t *profile,
+                                                   int32_t minutes) UTM_STORE_LOCKED;
 
 /// Adds minutes of one application to a profile, creating the application's record when it is
 /// new, and blocks the application on the profile's devices when they reach its rule's limit.
 /// @param index  an index over the profile's usage list, or null to walk the list
 /// @return 0, or -1 for a null profile or no memory
 [[nodiscard]] int32_t utm_app_update_app_usage(config_user_profile_t *profile, int32_t app_id,
-                                               int32_t minutes, app_index_t *index = nullptr)
-    UTM_REQUIRES(utm_app_config_mutex);
+                                               int32_t minutes,
+                                               app_index_t *index = nullptr) UTM_STORE_LOCKED;

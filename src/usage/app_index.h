@@ -22,12 +22,11 @@ struct app_index_t {
 
 /// Indexes a list; of several records of one application, the first in list order counts.
 /// @return an index that is valid until the list changes other than by `app_index_add`
-[[nodiscard]] app_index_t app_index_of(config_list_node_t *list) UTM_REQUIRES(utm_app_config_mutex);
+[[nodiscard]] app_index_t app_index_of(config_list_node_t *list) UTM_STORE_LOCKED;
 
 /// @return what `utm_app_find_app_usage` finds in the index's list, or null
-[[nodiscard]] config_app_usage_t *app_index_find(const app_index_t *index, int32_t app_id)
-    UTM_REQUIRES(utm_app_config_mutex);
+[[nodiscard]] config_app_usage_t *app_index_find(const app_index_t *index,
+                                                 int32_t app_id) UTM_STORE_LOCKED;
 
 /// Takes in a record that was just linked into the list and whose application was not in it.
-void app_index_add(app_index_t *index, config_app_usage_t *usage)
-    UTM_REQUIRES(utm_app_config_mutex);
+void app_index_add(app_index_t *index, config_app_usage_t *usage) UTM_STORE_LOCKED;

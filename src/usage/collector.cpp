@@ -31,8 +31,8 @@ struct profile_target_t {
     app_index_t apps;
 };
 
-void add_profile_figure(const statistics_figure_t &figure, profile_target_t *target)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void add_profile_figure(const statistics_figure_t &figure,
+                        profile_target_t *target) UTM_STORE_LOCKED {
     if (figure.kind == figure_kind_t::app) {
         if (utm_app_update_app_usage(target->profile, figure.app_id, figure.minutes,
                                      &target->apps) < 0)
@@ -42,8 +42,7 @@ void add_profile_figure(const statistics_figure_t &figure, profile_target_t *tar
     }
 }
 
-void add_global_figure(const statistics_figure_t &figure, app_index_t *apps)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void add_global_figure(const statistics_figure_t &figure, app_index_t *apps) UTM_STORE_LOCKED {
     if (figure.kind != figure_kind_t::app)
         return;
     if (utm_app_global_app_stat_add(figure.app_id, figure.minutes, apps) < 0)
@@ -60,15 +59,15 @@ void visit_global_figure(const statistics_figure_t &figure, void *apps) UTM_NO_A
     add_global_figure(figure, static_cast<app_index_t *>(apps));
 }
 
-void add_profile_reply(const statistics_reply_t &reply, config_user_profile_t *profile)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void add_profile_reply(const statistics_reply_t &reply,
+                       config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (reply.text.get()[0] == '\0')
         return;
     profile_target_t target = {profile, app_index_of(&profile->app_stat_list)};
     utm_app_statistics_parse(reply.text.get(), visit_profile_figure, &target);
 }
 
-void add_global_reply(const statistics_reply_t &reply) UTM_REQUIRES(utm_app_config_mutex) {
+void add_global_reply(const statistics_reply_t &reply) UTM_STORE_LOCKED {
     if (reply.text.get()[0] == '\0')
         return;
     app_index_t apps = app_index_of(&utm_app_config_global_app_stat_list);
@@ -77,8 +76,8 @@ void add_global_reply(const statistics_reply_t &reply) UTM_REQUIRES(utm_app_conf
 
 /// Queries one profile's devices and adds the reply up.
 /// @return 0, or -1 when the query could not be made
-int32_t collect_profile(config_user_profile_t *profile, time_t now, statistics_reply_t *reply)
-    UTM_REQUIRES(utm_app_config_mutex) {
+int32_t collect_profile(config_user_profile_t *profile, time_t now,
+                        statistics_reply_t *reply) UTM_STORE_LOCKED {
     heap_ptr<char> line =
         utm_app_profile_query_line(profile->last_collect_ts, now, profile->device_list_string);
     if (line == nullptr) {

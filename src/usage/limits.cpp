@@ -15,14 +15,14 @@ bool is_daily_limit(int32_t minutes) {
     return minutes >= 1 && minutes <= minutes_per_day;
 }
 
-void block(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void block(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (profile->blocked != 0)
         return;
     utm_app_block_profile(profile);
     profile->blocked = 1;
 }
 
-void unblock(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void unblock(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (profile->blocked != 1)
         return;
     utm_app_unblock_profile(profile);
@@ -30,7 +30,7 @@ void unblock(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) 
 }
 
 /// Blocks or unblocks a profile after a setter has moved its budget.
-void reevaluate(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void reevaluate(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (!utm_app_feature_is_active() || profile->daily_limit_enable != 1)
         return;
     if (profile->daily_used < utm_app_budget_of(profile))
@@ -40,7 +40,7 @@ void reevaluate(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mute
 }
 
 /// Acts on an enable flag that has changed.
-void enforce_enable(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void enforce_enable(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (!utm_app_feature_is_active())
         return;
     if (profile->daily_limit_enable == 0)
@@ -49,8 +49,8 @@ void enforce_enable(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_
         block(profile);
 }
 
-void set_weekday(config_user_profile_t *profile, int32_t weekday, int32_t minutes)
-    UTM_REQUIRES(utm_app_config_mutex) {
+void set_weekday(config_user_profile_t *profile, int32_t weekday,
+                 int32_t minutes) UTM_STORE_LOCKED {
     for (config_weekday_limit_t &entry : weekdays_of(profile)) {
         if (entry.day != weekday || entry.limit == minutes)
             continue;

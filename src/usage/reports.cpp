@@ -57,7 +57,7 @@ config_app_minutes_t *copy_app_usage(int32_t profile_id, int32_t period, int32_t
     return pairs;
 }
 
-int32_t count_apps(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+int32_t count_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
     int32_t count = 0;
     for ([[maybe_unused]] const config_app_usage_t &usage : apps_of(profile))
         ++count;

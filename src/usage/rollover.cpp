@@ -38,7 +38,7 @@ void roll_usage(config_app_usage_t *usage, boundary_t boundary) {
 }
 
 /// Puts today's weekday limit in force; a profile that lacks the entry keeps yesterday's.
-void take_weekday_limit(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void take_weekday_limit(config_user_profile_t *profile) UTM_STORE_LOCKED {
     const int32_t weekday = utm_app_current_weekday();
     for (const config_weekday_limit_t &entry : weekdays_of(profile))
         if (entry.day == weekday) {
@@ -48,7 +48,7 @@ void take_weekday_limit(config_user_profile_t *profile) UTM_REQUIRES(utm_app_con
 }
 
 /// Releases the applications that yesterday's limits blocked. Block rules hold every day.
-void release_limited_apps(config_user_profile_t *profile) UTM_REQUIRES(utm_app_config_mutex) {
+void release_limited_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
     for (config_app_usage_t &usage : apps_of(profile)) {
         if (usage.blocked != 1 || usage.policy_app == nullptr ||
             usage.policy_app->action != POLICY_ACTION_LIMIT)

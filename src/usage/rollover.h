@@ -18,12 +18,11 @@
 /// that has lost count is put right every midnight; one that was blocked, a second time at the end.
 ///
 /// @param now  seconds since the epoch; the same value for every profile of a tick
-void utm_app_profile_rollover(config_user_profile_t *profile, time_t now)
-    UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) UTM_STORE_LOCKED;
 
 /// Rolls the router-wide statistics over. Nothing is blocked or unblocked.
 /// @param now  seconds since the epoch
-void utm_app_global_rollover(time_t now) UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_global_rollover(time_t now) UTM_STORE_LOCKED;
 
 /// The widest boundary that lies between a file's time and now.
 enum class passed_t { nothing, day, week, month };

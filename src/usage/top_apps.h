@@ -9,8 +9,8 @@
 /// Adds minutes to an application's router-wide record, which is created when it is new.
 /// @param index  an index over the router-wide list, or null to walk the list
 /// @return always 0; without memory for a new record the figure is lost, the rest goes on
-int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t *index = nullptr)
-    UTM_REQUIRES(utm_app_config_mutex);
+int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes,
+                                    app_index_t *index = nullptr) UTM_STORE_LOCKED;
 
 /// Ranks every application by today's, this week's and this month's minutes together.
 /// @param count  out: applications, 0 for none
@@ -19,7 +19,7 @@ int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t
     UTM_EXCLUDES(utm_app_config_mutex);
 
 /// Frees every router-wide record. Writes nothing to the log.
-void utm_app_clear_global_app_stat() UTM_REQUIRES(utm_app_config_mutex);
+void utm_app_clear_global_app_stat() UTM_STORE_LOCKED;
 
 /// Forgets the router-wide statistics: the daemon's end.
 void utm_app_reset_top_apps() UTM_EXCLUDES(utm_app_config_mutex);

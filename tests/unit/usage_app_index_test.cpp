@@ -11,12 +11,12 @@ namespace {
 
 class AppIndex : public usage_file_fixture {
 protected:
-    static config_list_node_t *list() UTM_REQUIRES(utm_app_config_mutex) {
+    static config_list_node_t *list() UTM_STORE_LOCKED {
         return &utm_app_config_global_app_stat_list;
     }
 
     /// Links a record in at the front, as collecting does.
-    static config_app_usage_t *push(int32_t app_id) UTM_REQUIRES(utm_app_config_mutex) {
+    static config_app_usage_t *push(int32_t app_id) UTM_STORE_LOCKED {
         config_app_usage_t *usage = heap_allocate<config_app_usage_t>();
         usage->app_id = app_id;
         list_push_front(list(), &usage->link);
@@ -26,7 +26,7 @@ protected:
 
     /// Expects that an index finds what a walk of the list finds.
     static void expect_same(const app_index_t &index, int32_t app_id)
-        UTM_REQUIRES(utm_app_config_mutex) {
+        UTM_STORE_LOCKED {
         EXPECT_EQ(app_index_find(&index, app_id), utm_app_find_app_usage(list(), app_id)) << app_id;
     }
 };
