@@ -4,6 +4,7 @@
 #include "format/usage_file.h"
 #include "notify/qvutm_notify.h"
 #include "persist/export.h"
+#include "store/blocking.h"
 #include "store/enforcement.h"
 
 #include <unistd.h>

@@ -24,7 +24,6 @@
 #define UTM_ACQUIRE_SHARED(...) UTM_THREAD_ANNOTATION(acquire_shared_capability(__VA_ARGS__))
 #define UTM_RELEASE(...) UTM_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define UTM_RELEASE_GENERIC(...) UTM_THREAD_ANNOTATION(release_generic_capability(__VA_ARGS__))
-#define UTM_NO_ANALYSIS UTM_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 /// A plain, non-recursive mutex.
 struct UTM_CAPABILITY("mutex") utm_mutex_t {

@@ -12,7 +12,7 @@ utm_mutex_t utm_app_export_import_mutex;
 
 namespace {
 
-usage_app_t figures_of(const config_app_usage_t &usage) {
+usage_app_t figures_of(const config_app_usage_t &usage) UTM_STORE_LOCKED {
     usage_app_t app = {.app_id = usage.app_id,
                        .used = {usage.daily_used, usage.weekly_used, usage.monthly_used},
                        .has_ring = true,
@@ -22,7 +22,7 @@ usage_app_t figures_of(const config_app_usage_t &usage) {
     return app;
 }
 
-usage_profile_t figures_of(config_user_profile_t *from) {
+usage_profile_t figures_of(config_user_profile_t *from) UTM_STORE_LOCKED {
     usage_profile_t profile = {.user_profile_id = from->user_profile_id,
                                .weekdays = {},
                                .weekday_count = 0,
@@ -34,14 +34,14 @@ usage_profile_t figures_of(config_user_profile_t *from) {
     return profile;
 }
 
-void write_policy(usage_text_t *text, config_app_policy_t *policy) {
+void write_policy(usage_text_t *text, config_app_policy_t *policy) UTM_STORE_LOCKED {
     usage_write_policy(text, policy->app_policy_id);
     for (const config_policy_app_t &rule : rules_of(policy))
         usage_write_rule(text, {rule.app_id, rule.action, rule.daily_limit});
     usage_write_policy_end(text);
 }
 
-void write_profile(usage_text_t *text, config_user_profile_t *profile) {
+void write_profile(usage_text_t *text, config_user_profile_t *profile) UTM_STORE_LOCKED {
     usage_write_profile(text, figures_of(profile));
     for (const config_app_usage_t &usage : apps_of(profile))
         usage_write_app(text, figures_of(usage));

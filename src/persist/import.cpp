@@ -5,7 +5,7 @@
 #include "core/saturate.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
-#include "store/policies.h"
+#include "store/blocking.h"
 #include "store/profiles.h"
 #include "usage/accounting.h"
 #include "usage/rollover.h"
@@ -63,7 +63,8 @@ void import_applications(json_object *element, const file_age_t &age,
             list_append(&profile->app_stat_list, &usage->link);
     }
     profile->app_count = saturate(static_cast<int64_t>(count));
-    utm_app_relink_and_enforce(profile);
+    utm_app_link_policy_to_usage(profile);
+    utm_app_enforce_imported_use(profile);
 }
 
 void import_profile(json_object *element, const file_age_t &age) UTM_STORE_LOCKED {
@@ -79,8 +80,7 @@ void import_profile(json_object *element, const file_age_t &age) UTM_STORE_LOCKE
     profile->monthly_used = used.monthly;
     if (usage_has_apps(element))
         import_applications(element, age, profile);
-    if (utm_app_update_profile_usage(profile, 0) < 0)
-        utm_app_debug_log("Import from file and block failed\n");
+    utm_app_block_used_up_profile(profile);
 }
 
 void import_profiles(json_object *root, const file_age_t &age) UTM_EXCLUDES(utm_app_config_mutex) {

@@ -8,7 +8,7 @@ namespace {
 /// Writes a record's thirty days, yesterday first.
 /// @param separator  in and out: a blank before the dump's very first figure and a comma before
 ///                   every later one, across all records; readers of dumps know it so
-void dump_history(const config_app_usage_t &usage, char *separator) {
+void dump_history(const config_app_usage_t &usage, char *separator) UTM_STORE_LOCKED {
     for (int32_t days_ago = 1; days_ago <= day_ring_days; ++days_ago) {
         utm_app_debug_log("%c %d", *separator, day_ring_at(usage, days_ago));
         *separator = ',';
@@ -16,7 +16,7 @@ void dump_history(const config_app_usage_t &usage, char *separator) {
     utm_app_debug_log("\n");
 }
 
-void dump_application(const config_app_usage_t &usage, char *separator) {
+void dump_application(const config_app_usage_t &usage, char *separator) UTM_STORE_LOCKED {
     utm_app_debug_log("\tapp id %d use: %d, ", usage.app_id, usage.daily_used);
     if (usage.policy_app == nullptr)
         utm_app_debug_log("no limit\n");
@@ -27,7 +27,7 @@ void dump_application(const config_app_usage_t &usage, char *separator) {
     dump_history(usage, separator);
 }
 
-void dump_policy(config_app_policy_t *policy) {
+void dump_policy(config_app_policy_t *policy) UTM_STORE_LOCKED {
     if (policy == nullptr) {
         utm_app_debug_log("No policy\n");
         return;
@@ -38,7 +38,7 @@ void dump_policy(config_app_policy_t *policy) {
                           rule.daily_limit);
 }
 
-void dump_profile(config_user_profile_t &profile, char *separator) {
+void dump_profile(config_user_profile_t &profile, char *separator) UTM_STORE_LOCKED {
     utm_app_debug_log("------------------------\n");
     utm_app_debug_log("profile id: %d\n", profile.user_profile_id);
     utm_app_debug_log("\tlimit: %d\n", profile.daily_limit);

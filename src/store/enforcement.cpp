@@ -63,6 +63,10 @@ void utm_app_guard_off() {
     run_unchecked(command_line("%s apg off", LCSH_CMD));
 }
 
+void utm_app_run_leaving_script(int32_t profile_id) {
+    run_unchecked(command_line("profile_daily_limit.sh -C %d", profile_id));
+}
+
 void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id) {
     if (device == nullptr)
         return;
@@ -128,26 +132,4 @@ void __block_one_device_to_use_network(const config_device_t *) {
 
 void __unblock_one_device_to_use_network(const config_device_t *) {
     utm_app_debug_log("[WARNING] %s is not implemented\n", "__unblock_one_device_to_use_network");
-}
-
-void utm_app_apply_all_blocks() {
-    for (config_user_profile_t &profile : all_profiles()) {
-        if (is_cut_off(profile))
-            utm_app_block_profile(&profile);
-        for (config_app_usage_t &usage : apps_of(&profile))
-            if (usage.blocked == 1)
-                utm_app_block_app_on_devices(&profile.device_list, usage.app_id);
-    }
-}
-
-void utm_app_lift_all_blocks() {
-    for (config_user_profile_t &profile : all_profiles()) {
-        if (is_cut_off(profile))
-            utm_app_unblock_profile(&profile);
-        for (config_app_usage_t &usage : apps_of(&profile))
-            if (usage.blocked == 1)
-                utm_app_unblock_app_on_devices(&profile.device_list, usage.app_id);
-        if (profile.app_policy != nullptr)
-            utm_app_reset_devices(&profile.device_list);
-    }
 }

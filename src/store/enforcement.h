@@ -18,6 +18,10 @@ extern const char *LCSH_CMD;
 void utm_app_guard_on() UTM_STORE_LOCKED;
 void utm_app_guard_off() UTM_STORE_LOCKED;
 
+/// Runs the router's own script after a device has left a profile that is cut off. Whether it
+/// succeeds changes nothing here.
+void utm_app_run_leaving_script(int32_t profile_id) UTM_STORE_LOCKED;
+
 /// Blocks or releases one application on one device; a null device does nothing.
 void utm_app_block_app_on_device(const config_device_t *device, int32_t app_id) UTM_STORE_LOCKED;
 void utm_app_unblock_app_on_device(const config_device_t *device, int32_t app_id) UTM_STORE_LOCKED;
@@ -39,11 +43,3 @@ void utm_app_unblock_profile(const config_user_profile_t *profile) UTM_STORE_LOC
 /// log. A device that joins a blocked profile is caught by the next event for the profile.
 void __block_one_device_to_use_network(const config_device_t *device) UTM_STORE_LOCKED;
 void __unblock_one_device_to_use_network(const config_device_t *device) UTM_STORE_LOCKED;
-
-/// Carries out every block that the records hold, after the feature was switched on. Rules with
-/// POLICY_ACTION_BLOCK are not consulted, only the flags of profiles and usage records.
-void utm_app_apply_all_blocks() UTM_STORE_LOCKED;
-
-/// Releases everything that is blocked, after the feature was switched off. The flags stay, so
-/// that `utm_app_apply_all_blocks` can bring the same state back.
-void utm_app_lift_all_blocks() UTM_STORE_LOCKED;

@@ -3,7 +3,7 @@
 #include "core/debug_log.h"
 #include "core/owners.h"
 #include "core/saturate.h"
-#include "store/enforcement.h"
+#include "store/blocking.h"
 
 namespace {
 
@@ -12,54 +12,11 @@ bool is_known_action(int32_t action) {
            action == POLICY_ACTION_BLOCK;
 }
 
-void block_for_bound_profile(config_app_policy_t *policy, int32_t app_id) UTM_STORE_LOCKED {
-    if (utm_app_feature_is_active() && policy->profile != nullptr)
-        utm_app_block_app_on_devices(&policy->profile->device_list, app_id);
-}
-
-void unblock_for_bound_profile(config_app_policy_t *policy, int32_t app_id) UTM_STORE_LOCKED {
-    if (utm_app_feature_is_active() && policy->profile != nullptr)
-        utm_app_unblock_app_on_devices(&policy->profile->device_list, app_id);
-}
-
-void free_rule(config_policy_app_t *rule) {
+void free_rule(config_policy_app_t *rule) UTM_STORE_LOCKED {
     if (rule->app_usage != nullptr)
         rule->app_usage->policy_app = nullptr;
     list_unlink(&rule->link);
     free(rule);
-}
-
-void enforce_block_rule(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
-    block_for_bound_profile(policy, entry->app_id);
-    if (entry->app_usage != nullptr)
-        entry->app_usage->blocked = 1;
-}
-
-/// A limit that is new to its policy: blocks what has used it up already.
-void enforce_new_limit(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
-    config_app_usage_t *usage = entry->app_usage;
-    if (!utm_app_feature_is_active() || usage == nullptr || entry->daily_limit > usage->daily_used)
-        return;
-    block_for_bound_profile(policy, entry->app_id);
-    usage->blocked = 1;
-}
-
-/// A limit in place of an earlier rule: blocks or releases, whichever has changed.
-void enforce_changed_limit(config_app_policy_t *policy,
-                           config_policy_app_t *entry) UTM_STORE_LOCKED {
-    if (!utm_app_feature_is_active())
-        return;
-    config_app_usage_t *usage = entry->app_usage;
-    if (usage == nullptr) {
-        // Nothing used yet, so only an earlier block rule can be in force.
-        unblock_for_bound_profile(policy, entry->app_id);
-    } else if (usage->daily_used < entry->daily_limit && usage->blocked != 0) {
-        unblock_for_bound_profile(policy, entry->app_id);
-        usage->blocked = 0;
-    } else if (usage->daily_used >= entry->daily_limit && usage->blocked == 0) {
-        block_for_bound_profile(policy, entry->app_id);
-        usage->blocked = 1;
-    }
 }
 
 int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) UTM_STORE_LOCKED {
@@ -82,17 +39,12 @@ int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) 
         utm_app_link_policy_to_usage(policy->profile);
     utm_app_debug_log("Policy %d add app %d action %d limit %d success\n", policy->app_policy_id,
                       rule->app_id, rule->action, rule->daily_limit);
-    if (entry->action == POLICY_ACTION_BLOCK)
-        enforce_block_rule(policy, entry);
-    else
-        enforce_new_limit(policy, entry);
+    utm_app_enforce_new_rule(policy, entry);
     return 0;
 }
 
 void remove_rule(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
-    unblock_for_bound_profile(policy, entry->app_id);
-    if (entry->app_usage != nullptr)
-        entry->app_usage->blocked = 0;
+    utm_app_release_rule(policy, entry);
     free_rule(entry);
     policy->app_count -= 1;
 }
@@ -107,10 +59,7 @@ void change_rule(config_app_policy_t *policy, config_policy_app_t *entry,
     }
     entry->action = rule->action;
     entry->daily_limit = rule->daily_limit;
-    if (entry->action == POLICY_ACTION_BLOCK)
-        enforce_block_rule(policy, entry);
-    else
-        enforce_changed_limit(policy, entry);
+    utm_app_enforce_changed_rule(policy, entry);
 }
 
 /// Appends a new policy unless its id is taken.
@@ -134,24 +83,6 @@ int32_t set_rules(int32_t policy_id, const config_policy_rule_t *rules, int32_t 
         if (utm_app_set_rule(policy, &rules[i]) != 0)
             result = -1;
     return result;
-}
-
-/// Blocks what the rules of a newly bound policy block. The feature switch is not asked and no
-/// flag changes: the lines only reach a guard that is off while the feature is.
-void enforce_on_bind(config_app_policy_t *policy) UTM_STORE_LOCKED {
-    config_user_profile_t *profile = policy->profile;
-    if (profile == nullptr)
-        return;
-    for (config_policy_app_t &rule : rules_of(policy)) {
-        if (rule.action == POLICY_ACTION_BLOCK) {
-            utm_app_debug_log("block device to use %d\n", rule.app_id);
-            utm_app_block_app_on_devices(&profile->device_list, rule.app_id);
-        } else if (rule.action == POLICY_ACTION_LIMIT && rule.app_usage != nullptr &&
-                   rule.app_usage->daily_used >= rule.daily_limit) {
-            utm_app_debug_log("block device to use %d because exceed limit\n", rule.app_id);
-            utm_app_block_app_on_devices(&profile->device_list, rule.app_id);
-        }
-    }
 }
 
 } // namespace
@@ -225,11 +156,7 @@ int32_t utm_app_delete_policy(int32_t policy_id) {
     config_app_policy_t *policy = utm_app_find_policy(policy_id);
     if (policy == nullptr)
         return -1;
-    if (policy->profile != nullptr) {
-        for (config_app_usage_t &usage : apps_of(policy->profile))
-            usage.blocked = 0;
-        utm_app_reset_devices(&policy->profile->device_list);
-    }
+    utm_app_release_policy(policy);
     for (config_policy_app_t &rule : rules_of(policy))
         free_rule(&rule);
     if (policy->profile != nullptr)
@@ -256,7 +183,7 @@ int32_t utm_app_add_policy_to_profile(int32_t profile_id, int32_t policy_id) {
     profile->app_policy = policy;
     policy->profile = profile;
     utm_app_link_policy_to_usage(profile);
-    enforce_on_bind(policy);
+    utm_app_enforce_bound_policy(policy);
     utm_app_debug_log("Add policy %d to profile %d success\n", policy_id, profile_id);
     return 0;
 }
@@ -278,18 +205,6 @@ int32_t utm_app_set_rule(config_app_policy_t *policy, const config_policy_rule_t
         return add_rule(policy, rule);
     change_rule(policy, entry, rule);
     return 0;
-}
-
-void utm_app_relink_and_enforce(config_user_profile_t *profile) {
-    if (profile->app_policy == nullptr)
-        return;
-    utm_app_link_policy_to_usage(profile);
-    for (config_policy_app_t &rule : rules_of(profile->app_policy)) {
-        if (rule.app_usage == nullptr || rule.daily_limit > rule.app_usage->daily_used)
-            continue;
-        utm_app_debug_log("block device to use %d because exceed limit\n", rule.app_id);
-        utm_app_block_app_on_devices(&profile->device_list, rule.app_id);
-    }
 }
 
 void utm_app_destroy_policy(config_app_policy_t *policy) {

@@ -59,11 +59,5 @@
 [[nodiscard]] int32_t utm_app_set_rule(config_app_policy_t *policy,
                                        const config_policy_rule_t *rule) UTM_STORE_LOCKED;
 
-/// Links a policy's rules to freshly imported usage records and blocks what is over its limit.
-///
-/// Neither a rule's action nor the feature switch is asked, and no flag changes: the import only
-/// restores what the network should already do.
-void utm_app_relink_and_enforce(config_user_profile_t *profile) UTM_STORE_LOCKED;
-
 /// Frees a policy with its rules; nothing points at any of them afterwards.
 void utm_app_destroy_policy(config_app_policy_t *policy) UTM_STORE_LOCKED;

@@ -3,7 +3,7 @@
 #include "core/clock.h"
 #include "core/debug_log.h"
 #include "core/owners.h"
-#include "store/enforcement.h"
+#include "store/blocking.h"
 #include "store/policies.h"
 
 #include <cstdio>
@@ -14,8 +14,6 @@ namespace {
 /// Bytes of the device list string that are allocated for a device, and those that it fills.
 constexpr size_t device_piece_size = 14;
 constexpr size_t device_piece_length = 13;
-/// Room for the helper script's command line.
-constexpr size_t script_command_size = 512;
 
 /// Appends a new profile unless its id is taken.
 bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_mutex) {
@@ -27,49 +25,9 @@ bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_
     return true;
 }
 
-void free_device(config_device_t *device) {
+void free_device(config_device_t *device) UTM_STORE_LOCKED {
     list_unlink(&device->link);
     free(device);
-}
-
-/// Releases and frees every device. Runs whether or not the feature is active: whatever was
-/// blocked before it was switched off must not outlive the profile.
-void release_devices(config_user_profile_t *profile) UTM_STORE_LOCKED {
-    if (list_is_empty(&profile->device_list))
-        return;
-    utm_app_reset_devices(&profile->device_list);
-    if (profile->blocked == 1)
-        utm_app_unblock_profile(profile);
-    for (config_device_t &device : devices_of(profile))
-        free_device(&device);
-}
-
-/// Brings a device that joins a profile under the blocks in force. An application that is over
-/// its limit and also has a block rule is blocked twice, by two equal lines.
-void block_joining_device(config_user_profile_t *profile,
-                          const config_device_t *device) UTM_STORE_LOCKED {
-    if (is_cut_off(*profile))
-        __block_one_device_to_use_network(device);
-    for (const config_app_usage_t &usage : apps_of(profile))
-        if (usage.blocked == 1)
-            utm_app_block_app_on_device(device, usage.app_id);
-    if (profile->app_policy == nullptr)
-        return;
-    for (const config_policy_app_t &rule : rules_of(profile->app_policy))
-        if (rule.action == POLICY_ACTION_BLOCK)
-            utm_app_block_app_on_device(device, rule.app_id);
-}
-
-void release_leaving_device(const config_user_profile_t *profile,
-                            const config_device_t *device) UTM_STORE_LOCKED {
-    utm_app_reset_device(device);
-    if (!is_cut_off(*profile))
-        return;
-    char command[script_command_size] = {};
-    snprintf(command, sizeof(command), "profile_daily_limit.sh -C %d", profile->user_profile_id);
-    // The script is the router's own; whether it succeeds changes nothing here.
-    if (system(command) != 0)
-        return;
 }
 
 } // namespace
@@ -127,7 +85,9 @@ void utm_app_destroy_profile(config_user_profile_t *profile) {
     profile->device_list_string = nullptr;
     if (profile->app_policy != nullptr)
         utm_app_destroy_policy(profile->app_policy);
-    release_devices(profile);
+    utm_app_release_profile(profile);
+    for (config_device_t &device : devices_of(profile))
+        free_device(&device);
     utm_app_free_app_usage(profile);
     list_unlink(&profile->link);
     utm_app_debug_log("Delete user profile %d and unblock all success\n", profile->user_profile_id);
@@ -174,7 +134,7 @@ int32_t utm_app_add_device(int32_t profile_id, const uint8_t *mac) {
     profile->device_count += 1;
     utm_app_rebuild_device_list_string(profile);
     if (utm_app_feature_is_active())
-        block_joining_device(profile, device);
+        utm_app_block_joining_device(profile, device);
     utm_app_debug_log("Add dev mac = %s to profile %d success\n", mac_text(mac).text, profile_id);
     return 0;
 }
@@ -196,7 +156,7 @@ int32_t utm_app_delete_device(int32_t profile_id, const uint8_t *mac) {
     profile->device_count -= 1;
     utm_app_rebuild_device_list_string(profile);
     if (utm_app_feature_is_active())
-        release_leaving_device(profile, device.get());
+        utm_app_release_leaving_device(profile, device.get());
     utm_app_debug_log("Del dev %s from profile %d success\n", mac_text(mac).text, profile_id);
     return 0;
 }

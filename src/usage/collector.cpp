@@ -25,53 +25,33 @@ pipe_ptr start_query(const char *line) {
     abort();
 }
 
-/// Where a profile's figures go.
-struct profile_target_t {
-    config_user_profile_t *profile;
-    app_index_t apps;
-};
-
-void add_profile_figure(const statistics_figure_t &figure,
-                        profile_target_t *target) UTM_STORE_LOCKED {
+void add_profile_figure(config_user_profile_t *profile, const statistics_figure_t &figure,
+                        app_index_t *apps) UTM_STORE_LOCKED {
     if (figure.kind == figure_kind_t::app) {
-        if (utm_app_update_app_usage(target->profile, figure.app_id, figure.minutes,
-                                     &target->apps) < 0)
+        if (utm_app_update_app_usage(profile, figure.app_id, figure.minutes, apps) < 0)
             utm_app_debug_log("Update app stat and block failed\n");
-    } else if (utm_app_update_profile_usage(target->profile, figure.minutes) < 0) {
+    } else if (utm_app_update_profile_usage(profile, figure.minutes) < 0) {
         utm_app_debug_log("Update profile daily usage and block failed\n");
     }
 }
 
-void add_global_figure(const statistics_figure_t &figure, app_index_t *apps) UTM_STORE_LOCKED {
-    if (figure.kind != figure_kind_t::app)
+void add_profile_reply(config_user_profile_t *profile,
+                       const statistics_reply_t &reply) UTM_STORE_LOCKED {
+    if (reply.used == 0)
         return;
-    if (utm_app_global_app_stat_add(figure.app_id, figure.minutes, apps) < 0)
-        utm_app_debug_log("Update app stat to global failed\n");
-}
-
-/// The parser's visitors. The analysis cannot follow the lock through a function pointer; the
-/// functions below hold it around the parse.
-void visit_profile_figure(const statistics_figure_t &figure, void *target) UTM_NO_ANALYSIS {
-    add_profile_figure(figure, static_cast<profile_target_t *>(target));
-}
-
-void visit_global_figure(const statistics_figure_t &figure, void *apps) UTM_NO_ANALYSIS {
-    add_global_figure(figure, static_cast<app_index_t *>(apps));
-}
-
-void add_profile_reply(const statistics_reply_t &reply,
-                       config_user_profile_t *profile) UTM_STORE_LOCKED {
-    if (reply.text.get()[0] == '\0')
-        return;
-    profile_target_t target = {profile, app_index_of(&profile->app_stat_list)};
-    utm_app_statistics_parse(reply.text.get(), visit_profile_figure, &target);
+    app_index_t apps = app_index_of(&profile->app_stat_list);
+    for (const statistics_figure_t &figure : statistics_figures_t(reply.text.get()))
+        add_profile_figure(profile, figure, &apps);
 }
 
 void add_global_reply(const statistics_reply_t &reply) UTM_STORE_LOCKED {
-    if (reply.text.get()[0] == '\0')
+    if (reply.used == 0)
         return;
     app_index_t apps = app_index_of(&utm_app_config_global_app_stat_list);
-    utm_app_statistics_parse(reply.text.get(), visit_global_figure, &apps);
+    for (const statistics_figure_t &figure : statistics_figures_t(reply.text.get()))
+        if (figure.kind == figure_kind_t::app &&
+            utm_app_global_app_stat_add(figure.app_id, figure.minutes, &apps) < 0)
+            utm_app_debug_log("Update app stat to global failed\n");
 }
 
 /// Queries one profile's devices and adds the reply up.
@@ -95,7 +75,7 @@ int32_t collect_profile(config_user_profile_t *profile, time_t now,
                                std::move(pipe));
     line.reset();
     pipe.reset();
-    add_profile_reply(*reply, profile);
+    add_profile_reply(profile, *reply);
     return 0;
 }
 

@@ -3,8 +3,7 @@
 #include "core/debug_log.h"
 #include "core/owners.h"
 #include "core/saturate.h"
-#include "store/enforcement.h"
-#include "usage/accounting.h"
+#include "store/blocking.h"
 #include "usage/calendar.h"
 
 namespace {
@@ -13,40 +12,6 @@ constexpr int32_t extend_max = 360;
 
 bool is_daily_limit(int32_t minutes) {
     return minutes >= 1 && minutes <= minutes_per_day;
-}
-
-void block(config_user_profile_t *profile) UTM_STORE_LOCKED {
-    if (profile->blocked != 0)
-        return;
-    utm_app_block_profile(profile);
-    profile->blocked = 1;
-}
-
-void unblock(config_user_profile_t *profile) UTM_STORE_LOCKED {
-    if (profile->blocked != 1)
-        return;
-    utm_app_unblock_profile(profile);
-    profile->blocked = 0;
-}
-
-/// Blocks or unblocks a profile after a setter has moved its budget.
-void reevaluate(config_user_profile_t *profile) UTM_STORE_LOCKED {
-    if (!utm_app_feature_is_active() || profile->daily_limit_enable != 1)
-        return;
-    if (profile->daily_used < utm_app_budget_of(profile))
-        unblock(profile);
-    else
-        block(profile);
-}
-
-/// Acts on an enable flag that has changed.
-void enforce_enable(config_user_profile_t *profile) UTM_STORE_LOCKED {
-    if (!utm_app_feature_is_active())
-        return;
-    if (profile->daily_limit_enable == 0)
-        unblock(profile);
-    else if (utm_app_budget_of(profile) <= profile->daily_used)
-        block(profile);
 }
 
 void set_weekday(config_user_profile_t *profile, int32_t weekday,
@@ -58,7 +23,7 @@ void set_weekday(config_user_profile_t *profile, int32_t weekday,
         if (weekday != utm_app_current_weekday())
             continue;
         profile->daily_limit = minutes;
-        reevaluate(profile);
+        utm_app_enforce_moved_budget(profile);
     }
 }
 
@@ -75,7 +40,7 @@ int32_t utm_app_set_daily_limit_enable(int32_t profile_id, int32_t enable) {
         return -1;
     if (profile->daily_limit_enable != enable) {
         profile->daily_limit_enable = enable;
-        enforce_enable(profile);
+        utm_app_enforce_changed_enable(profile);
     }
     utm_app_debug_log("Set daily limit enable %d for profile %d success\n", enable, profile_id);
     return 0;
@@ -106,7 +71,7 @@ int32_t utm_app_set_daily_limit(int32_t profile_id, int32_t minutes) {
         return -1;
     if (profile->daily_limit != minutes) {
         profile->daily_limit = minutes;
-        reevaluate(profile);
+        utm_app_enforce_moved_budget(profile);
     }
     for (config_weekday_limit_t &entry : weekdays_of(profile))
         entry.limit = minutes;
@@ -178,7 +143,7 @@ int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes) {
         return -1;
     }
     profile->daily_extend = saturating_sum(profile->daily_extend, minutes);
-    reevaluate(profile);
+    utm_app_enforce_moved_budget(profile);
     utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
                       profile->daily_extend);
     return 0;
@@ -193,7 +158,7 @@ int32_t utm_app_reset_extend(int32_t profile_id) {
         return -1;
     }
     profile->daily_extend = 0;
-    reevaluate(profile);
+    utm_app_enforce_moved_budget(profile);
     utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);
     return 0;
 }

@@ -18,12 +18,14 @@ bool is_period(int32_t period) {
 /// @return the minutes of a finished week, which starts on a Sunday
 /// @param weekday    today's, so that many days of this week are finished
 /// @param weeks_ago  1..3
-int32_t finished_week(const config_app_usage_t &usage, int32_t weekday, int32_t weeks_ago) {
+int32_t finished_week(const config_app_usage_t &usage, int32_t weekday,
+                      int32_t weeks_ago) UTM_STORE_LOCKED {
     const int32_t latest = weekday + days_per_week * (weeks_ago - 1) + 1;
     return day_ring_sum(usage, latest, latest + days_per_week - 1);
 }
 
-int32_t minutes_in_period(const config_app_usage_t &usage, int32_t period, int32_t weekday) {
+int32_t minutes_in_period(const config_app_usage_t &usage, int32_t period,
+                          int32_t weekday) UTM_STORE_LOCKED {
     const int64_t this_week = int64_t{usage.weekly_used} + usage.daily_used;
     if (period == UTM_APP_CONFIG_PERIOD_MONTH)
         return saturate(this_week + usage.monthly_used);
@@ -65,7 +67,7 @@ int32_t count_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
 }
 
 void fill_row(config_prev_day_row_t *row, const config_app_usage_t &usage, int32_t mode,
-              int32_t weekday) {
+              int32_t weekday) UTM_STORE_LOCKED {
     row->app_id = usage.app_id;
     row->current = usage.daily_used;
     if (mode == UTM_APP_CONFIG_PREV_BY_DAY)

@@ -2,7 +2,7 @@
 
 #include "core/saturate.h"
 #include "format/day_ring.h"
-#include "store/enforcement.h"
+#include "store/blocking.h"
 #include "usage/calendar.h"
 
 #include <algorithm>
@@ -32,7 +32,7 @@ void roll_counters(int32_t *daily, int32_t *weekly, int32_t *monthly, boundary_t
         *monthly = 0;
 }
 
-void roll_usage(config_app_usage_t *usage, boundary_t boundary) {
+void roll_usage(config_app_usage_t *usage, boundary_t boundary) UTM_STORE_LOCKED {
     day_ring_push(usage, usage->daily_used);
     roll_counters(&usage->daily_used, &usage->weekly_used, &usage->monthly_used, boundary);
 }
@@ -45,18 +45,6 @@ void take_weekday_limit(config_user_profile_t *profile) UTM_STORE_LOCKED {
             profile->daily_limit = entry.limit;
             return;
         }
-}
-
-/// Releases the applications that yesterday's limits blocked. Block rules hold every day.
-void release_limited_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
-    for (config_app_usage_t &usage : apps_of(profile)) {
-        if (usage.blocked != 1 || usage.policy_app == nullptr ||
-            usage.policy_app->action != POLICY_ACTION_LIMIT)
-            continue;
-        if (has_devices(*profile))
-            utm_app_unblock_app_on_devices(&profile->device_list, usage.app_id);
-        usage.blocked = 0;
-    }
 }
 
 passed_t passed_between(time_t then, time_t now) {
@@ -74,19 +62,13 @@ void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) {
     if (utm_app_is_day_changed(last, now) == 0)
         return;
     const boundary_t boundary = boundary_between(last, now);
-    if (has_devices(*profile))
-        utm_app_unblock_profile(profile);
+    utm_app_announce_new_day(*profile);
     profile->daily_extend = 0;
     take_weekday_limit(profile);
     roll_counters(&profile->daily_used, &profile->weekly_used, &profile->monthly_used, boundary);
     for (config_app_usage_t &usage : apps_of(profile))
         roll_usage(&usage, boundary);
-    if (profile->blocked == 1) {
-        if (has_devices(*profile))
-            utm_app_unblock_profile(profile);
-        profile->blocked = 0;
-    }
-    release_limited_apps(profile);
+    utm_app_release_for_new_day(profile);
 }
 
 void utm_app_global_rollover(time_t now) {

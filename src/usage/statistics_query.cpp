@@ -1,16 +1,13 @@
 #include "usage/statistics_query.h"
 
-#include "core/json.h"
-
 #include <cstring>
 
 namespace {
 
 /// Room for a query's fixed text and its two numbers.
 constexpr size_t query_line_overhead = 101;
-/// Replies are taken in chunks: a line, or as much of a longer one. That shows only where a NUL
-/// stands in a chunk, which ends it early; the text goes on with the next one.
-constexpr size_t longest_chunk = 127;
+/// Characters of a line that a NUL cuts short at the most; the text goes on with the next ones.
+constexpr size_t longest_piece = 127;
 /// What is read at once. A client prints short lines by the thousand, and a call for each of them
 /// costs a fifth of what parsing them does.
 constexpr size_t block_size = 4096;
@@ -87,49 +84,23 @@ size_t grow(statistics_reply_t *reply, size_t length) {
     return 0;
 }
 
-/// Adds characters to the reply.
-/// @return 0, or the size that could not be had
-size_t append(statistics_reply_t *reply, const char *text, size_t length) {
-    // The first character starts the text, each later one begins on the NUL before it.
-    const size_t start = reply->used == 0 ? 0 : reply->used - 1;
-    const size_t failed = grow(reply, start + length);
-    if (failed != 0)
-        return failed;
-    memcpy(reply->text.get() + start, text, length);
-    reply->text.get()[start + length] = '\0';
-    reply->used = start + length + 1;
-    return 0;
-}
-
-/// Where reading stands in the current chunk.
-struct chunk_t {
-    size_t length;  ///< characters so far
-    bool has_ended; ///< by a NUL: what follows it in the chunk is lost
-};
-
-/// Adds a block that contains no NUL.
-size_t append_text(statistics_reply_t *reply, const char *block, size_t size, chunk_t *chunk) {
-    const void *line_end = memrchr(block, '\n', size);
-    if (line_end != nullptr)
-        chunk->length = static_cast<size_t>(block + size - static_cast<const char *>(line_end)) - 1;
-    else
-        chunk->length += size;
-    chunk->length %= longest_chunk;
-    return append(reply, block, size);
-}
-
-/// Adds a block character by character.
-size_t append_bytes(statistics_reply_t *reply, const char *block, size_t size, chunk_t *chunk) {
-    for (size_t i = 0; i < size; ++i) {
-        chunk->has_ended = chunk->has_ended || block[i] == '\0';
-        const size_t failed = chunk->has_ended ? 0 : append(reply, &block[i], 1);
-        if (failed != 0)
-            return failed;
-        chunk->length += 1;
-        if (block[i] == '\n' || chunk->length == longest_chunk)
-            *chunk = {};
+/// Takes the NULs out of a text, each with what follows it in its piece.
+/// @return what is left, in characters
+size_t without_nuls(char *text, size_t length) {
+    size_t kept = 0;
+    size_t piece = 0;
+    bool has_ended = false;
+    for (size_t i = 0; i < length; ++i) {
+        const char character = text[i];
+        has_ended = has_ended || character == '\0';
+        if (!has_ended)
+            text[kept++] = character;
+        if (character != '\n' && ++piece < longest_piece)
+            continue;
+        piece = 0;
+        has_ended = false;
     }
-    return 0;
+    return kept;
 }
 
 } // namespace
@@ -171,24 +142,28 @@ void utm_app_reply_clear(statistics_reply_t *reply) {
 
 size_t utm_app_reply_read(statistics_reply_t *reply, FILE *pipe) {
     char block[block_size];
-    chunk_t chunk = {};
+    size_t length = 0;
     while (const size_t size = fread(block, 1, sizeof(block), pipe)) {
-        const bool is_text = !chunk.has_ended && memchr(block, '\0', size) == nullptr;
-        const size_t failed = is_text ? append_text(reply, block, size, &chunk)
-                                      : append_bytes(reply, block, size, &chunk);
+        const size_t failed = grow(reply, length + size);
         if (failed != 0)
             return failed;
+        memcpy(reply->text.get() + length, block, size);
+        length += size;
     }
+    char *text = reply->text.get();
+    // Rare: no client prints NULs, and a text without them is what it is.
+    if (memchr(text, '\0', length) != nullptr)
+        length = without_nuls(text, length);
+    text[length] = '\0';
+    reply->used = length == 0 ? 0 : length + 1;
     return 0;
 }
 
-void utm_app_statistics_parse(const char *text, statistics_visitor_t visit, void *context) {
-    const json_ptr document(json_tokener_parse(text));
-    json_object *data = json_array_member(document.get(), "data");
-    const size_t count = json_array_size(data);
-    for (size_t i = 0; i < count; ++i) {
-        statistics_figure_t figure = {};
-        if (read_figure(json_object_array_get_idx(data, i), &figure))
-            visit(figure, context);
-    }
+statistics_figures_t::statistics_figures_t(const char *text)
+    : document_(json_tokener_parse(text)), data_(json_array_member(document_.get(), "data")) {}
+
+void statistics_figures_t::iterator::find() {
+    const size_t count = json_array_size(data_);
+    while (at_ < count && !read_figure(json_object_array_get_idx(data_, at_), &figure_))
+        ++at_;
 }

@@ -14,6 +14,7 @@
 /// Nothing here knows a profile or takes a lock. The text comes from another program: any bytes,
 /// any shape and any numbers are met without harm.
 
+#include "core/json.h"
 #include "core/owners.h"
 
 #include <cstddef>
@@ -47,7 +48,7 @@ inline constexpr size_t statistics_reply_step = 1024;
 struct statistics_reply_t {
     heap_ptr<char> text;
     size_t capacity; ///< bytes allocated
-    size_t used;     ///< bytes held, the NUL included; 0 before the first chunk
+    size_t used;     ///< bytes held, the NUL included; 0 for none
 };
 
 /// Allocates the buffer's first step, zero-filled.
@@ -57,7 +58,8 @@ struct statistics_reply_t {
 /// Clears the buffer for the next reply; it keeps its size.
 void utm_app_reply_clear(statistics_reply_t *reply);
 
-/// Reads a pipe to its end, in chunks of at most 127 characters.
+/// Reads a pipe to its end. A NUL ends its line, and in a longer line the piece of 127 characters
+/// that it stands in.
 /// @return 0, or the number of bytes asked for when the buffer could not grow
 [[nodiscard]] size_t utm_app_reply_read(statistics_reply_t *reply, FILE *pipe);
 
@@ -71,7 +73,37 @@ struct statistics_figure_t {
     int32_t minutes; ///< of use in the interval
 };
 
-using statistics_visitor_t = void (*)(const statistics_figure_t &figure, void *context);
+/// A reply's figures as a range, in array order.
+class statistics_figures_t {
+public:
+    /// @param text  a reply, whatever it holds
+    explicit statistics_figures_t(const char *text);
 
-/// Hands each figure of a reply to a visitor, in array order.
-void utm_app_statistics_parse(const char *text, statistics_visitor_t visit, void *context);
+    class iterator {
+    public:
+        /// Stands at the first figure from an element on.
+        iterator(json_object *data, size_t at) : data_(data), at_(at) { find(); }
+        const statistics_figure_t &operator*() const { return figure_; }
+        iterator &operator++() {
+            ++at_;
+            find();
+            return *this;
+        }
+        bool operator==(const iterator &other) const { return at_ == other.at_; }
+
+    private:
+        /// Passes over elements that are no figures.
+        void find();
+
+        json_object *data_;
+        size_t at_;
+        statistics_figure_t figure_ = {};
+    };
+
+    iterator begin() const { return iterator(data_, 0); }
+    iterator end() const { return iterator(data_, json_array_size(data_)); }
+
+private:
+    json_ptr document_;
+    json_object *data_; ///< the array in the document, or null
+};

@@ -3,24 +3,12 @@
 #include "core/debug_log.h"
 #include "core/owners.h"
 #include "core/saturate.h"
+#include "usage/accounting.h"
 
 int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t *index) {
-    config_app_usage_t *usage =
-        index != nullptr ? app_index_find(index, app_id)
-                         : utm_app_find_app_usage(&utm_app_config_global_app_stat_list, app_id);
-    if (usage != nullptr) {
-        usage->daily_used = saturating_sum(usage->daily_used, minutes);
-        return 0;
-    }
-    usage = heap_allocate<config_app_usage_t>();
-    if (usage == nullptr)
-        return 0;
-    usage->app_id = app_id;
-    usage->daily_used = minutes;
-    list_push_front(&utm_app_config_global_app_stat_list, &usage->link);
-    utm_app_config_global_app_stat_list_count += 1;
-    if (index != nullptr)
-        app_index_add(index, usage);
+    static_cast<void>(utm_app_count_minutes(&utm_app_config_global_app_stat_list,
+                                            &utm_app_config_global_app_stat_list_count, app_id,
+                                            minutes, index));
     return 0;
 }
 

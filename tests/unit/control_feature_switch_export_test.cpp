@@ -3,8 +3,8 @@
 #include "control/feature_switch.h"
 
 #include "core/debug_log.h"
-#include "persist/export_schedule.h"
 #include "format/usage_file.h"
+#include "persist/export_schedule.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/world.h"
 

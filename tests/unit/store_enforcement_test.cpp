@@ -1,5 +1,6 @@
 #include "store/enforcement.h"
 
+#include "store/blocking.h"
 #include "tests/unit/support/store_state.h"
 #include "tests/unit/support/world.h"
 

@@ -1,7 +1,7 @@
 #include "control/feature_switch.h"
 #include "core/debug_log.h"
 #include "core/owners.h"
-#include "store/enforcement.h"
+#include "store/blocking.h"
 #include "store/policies.h"
 #include "store/profiles.h"
 #include "tests/unit/support/store_state.h"

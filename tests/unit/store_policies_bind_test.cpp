@@ -1,5 +1,6 @@
 #include "store/policies.h"
 
+#include "store/blocking.h"
 #include "tests/unit/support/store_state.h"
 #include "tests/unit/support/world.h"
 
@@ -121,7 +122,8 @@ TEST_F(PolicyBinding, IsStillInForceAfterTheRulesWereDeletedAndRefilled) {
 
 void relink_and_enforce(config_user_profile_t *profile) {
     const mutex_guard lock(utm_app_config_mutex);
-    utm_app_relink_and_enforce(profile);
+    utm_app_link_policy_to_usage(profile);
+    utm_app_enforce_imported_use(profile);
 }
 
 TEST_F(PolicyBinding, BlocksWhatIsOverItsLimitAfterAnImportWhateverTheAction) {

@@ -25,8 +25,7 @@ protected:
     }
 
     /// Expects that an index finds what a walk of the list finds.
-    static void expect_same(const app_index_t &index, int32_t app_id)
-        UTM_STORE_LOCKED {
+    static void expect_same(const app_index_t &index, int32_t app_id) UTM_STORE_LOCKED {
         EXPECT_EQ(app_index_find(&index, app_id), utm_app_find_app_usage(list(), app_id)) << app_id;
     }
 };

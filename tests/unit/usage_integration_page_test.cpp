@@ -98,14 +98,9 @@ TEST_F(IntegrationPage, ShowsTheQueries) {
 
 TEST_F(IntegrationPage, ShowsAReplyThatIsReadAsItSays) {
     std::string told;
-    utm_app_statistics_parse(
-        block("json").c_str(),
-        [](const statistics_figure_t &figure, void *context) {
-            *static_cast<std::string *>(context) +=
-                std::string(figure.kind == figure_kind_t::app ? "app " : "internet ") +
+    for (const statistics_figure_t &figure : statistics_figures_t(block("json").c_str()))
+        told += std::string(figure.kind == figure_kind_t::app ? "app " : "internet ") +
                 std::to_string(figure.app_id) + " " + std::to_string(figure.minutes) + "\n";
-        },
-        &told);
     EXPECT_EQ(told, "app 305 1\napp 0 1\ninternet 0 1\n");
 }
 

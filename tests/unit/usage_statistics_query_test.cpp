@@ -140,14 +140,9 @@ TEST_F(StatisticsQuery, SaysHowManyBytesItCouldNotHave) {
 /// What a reply counts, one figure a line.
 std::string figures(const std::string &text) {
     std::string told;
-    utm_app_statistics_parse(
-        text.c_str(),
-        [](const statistics_figure_t &figure, void *context) {
-            *static_cast<std::string *>(context) +=
-                std::string(figure.kind == figure_kind_t::app ? "app " : "internet ") +
+    for (const statistics_figure_t &figure : statistics_figures_t(text.c_str()))
+        told += std::string(figure.kind == figure_kind_t::app ? "app " : "internet ") +
                 std::to_string(figure.app_id) + " " + std::to_string(figure.minutes) + "\n";
-        },
-        &told);
     return told;
 }
 
