@@ -25,9 +25,10 @@ bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_
     return true;
 }
 
-void free_device(config_device_t *device) UTM_STORE_LOCKED {
-    list_unlink(&device->link);
-    free(device);
+template <typename Record>
+void free_record(Record *record) UTM_STORE_LOCKED {
+    list_unlink(&record->link);
+    free(record);
 }
 
 } // namespace
@@ -87,7 +88,9 @@ void utm_app_destroy_profile(config_user_profile_t *profile) {
         utm_app_destroy_policy(profile->app_policy);
     utm_app_release_profile(profile);
     for (config_device_t &device : devices_of(profile))
-        free_device(&device);
+        free_record(&device);
+    for (config_weekday_limit_t &entry : weekdays_of(profile))
+        free_record(&entry);
     utm_app_free_app_usage(profile);
     list_unlink(&profile->link);
     utm_app_debug_log("Delete user profile %d and unblock all success\n", profile->user_profile_id);

@@ -53,8 +53,7 @@ int32_t utm_app_flush_profiles() UTM_EXCLUDES(utm_app_config_mutex);
 /// @return 0, or -1 when the profile or any entry is missing
 int32_t utm_app_add_weekday_limits(int32_t profile_id) UTM_STORE_LOCKED;
 
-/// Releases a profile's devices and frees everything it owns. The weekday entries are left
-/// allocated: seven small records for each profile that a family ever deletes.
+/// Releases a profile's devices and frees everything it owns.
 void utm_app_destroy_profile(config_user_profile_t *profile) UTM_STORE_LOCKED;
 
 /// Rebuilds `device_list_string`: every device as twelve upper-case hexadecimal digits and a
