@@ -2,6 +2,7 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
+#include "store/profiles.h"
 #include "usage/accounting.h"
 #include "usage/rollover.h"
 #include "usage/statistics_query.h"
@@ -54,10 +55,13 @@ void add_global_reply(const statistics_reply_t &reply) UTM_STORE_LOCKED {
             utm_app_debug_log("Update app stat to global failed\n");
 }
 
-/// Queries one profile's devices and adds the reply up.
+/// Queries one profile's devices and adds the reply up. A device list string that could not be had
+/// for want of memory is built now.
 /// @return 0, or -1 when the query could not be made
 int32_t collect_profile(config_user_profile_t *profile, time_t now,
                         statistics_reply_t *reply) UTM_STORE_LOCKED {
+    if (profile->device_list_string == nullptr)
+        utm_app_rebuild_device_list_string(profile);
     heap_ptr<char> line =
         utm_app_profile_query_line(profile->last_collect_ts, now, profile->device_list_string);
     if (line == nullptr) {

@@ -82,15 +82,20 @@ TEST_F(CollectorWithoutMemory, NamesTheAllocationThatFailedAndKeepsTheStoreWhole
     }
 }
 
-TEST_F(CollectorWithoutMemory, CannotAskForADeviceThatIsInNoText) {
+TEST_F(CollectorWithoutMemory, BuildsADeviceTextThatCouldNotBeHadBefore) {
     make_profile(3);
     world::fail_allocation(2); // the first one is the device's
     ASSERT_EQ(utm_app_add_device(3, world::phone.data()), 0);
-    world::fail_allocation(0);
+    world::fail_allocation(2); // the first one is the reply's
     EXPECT_EQ(utm_app_update_app_status(), -1);
     EXPECT_EQ(world::story(), "log Update device list string failed because malloc failed\n"
                               "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 3 success\n"
+                              "log Update device list string failed because malloc failed\n"
                               "log Update app status failed because malloc failed\n");
+    world::fail_allocation(0);
+    EXPECT_EQ(utm_app_update_app_status(), 0);
+    EXPECT_EQ(world::story(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+                              "'{\"s\":1772625540,\"e\":1772625540,\"mac\":\"AABBCCDDEE0F \"}'\n");
 }
 
 TEST_F(CollectorWithoutMemory, LeavesTheRoutersPipeOpen) {
