@@ -1,8 +1,8 @@
 #include "control/dispatcher.h"
 
 #include "control/feature_switch.h"
+#include "control/reply.h"
 #include "core/debug_log.h"
-#include "core/io.h"
 #include "core/owners.h"
 #include "format/protocol.h"
 #include "persist/export.h"
@@ -22,33 +22,36 @@ namespace {
 using cmd_t = utm_app_config_cmd;
 using reply_t = utm_app_config_reply;
 
-/// Writes a reply whole. The descriptor's send time-out bounds the wait for a client that does
-/// not read; one that has gone costs a line in the log (SIGPIPE).
-/// @return false when the reply could not be written whole
-bool send_reply(int fd, const reply_t &reply, size_t size = UTM_APP_CONFIG_REPLY_SIZE) {
-    return write_whole(fd, &reply, size);
-}
-
 void send_status(int fd, reply_t &reply, utm_app_config_status status) {
     reply.status = status;
-    send_reply(fd, reply);
+    utm_app_reply_send(fd, reply);
 }
 
 /// Writes a list: one data reply an entry, then the end. A client that no longer takes replies
-/// ends it early: every further one would wait out the time-out again.
+/// ends it early: every further one would wait out the timeout again.
 template <typename Entry, typename Fill>
 void send_list(int fd, reply_t &reply, const Entry *entries, int32_t count, Fill fill) {
     if (entries == nullptr) {
         send_status(fd, reply, UTM_APP_CONFIG_STATUS_FAIL);
         return;
     }
+    reply_block_t block;
+    utm_app_reply_begin(&block, fd);
     for (int32_t i = 0; i < count; ++i) {
-        fill(reply, entries[i]);
-        reply.status = UTM_APP_CONFIG_STATUS_DATA;
-        if (!send_reply(fd, reply))
+        reply_t *next = utm_app_reply_next(&block);
+        if (next == nullptr)
             return;
+        fill(*next, entries[i]);
+        next->status = UTM_APP_CONFIG_STATUS_DATA;
     }
-    send_status(fd, reply, UTM_APP_CONFIG_STATUS_OK);
+    reply_t *end = utm_app_reply_next(&block);
+    if (end == nullptr)
+        return;
+    // The last entry's figures stand in the end too.
+    if (count > 0)
+        fill(*end, entries[count - 1]);
+    end->status = UTM_APP_CONFIG_STATUS_OK;
+    utm_app_reply_flush(&block);
 }
 
 int32_t ping(const cmd_t &, reply_t &) {
@@ -205,14 +208,14 @@ void load_signature(int fd, const cmd_t &cmd, reply_t &reply) {
     pipe_ptr pipe(popen(line, "re"));
     if (pipe == nullptr) {
         utm_app_debug_log("cmd popen :lcsh load app signature fail.\n");
-        send_reply(fd, reply, UTM_APP_CONFIG_SHORT_REPLY_SIZE);
+        utm_app_reply_send(fd, reply, UTM_APP_CONFIG_SHORT_REPLY_SIZE);
         return;
     }
     if (says_loaded(pipe.get()))
         reply.status = UTM_APP_CONFIG_STATUS_OK;
     // The shell is reaped before the client has its reply.
     pipe.reset();
-    send_reply(fd, reply);
+    utm_app_reply_send(fd, reply);
 }
 
 int32_t get_status(const cmd_t &, reply_t &reply) {

@@ -1,0 +1,74 @@
+#include "control/reply.h"
+
+#include <atomic>
+#include <cerrno>
+#include <sys/socket.h>
+
+namespace {
+
+std::atomic<bool> may_wait{true};
+/// The connection that a reply is being written to, -1 for none.
+std::atomic<int> writing_fd{-1};
+
+bool send_whole(int fd, const void *bytes, size_t size) {
+    const char *next = static_cast<const char *>(bytes);
+    while (size > 0) {
+        const ssize_t sent = send(fd, next, size, may_wait ? 0 : MSG_DONTWAIT);
+        if (sent < 0 && errno == EINTR)
+            continue;
+        if (sent <= 0)
+            return false;
+        next += sent;
+        size -= static_cast<size_t>(sent);
+    }
+    return true;
+}
+
+/// The descriptor is shown before `may_wait` is read, and `utm_app_reply_stop_waiting` goes the
+/// other way round: either the writing does not wait, or the client is cut off.
+bool write_replies(int fd, const void *bytes, size_t size) {
+    writing_fd = fd;
+    const bool written = send_whole(fd, bytes, size);
+    writing_fd = -1;
+    return written;
+}
+
+} // namespace
+
+bool utm_app_reply_send(int fd, const utm_app_config_reply &reply, size_t size) {
+    return write_replies(fd, &reply, size);
+}
+
+void utm_app_reply_begin(reply_block_t *block, int fd) {
+    block->fd = fd;
+    block->count = 0;
+    block->zeroed = 0;
+}
+
+utm_app_config_reply *utm_app_reply_next(reply_block_t *block) {
+    if (block->count == reply_block_size && !utm_app_reply_flush(block))
+        return nullptr;
+    utm_app_config_reply *reply = &block->replies[block->count++];
+    if (block->zeroed < block->count) {
+        *reply = {};
+        block->zeroed = block->count;
+    }
+    return reply;
+}
+
+bool utm_app_reply_flush(reply_block_t *block) {
+    const size_t count = block->count;
+    block->count = 0;
+    return write_replies(block->fd, block->replies, count * sizeof(block->replies[0]));
+}
+
+void utm_app_reply_allow_waiting() {
+    may_wait = true;
+}
+
+void utm_app_reply_stop_waiting() {
+    may_wait = false;
+    const int fd = writing_fd;
+    if (fd >= 0)
+        shutdown(fd, SHUT_RDWR);
+}

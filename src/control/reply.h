@@ -1,0 +1,46 @@
+#pragma once
+/// Replies on their way to a client.
+///
+/// The socket's send timeout bounds the wait for a client that does not read; one that has gone
+/// costs a line in the log (SIGPIPE). The replies of a list are gathered into blocks, because a
+/// call for each of hundreds of replies costs many times what making them does.
+
+#include "format/protocol.h"
+
+#include <cstddef>
+
+/// Replies that are written at once: no more than the kernel takes in one piece, so that a block
+/// waits for its client once and not piece by piece.
+inline constexpr size_t reply_block_size = 48;
+
+/// The part of a list that is not written yet. What a list does not set stays zero in every reply.
+struct reply_block_t {
+    int fd;
+    size_t count;  ///< replies to be written
+    size_t zeroed; ///< replies that have been used, now or for an earlier block
+    utm_app_config_reply replies[reply_block_size];
+};
+
+/// Writes one reply.
+/// @param size  bytes of it
+/// @return false when it could not be written whole
+bool utm_app_reply_send(int fd, const utm_app_config_reply &reply,
+                        size_t size = UTM_APP_CONFIG_REPLY_SIZE);
+
+/// Begins a list.
+void utm_app_reply_begin(reply_block_t *block, int fd);
+
+/// Makes room for a list's next reply: a full block is written first.
+/// @return the reply, to be filled in; null when the client no longer takes replies
+[[nodiscard]] utm_app_config_reply *utm_app_reply_next(reply_block_t *block);
+
+/// Writes what is left of a list.
+/// @return false when the client no longer takes replies
+bool utm_app_reply_flush(reply_block_t *block);
+
+/// Lets replies wait for their clients, at the start.
+void utm_app_reply_allow_waiting();
+
+/// From here on no reply waits for its client, and the client that one is being written to is cut
+/// off: for the thread that ends the control-socket thread.
+void utm_app_reply_stop_waiting();

@@ -1,0 +1,102 @@
+#include "control/reply.h"
+
+#include "tests/unit/support/world.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+/// Both ends of a connection that keeps what was written at once together.
+class Reply : public testing::Test {
+protected:
+    void SetUp() override {
+        world::reset();
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends_), 0);
+        utm_app_reply_allow_waiting();
+    }
+    void TearDown() override {
+        close(ends_[0]);
+        close(ends_[1]);
+        utm_app_reply_allow_waiting();
+    }
+
+    /// Writes a list of so many replies, numbered in their policy's place.
+    void write_list(int32_t count) {
+        reply_block_t block;
+        utm_app_reply_begin(&block, ends_[1]);
+        for (int32_t i = 0; i < count; ++i) {
+            utm_app_config_reply *reply = utm_app_reply_next(&block);
+            ASSERT_NE(reply, nullptr);
+            reply->policy_id = i;
+        }
+        utm_app_reply_flush(&block);
+        shutdown(ends_[1], SHUT_WR);
+    }
+
+    /// What came: the numbers, a full stop behind those that came at once.
+    std::string received() {
+        std::string told;
+        std::vector<utm_app_config_reply> replies(reply_block_size + 1);
+        const size_t room = replies.size() * sizeof(replies[0]);
+        for (ssize_t n; (n = recv(ends_[0], replies.data(), room, 0)) > 0; told += ".") {
+            EXPECT_EQ(static_cast<size_t>(n) % sizeof(replies[0]), 0u);
+            for (size_t i = 0; i < static_cast<size_t>(n) / sizeof(replies[0]); ++i)
+                told += " " + std::to_string(replies[i].policy_id);
+        }
+        return told;
+    }
+
+    int ends_[2];
+};
+
+std::string numbers(int32_t first, int32_t end) {
+    std::string text;
+    for (int32_t i = first; i < end; ++i)
+        text += " " + std::to_string(i);
+    return text + ".";
+}
+
+constexpr int32_t block = reply_block_size;
+
+TEST_F(Reply, ComesAlone) {
+    utm_app_config_reply reply = {};
+    reply.policy_id = 7;
+    EXPECT_TRUE(utm_app_reply_send(ends_[1], reply));
+    shutdown(ends_[1], SHUT_WR);
+    EXPECT_EQ(received(), " 7.");
+}
+
+TEST_F(Reply, OfAListComesInBlocks) {
+    struct {
+        int32_t count;
+        std::string received;
+    } const table[] = {
+        {0, ""},
+        {1, numbers(0, 1)},
+        {block - 1, numbers(0, block - 1)},
+        {block, numbers(0, block)},
+        {block + 1, numbers(0, block) + numbers(block, block + 1)},
+        {3 * block, numbers(0, block) + numbers(block, 2 * block) + numbers(2 * block, 3 * block)},
+    };
+    for (const auto &row : table) {
+        SetUp();
+        write_list(row.count);
+        EXPECT_EQ(received(), row.received) << row.count;
+        TearDown();
+    }
+    SetUp();
+}
+
+TEST_F(Reply, WaitsForNobodyOnceItIsToldNotTo) {
+    utm_app_reply_stop_waiting();
+    const utm_app_config_reply reply = {};
+    int sent = 0;
+    while (utm_app_reply_send(ends_[1], reply))
+        ++sent;
+    EXPECT_GT(sent, 0) << "a client with room for it gets its reply";
+}
+
+} // namespace
