@@ -25,6 +25,8 @@ namespace {
 /// Sleeps of one second from one tick to the next.
 constexpr unsigned seconds_per_tick = 60;
 
+pthread_t socket_thread;
+
 void create_locks() {
     utm_app_config_mutex.create();
     utm_app_debug_mutex.create();
@@ -94,13 +96,24 @@ int32_t utm_app_config_handler_init() {
 }
 
 int32_t utm_app_config_handler_start() {
-    pthread_t thread;
-    if (pthread_create(&thread, nullptr, utm_app_config_handler, nullptr) != 0) {
+    if (pthread_create(&socket_thread, nullptr, utm_app_config_handler, nullptr) != 0) {
         utm_app_log_always("Config handler init failed\n");
         return -1;
     }
     utm_app_debug_log("Config handler init success\n");
     return 0;
+}
+
+void utm_app_config_handler_stop() {
+    // Put back as in the main loop; but a client that is cut off here has not gone by itself.
+    utm_app_install_signal_handlers();
+    signal(SIGPIPE, SIG_IGN);
+    utm_app_config_socket_stop();
+    // Without a descriptor left the thread does not watch its socket, for a second at a time. The
+    // signal ends that wait; elsewhere it changes nothing.
+    pthread_kill(socket_thread, SIGINT);
+    pthread_join(socket_thread, nullptr);
+    utm_app_config_socket_remove();
 }
 
 int32_t utm_app_config_handler_exit() {

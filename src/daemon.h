@@ -23,12 +23,16 @@ void utm_app_install_signal_handlers();
 /// @return 0, or negative when the socket could not be set up (logged)
 [[nodiscard]] int32_t utm_app_config_handler_init();
 
-/// Starts the control-socket thread, which is never joined.
+/// Starts the control-socket thread.
 /// @return 0, or -1 when the thread could not be created (logged)
 [[nodiscard]] int32_t utm_app_config_handler_start();
 
+/// Ends the control-socket thread and removes the socket's path. The thread is woken and not waited
+/// for, except where it runs a command: only a command line that hangs holds this up.
+void utm_app_config_handler_stop();
+
 /// Destroys all profiles and statistics, which releases every device, and then the locks. Nothing
-/// is saved. The control-socket thread is still running and ends with the process.
+/// is saved. No other thread is left.
 /// @return the result of flushing the profiles
 int32_t utm_app_config_handler_exit();
 

@@ -17,8 +17,7 @@ int main() {
         return 1;
     if (running != 0)
         utm_app_main_loop();
+    utm_app_config_handler_stop();
     utm_app_config_handler_exit();
-    // Not by return: the control-socket thread is still at work, and the C library's clean-up would
-    // wait for a stream that it reads from, or pull one away from under it.
-    _exit(0);
+    return 0;
 }

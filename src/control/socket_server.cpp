@@ -1,10 +1,13 @@
 #include "control/socket_server.h"
 
 #include "control/dispatcher.h"
+#include "control/fd_event.h"
+#include "control/reply.h"
 #include "core/debug_log.h"
 #include "core/owners.h"
 #include "format/protocol.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <sys/socket.h>
@@ -23,6 +26,11 @@ constexpr mode_t socket_mode = 0777;
 /// How long a reply may wait for a client that does not read. The thread serves nobody else
 /// meanwhile, so it is short; a reader that is merely slow comes back well within it.
 constexpr time_t send_timeout_seconds = 3;
+
+std::atomic<bool> is_stopping{false};
+
+/// The path as it was bound: another file of the same name has another number.
+struct stat bound_path;
 
 /// What is kept of a connection.
 struct config_conn {
@@ -82,6 +90,8 @@ void utm_app_config_socket_accept(int listening) {
 }
 
 int utm_app_config_socket_on_read(int fd, void *data) {
+    if (is_stopping)
+        return 0;
     if (fd == listen_fd) {
         utm_app_config_socket_accept(fd);
         return 0;
@@ -133,19 +143,45 @@ int utm_app_config_socket_create(const char *path) {
 }
 
 int utm_app_config_socket_init_binding() {
+    is_stopping = false;
+    utm_app_reply_allow_waiting();
+    bound_path = {};
     unlink(UTM_APP_CONFIG_SOCKET_PATH);
     listen_fd = utm_app_config_socket_create(UTM_APP_CONFIG_SOCKET_PATH);
     if (listen_fd < 0)
         return -1;
     fd_event_add(listen_fd, fd_event_read, nullptr);
     chmod(UTM_APP_CONFIG_SOCKET_PATH, socket_mode);
+    lstat(UTM_APP_CONFIG_SOCKET_PATH, &bound_path);
     return 0;
 }
 
 void *utm_app_config_handler(void *) {
     const socket_event_handler handler = config_socket_handler;
-    while (utm_app_config_loop(&handler) >= 0) {
+    while (!is_stopping) {
+        if (utm_app_config_loop(&handler) >= 0 || is_stopping)
+            continue;
+        utm_app_debug_log("utm_app_config_loop failed\n");
+        return nullptr;
     }
-    utm_app_debug_log("utm_app_config_loop failed\n");
     return nullptr;
+}
+
+void utm_app_config_socket_stop() {
+    is_stopping = true;
+    // A listening socket that is shut down is ready to be read for good: it ends the wait that is
+    // under way or the next one.
+    shutdown(listen_fd, SHUT_RDWR);
+    utm_app_reply_stop_waiting();
+}
+
+void utm_app_config_socket_remove() {
+    struct stat now = {};
+    // The open socket keeps its number from being given to another file.
+    if (lstat(UTM_APP_CONFIG_SOCKET_PATH, &now) == 0 && now.st_dev == bound_path.st_dev &&
+        now.st_ino == bound_path.st_ino)
+        unlink(UTM_APP_CONFIG_SOCKET_PATH);
+    fd_event_del(listen_fd);
+    close(listen_fd);
+    listen_fd = -1;
 }

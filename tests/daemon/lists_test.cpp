@@ -164,3 +164,20 @@ TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_ticks) {
     EXPECT_EQ(journal().size(), before + 2) << "the profile's query and the router's";
     close(stuck);
 }
+
+TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_end) {
+    ASSERT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
+    const int stuck = send_request(LONG_LIST);
+    ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
+    const auto told = steady_clock::now();
+
+    stop();
+
+    EXPECT_LT(steady_clock::now() - told, seconds(2)) << "a reply may wait for three";
+    const sim_answer rest = sim_read_answer(stuck);
+    EXPECT_TRUE(rest.closed);
+    EXPECT_LT(rest.replies.size(), static_cast<size_t>(APPS));
+    EXPECT_EQ(log_count("Receive SIGPIPE"), 0u) << "it has not gone by itself";
+    EXPECT_EQ(log_count("utm_app_config_loop failed"), 0u);
+    close(stuck);
+}

@@ -28,6 +28,14 @@ utm_app_config_cmd switch_the_feature(std::mt19937 &random) {
         {.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = static_cast<int32_t>(random() % 2)});
 }
 
+/// @return whether the socket takes no more connections
+bool nobody_may_connect() {
+    const int fd = sim_connect();
+    if (fd >= 0)
+        close(fd);
+    return fd < 0;
+}
+
 } // namespace
 
 TEST_F(daemon_signals, a_pipe_signal_is_logged_with_the_debug_log_off_too) {
@@ -119,14 +127,37 @@ TEST_F(daemon_signals, a_list_ends_with_the_first_reply_that_nobody_takes) {
     close(busy);
 }
 
-TEST_F(daemon_signals, an_interrupt_while_a_signature_loads_ends_it_with_status_0) {
+TEST_F(daemon_signals, an_interrupt_in_the_middle_of_many_commands_ends_it_with_status_0) {
+    for (size_t round = 1; round <= (IS_SANITIZED ? 8u : 25u); ++round) {
+        start();
+        busy_clients clients(3, random_command);
+        ASSERT_TRUE(sim_wait_for([&] { return clients.answered() >= 10; }));
+
+        stop();
+        clients.stop();
+
+        EXPECT_EQ(clients.left_waiting(), 0u) << "round " << round;
+        EXPECT_EQ(log_count("Config handler exit"), round);
+    }
+}
+
+TEST_F(daemon_signals, an_interrupt_while_a_signature_loads_lets_the_command_finish) {
     start();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
+    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
     const int busy = occupy_the_socket_thread();
+    const size_t before = journal().size();
 
-    stop();
+    ASSERT_TRUE(sim_daemon_signal(daemon, SIGINT));
+    sim_clock_grant(&clock, 1);
+    ASSERT_TRUE(sim_wait_for(nobody_may_connect));
+    EXPECT_EQ(journal().size(), before) << "a profile is gone while a command runs";
+    open_gates();
 
-    const sim_answer answer = sim_read_answer(busy);
-    EXPECT_TRUE(answer.closed);
-    EXPECT_EQ(answer.bytes, "");
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
+    const sim_exit how = sim_daemon_wait_exit(&daemon);
+    EXPECT_TRUE(how.ended);
+    EXPECT_EQ(how.status, 0);
+    EXPECT_EQ(journal().back(), "lcsh apg acl reset 02:00:00:00:00:00");
     close(busy);
 }

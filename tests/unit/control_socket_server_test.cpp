@@ -9,6 +9,7 @@
 #include "tests/unit/support/world.h"
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -19,6 +20,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -288,6 +290,69 @@ TEST_F(SocketServer, WatchesNothingWhenTheSocketCannotBeMade) {
         EXPECT_EQ(registered(), std::set<int>{}) << row.function;
         EXPECT_EQ(opened(), std::set<int>{}) << row.function;
         EXPECT_EQ(world::story(), row.story);
+    }
+}
+
+// ---- The end ---------------------------------------------------------------------------------
+
+TEST_F(SocketServer, EndsWhereItWaitsForClientsAndSaysNothing) {
+    ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+    int passes = 0;
+    world::on_select([&passes](int, const timeval &) {
+        utm_app_config_socket_stop();
+        return ++passes;
+    });
+    EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
+    EXPECT_EQ(passes, 1);
+    EXPECT_EQ(sockets::accepted(), std::vector<int>{});
+    EXPECT_EQ(world::story(), "");
+}
+
+/// The one wait of a thread that has nothing else to serve, without a clock.
+TEST_F(SocketServer, WakesForTheEnd) {
+    ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+    std::thread thread([] { EXPECT_EQ(utm_app_config_handler(nullptr), nullptr); });
+    const auto told = std::chrono::steady_clock::now();
+    utm_app_config_socket_stop();
+    thread.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - told, std::chrono::milliseconds(500))
+        << "a wait for clients lasts a second";
+    EXPECT_EQ(world::story(), "");
+}
+
+TEST_F(SocketServer, SaysNothingWhenItsLastWaitFails) {
+    ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+    world::on_select([](int, const timeval &) {
+        utm_app_config_socket_stop();
+        errno = EBADF;
+        return -1;
+    });
+    EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
+    EXPECT_EQ(world::story(), "");
+}
+
+TEST_F(SocketServer, RemovesThePathThatItBound) {
+    ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+    utm_app_config_socket_remove();
+    EXPECT_FALSE(fs::exists(fs::symlink_status(UTM_APP_CONFIG_SOCKET_PATH)));
+    EXPECT_EQ(listen_fd, -1);
+    EXPECT_EQ(registered(), std::set<int>{});
+    EXPECT_EQ(opened(), std::set<int>{});
+}
+
+void take_with_a_socket() {
+    close(utm_app_config_socket_create(UTM_APP_CONFIG_SOCKET_PATH));
+}
+
+TEST_F(SocketServer, LeavesAPathThatSomebodyElseHasTaken) {
+    for (void (*take)() : {leave_a_file, take_with_a_socket, leave_a_dangling_link}) {
+        SetUp();
+        ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
+        fs::remove(UTM_APP_CONFIG_SOCKET_PATH);
+        take();
+        utm_app_config_socket_remove();
+        EXPECT_TRUE(fs::exists(fs::symlink_status(UTM_APP_CONFIG_SOCKET_PATH)));
+        TearDown();
     }
 }
 
