@@ -1,8 +1,9 @@
 #include "client/arguments.h"
 
 #include "client/message.h"
-#include "client/minutes.h"
 #include "client/text.h"
+#include "client/verbs.h"
+#include "core/clock.h"
 
 #include <cctype>
 #include <cerrno>
@@ -10,20 +11,21 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 #include <strings.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr const char *weekday_names[ctl_days_per_week] = {
-    "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+constexpr const char *weekday_names[days_per_week] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                      "Thursday", "Friday", "Saturday"};
 
 /// What a shell takes as it stands.
 constexpr char harmless_characters[] =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,=@%:";
 
 /// "lcsh load " and the path must fit into the daemon's 127 characters of command line.
-constexpr size_t signature_path_max = 127 - (sizeof "lcsh load " - 1);
+constexpr size_t signature_path_max = 127 - (sizeof("lcsh load ") - 1);
 
 /// Complains and fails, so that a reader ends with it.
 __attribute__((format(printf, 1, 2))) bool refuse(const char *format, ...);
@@ -86,7 +88,58 @@ bool read_rule_action(const char *text, utm_app_config_app_entry *rule) {
     return true;
 }
 
+/// Takes the next word off a synopsis.
+/// @return the word; empty at the end
+std::string_view next_word(const char **synopsis) {
+    const char *word = *synopsis + strspn(*synopsis, " ");
+    const size_t length = strcspn(word, " ");
+    *synopsis = word + length;
+    return {word, length};
+}
+
+/// @param place  of the operand: 0 or more
+bool read_operand(const ctl_verb &verb, std::string_view word, size_t place, const char *text,
+                  utm_app_config_cmd *request) {
+    int32_t *number = place == 0 ? &request->arg0 : &request->arg1;
+    if (word == "ID")
+        return ctl_read_number(text, "a profile's number", number);
+    if (word == "POLICY")
+        return ctl_read_number(text, "a policy's number", number);
+    if (word == "on|off")
+        return ctl_read_switch(text, number);
+    if (word == "DAY")
+        return ctl_read_weekday(text, number);
+    if (word == "MINUTES")
+        return ctl_read_minutes(text, &(request->*verb.minutes));
+    if (word != "PATH")
+        return true;
+    ctl_path path = {};
+    const bool is_signature = verb.type == UTM_APP_CONFIG_LOAD_SIGNATURE;
+    if (!(is_signature ? ctl_read_signature_path(text, &path) : ctl_read_path(text, &path)))
+        return false;
+    utm_app_config_put_path(request, path.text);
+    return true;
+}
+
 } // namespace
+
+ctl_bounds ctl_bounds_of(const char *synopsis) {
+    ctl_bounds bounds = {};
+    for (auto word = next_word(&synopsis); !word.empty(); word = next_word(&synopsis)) {
+        bounds.least += word.front() != '[';
+        bounds.most = word.ends_with("...") ? SIZE_MAX : bounds.most + 1;
+    }
+    return bounds;
+}
+
+bool ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operands,
+                       utm_app_config_cmd *request) {
+    const char *synopsis = verb.synopsis;
+    for (size_t place = 0; place < operands.size(); ++place)
+        if (!read_operand(verb, next_word(&synopsis), place, operands[place], request))
+            return false;
+    return true;
+}
 
 bool ctl_read_number(const char *text, const char *what, int32_t *number) {
     return ctl_parse_int(text, number) ||
@@ -106,7 +159,7 @@ bool ctl_read_switch(const char *text, int32_t *value) {
 
 bool ctl_read_weekday(const char *text, int32_t *day) {
     const size_t length = strlen(text);
-    for (int32_t i = 0; i < ctl_days_per_week; ++i) {
+    for (int32_t i = 0; i < days_per_week; ++i) {
         const bool is_number = length == 1 && text[0] == '0' + i;
         if (is_number || (length >= 3 && strncasecmp(text, weekday_names[i], length) == 0)) {
             *day = i;
@@ -118,7 +171,7 @@ bool ctl_read_weekday(const char *text, int32_t *day) {
 }
 
 const char *ctl_weekday_name(int32_t day) {
-    return day >= 0 && day < ctl_days_per_week ? weekday_names[day] : "?";
+    return day >= 0 && day < days_per_week ? weekday_names[day] : "?";
 }
 
 bool ctl_read_mac(const char *text, uint8_t *mac) {
@@ -131,7 +184,7 @@ bool ctl_read_rule(const ctl_app_names &names, const char *text, utm_app_config_
     char app[ctl_name_size] = {};
     int32_t app_id = 0;
     const size_t length = equals == nullptr ? 0 : static_cast<size_t>(equals - text);
-    if (length == 0 || length >= sizeof app || !read_rule_action(equals + 1, rule))
+    if (length == 0 || length >= sizeof(app) || !read_rule_action(equals + 1, rule))
         return refuse(
             "\"%s\" is no rule: give APP=MINUTES (at most 65535), APP=block or APP=remove", text);
     memcpy(app, text, length);
@@ -149,15 +202,15 @@ bool ctl_read_path(const char *text, ctl_path *path) {
     if (text[0] == '\0')
         return refuse("the path is empty: name a file");
     if (text[0] != '/') {
-        if (getcwd(directory, sizeof directory) == nullptr)
+        if (getcwd(directory, sizeof(directory)) == nullptr)
             return refuse("cannot tell the present directory (%s): give a path from the root",
                           strerror(errno));
         slash = strcmp(directory, "/") == 0 ? "" : "/";
     }
-    const int length = snprintf(path->text, sizeof path->text, "%s%s%s", directory, slash, text);
-    return (length >= 0 && static_cast<size_t>(length) < sizeof path->text) ||
+    const int length = snprintf(path->text, sizeof(path->text), "%s%s%s", directory, slash, text);
+    return (length >= 0 && static_cast<size_t>(length) < sizeof(path->text)) ||
            refuse("%s%s%s is too long a path: a request has room for %zu characters", directory,
-                  slash, text, sizeof path->text - 1);
+                  slash, text, sizeof(path->text) - 1);
 }
 
 bool ctl_read_signature_path(const char *text, ctl_path *path) {

@@ -6,9 +6,24 @@
 #include "format/protocol.h"
 
 #include <cstdint>
+#include <span>
 
-inline constexpr int ctl_mac_bytes = 6;
-inline constexpr int ctl_days_per_week = 7;
+struct ctl_verb;
+
+/// How many operands there may be.
+struct ctl_bounds {
+    size_t least;
+    size_t most;
+};
+
+/// @param synopsis  such as "ID MAC..." (two or more) or "[PATH]" (one or none)
+[[nodiscard]] ctl_bounds ctl_bounds_of(const char *synopsis);
+
+/// Reads operands into a request, each as its word in the verb's synopsis says: ID and POLICY are
+/// numbers, which stand in arg0 or, as the second operand, in arg1, as on|off and DAY do; MINUTES
+/// stand where the verb says; PATH is an overlay. Operands of other words are the verb's to read.
+[[nodiscard]] bool ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operands,
+                                     utm_app_config_cmd *request);
 
 /// Reads a number in the daemon's 32 bits.
 /// @param what  what it is, for the complaint: "a profile's number"
@@ -28,7 +43,7 @@ inline constexpr int ctl_days_per_week = 7;
 
 /// Reads a MAC address: twelve hexadecimal digits in either case, bare or in equal groups of one,
 /// two or three bytes between colons, dashes or full stops.
-/// @param mac  out: `ctl_mac_bytes` bytes in transmission order
+/// @param mac  out: `mac_bytes` bytes in transmission order
 [[nodiscard]] bool ctl_read_mac(const char *text, uint8_t *mac);
 
 /// Reads a policy's rule: APP=MINUTES, APP=block or APP=remove.

@@ -52,11 +52,11 @@ ctl_exit ctl_answer::connect_to(const ctl_daemon &daemon) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     const size_t length = strlen(daemon.socket_path);
-    if (length >= sizeof address.sun_path)
+    if (length >= sizeof(address.sun_path))
         return ctl_fail(CTL_USAGE,
                         "%s is too long for a socket's path: the system takes %zu "
                         "characters",
-                        daemon.socket_path, sizeof address.sun_path - 1);
+                        daemon.socket_path, sizeof(address.sun_path) - 1);
     memcpy(address.sun_path, daemon.socket_path, length);
     if (length == 0)
         return ctl_fail(CTL_USAGE, "the socket's path is empty: name the socket behind -s");
@@ -65,10 +65,10 @@ ctl_exit ctl_answer::connect_to(const ctl_daemon &daemon) {
         return ctl_fail(CTL_BROKEN, "the system gives out no socket (%s)", strerror(errno));
     // Bounds the wait of connect too, for a daemon whose queue is full.
     const timeval limit = {.tv_sec = daemon.timeout_s, .tv_usec = 0};
-    setsockopt(fd_.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+    setsockopt(fd_.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
     int result = 0;
     do // a stopped and continued process is interrupted, and may ask again
-        result = connect(fd_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address);
+        result = connect(fd_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address));
     while (result != 0 && errno == EINTR && now_ms() < deadline_ms_);
     if (result == 0)
         return CTL_DONE;
@@ -92,9 +92,9 @@ ctl_exit ctl_answer::ask(const ctl_daemon &daemon, const utm_app_config_cmd &req
     // In one piece: the daemon reads once, and what comes later is lost.
     ssize_t sent = 0;
     do
-        sent = send(fd_.get(), &request, sizeof request, MSG_NOSIGNAL);
+        sent = send(fd_.get(), &request, sizeof(request), MSG_NOSIGNAL);
     while (sent < 0 && errno == EINTR && now_ms() < deadline_ms_);
-    if (sent == static_cast<ssize_t>(sizeof request))
+    if (sent == static_cast<ssize_t>(sizeof(request)))
         return CTL_DONE;
     if (sent < 0 && (errno == EPIPE || errno == ECONNRESET))
         return CTL_DONE; // it has closed already, and may have left a reply

@@ -4,7 +4,7 @@
 /// The daemon serves one request per connection: 136 bytes there, replies of 832 bytes back, and it
 /// closes. A list is any number of data replies and one that ends it.
 
-#include "client/exit_status.h"
+#include "client/message.h"
 #include "core/owners.h"
 #include "format/protocol.h"
 

@@ -1,19 +1,19 @@
-#include "client/history.h"
+/// A profile's last thirty days or four weeks, as a chart or a document. The daemon keeps no days
+/// of a profile itself, only of its applications: the chart shows these added together, or with
+/// --apps each on its own.
 
-#include "client/chart.h"
-#include "client/document.h"
 #include "client/message.h"
-#include "client/table.h"
+#include "client/output.h"
+#include "client/text.h"
+#include "client/verbs.h"
 
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <sys/time.h>
 
 namespace {
 
-constexpr size_t periods_max = sizeof utm_app_config_reply::prev_day_data / sizeof(int32_t);
-constexpr time_t day_seconds = 24 * 60 * 60;
+constexpr size_t periods_max = sizeof(utm_app_config_reply::prev_day_data) / sizeof(int32_t);
 
 /// A unit of history: how many of them a reply holds, and the wire's number for it.
 struct unit_t {
@@ -35,7 +35,7 @@ struct app_history {
 struct history {
     const unit_t *unit;
     time_t now; ///< what "ago" counts from, for every chart alike
-    ctl_growing<app_history> apps = {};
+    ctl_vector<app_history> apps = {};
 
     /// @return all applications together
     app_history sum() const {
@@ -65,23 +65,21 @@ app_history turn_around(const utm_app_config_reply &reply, size_t periods) {
     return app;
 }
 
-/// The daemon refuses the history of a profile that has used nothing yet just as that of one that
-/// does not exist; another question tells them apart.
-ctl_exit expect_profile(const ctl_call &call, int32_t id) {
-    return ctl_do(call, {.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = id});
-}
-
-ctl_exit read_history(const ctl_call &call, int32_t id, history *of) {
-    const ctl_exit status = ctl_ask_list(
-        call.daemon(),
-        {.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = id, .arg1 = of->unit->selector}, "",
-        [of](const utm_app_config_reply &reply) {
-            return of->apps.size() < ctl_list_max &&
-                   of->apps.add(turn_around(reply, of->unit->periods));
-        });
+ctl_exit read_history(const ctl_call &call, history *of) {
+    const ctl_exit status =
+        ctl_ask_list(call.options.daemon,
+                     {.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE,
+                      .arg0 = call.profile_id(),
+                      .arg1 = of->unit->selector},
+                     "", [of](const utm_app_config_reply &reply) {
+                         return of->apps.size() < ctl_list_max &&
+                                of->apps.add(turn_around(reply, of->unit->periods));
+                     });
     if (status != CTL_REFUSED)
         return status;
-    return of->apps.empty() ? expect_profile(call, id) : ctl_refused(call.refusal);
+    // The daemon refuses the history of a profile that has used nothing yet just as that of one
+    // that does not exist; the verb's own question tells them apart.
+    return of->apps.empty() ? ctl_send(call) : ctl_refused(call.verb.refusal);
 }
 
 /// The clock that the daemon reads.
@@ -91,19 +89,13 @@ time_t now() {
     return time.tv_sec;
 }
 
-/// Names a day that is so many days ago. Counted from noon: days of 23 and 25 hours exist.
-void fill_day(ctl_cell *label, time_t now, size_t ago) {
-    tm day = *localtime(&now);
-    day.tm_hour = 12;
-    const time_t then = mktime(&day) - static_cast<time_t>(ago) * day_seconds;
-    strftime(label->text, sizeof label->text, "%a %e %b", localtime(&then));
-}
-
-void fill_week(ctl_cell *label, size_t ago) {
-    if (ago < 2)
+void fill_label(ctl_cell *label, const history &of, int ago) {
+    if (of.unit->selector == UTM_APP_CONFIG_PREV_BY_DAY)
+        ctl_fill(label, "%s", ctl_write_day(ctl_local_day(of.now, ago), "%a %e %b").text);
+    else if (ago < 2)
         ctl_fill(label, "%s", ago == 0 ? "this week" : "last week");
     else
-        ctl_fill(label, "%zu weeks ago", ago);
+        ctl_fill(label, "%d weeks ago", ago);
 }
 
 ctl_exit print_chart(const ctl_call &call, const history &of, const app_history &app) {
@@ -111,10 +103,7 @@ ctl_exit print_chart(const ctl_call &call, const history &of, const app_history 
     for (size_t i = 0; i < of.unit->periods; ++i) {
         const size_t ago = of.unit->periods - 1 - i;
         ctl_bar bar = {.label = {}, .minutes = app.minutes[i], .is_present = ago == 0};
-        if (of.unit == &units[0])
-            fill_day(&bar.label, of.now, ago);
-        else
-            fill_week(&bar.label, ago);
+        fill_label(&bar.label, of, static_cast<int>(ago));
         if (!bars.add(bar))
             return ctl_fail(CTL_BROKEN, "out of memory");
     }
@@ -133,9 +122,9 @@ ctl_exit print_chart_per_app(const ctl_call &call, const history &of) {
     return status;
 }
 
-ctl_exit print_json(const ctl_call &call, int32_t id, const history &of) {
+ctl_exit print_json(const ctl_call &call, const history &of) {
     ctl_document document;
-    document.add_int("profile", id);
+    document.add_int("profile", call.profile_id());
     document.add_text("unit", of.unit->name);
     document.add_minutes("minutes", of.sum().minutes, of.unit->periods);
     json_object *apps = document.add_array("applications");
@@ -150,15 +139,15 @@ ctl_exit print_json(const ctl_call &call, int32_t id, const history &of) {
 
 } // namespace
 
-ctl_exit ctl_show_history(const ctl_call &call, int32_t profile_id) {
+ctl_exit ctl_history(const ctl_call &call) {
     history of = {.unit = unit_of(call.options), .now = now()};
     if (of.unit == nullptr)
         return CTL_USAGE;
-    const ctl_exit status = read_history(call, profile_id, &of);
+    const ctl_exit status = read_history(call, &of);
     if (status != CTL_DONE)
         return status;
     if (call.json())
-        return print_json(call, profile_id, of);
+        return print_json(call, of);
     if (call.options.has(CTL_OPTION_APPS) && !of.apps.empty())
         return print_chart_per_app(call, of);
     return print_chart(call, of, of.sum());

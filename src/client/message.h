@@ -1,9 +1,17 @@
 #pragma once
-/// Messages for people, on standard error: standard output is for data alone.
-
-#include "client/exit_status.h"
+/// Messages for people, on standard error: standard output is for data alone. And what a script
+/// hears: the exit status.
 
 #include <cstdarg>
+
+/// How `utm_appctl` ends. Numbers are an interface: the manual page lists them.
+enum ctl_exit : int {
+    CTL_DONE = 0,      ///< done
+    CTL_REFUSED = 1,   ///< the daemon refused
+    CTL_USAGE = 2,     ///< wrong usage: an argument, an option, or a file that it names
+    CTL_NO_DAEMON = 3, ///< nobody listens at the socket, or it may not be used
+    CTL_BROKEN = 4,    ///< timeout, a broken reply, or output that could not be written
+};
 
 /// Writes "utm_appctl: ", the text and a line end.
 __attribute__((format(printf, 1, 2))) void ctl_say(const char *format, ...);

@@ -26,7 +26,7 @@ bool parse_line(char *line, ctl_app_name *entry) {
     *number_end = '\0';
     if (length == 0 || !ctl_parse_int(number, &entry->app_id))
         return false;
-    ctl_copy_clean(entry->name, sizeof entry->name, name);
+    ctl_copy_clean(entry->name, sizeof(entry->name), name);
     return true;
 }
 

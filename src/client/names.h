@@ -4,8 +4,8 @@
 /// A file of lines such as "305 video": a number, blanks, and a name up to the end of the line.
 /// Empty lines and lines that begin with # are skipped.
 
-#include "client/exit_status.h"
-#include "client/growing.h"
+#include "client/message.h"
+#include "client/vector.h"
 
 #include <cstdint>
 
@@ -21,7 +21,7 @@ struct ctl_app_name {
 };
 
 /// In the file's order; of two lines for one application the first holds.
-using ctl_app_names = ctl_growing<ctl_app_name>;
+using ctl_app_names = ctl_vector<ctl_app_name>;
 
 /// Reads a file of names.
 /// @param path  null: `ctl_names_path`, which need not exist

@@ -33,8 +33,10 @@ constexpr option_row rows[] = {
     {CTL_OPTION_WEEK, "week", 0, required_argument, " N",
      "applications in the week N weeks ago, 0 to 3"},
     {CTL_OPTION_MONTH, "month", 0, no_argument, "", "applications in this month"},
-    {CTL_OPTION_HISTORY, "history", 0, optional_argument, " [days|weeks]",
-     "a chart: today and 30 days before, or 4 weeks"},
+    {CTL_OPTION_HISTORY, "history", 0, optional_argument, "",
+     "a chart, of days unless --weeks is given"},
+    {CTL_OPTION_DAYS, "days", 0, no_argument, "", "with --history: today and 30 days before"},
+    {CTL_OPTION_WEEKS, "weeks", 0, no_argument, "", "with --history: this week and 3 before"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
      "the daemon's socket, if it has another"},
     {CTL_OPTION_TIMEOUT, "timeout", 't', required_argument, " SECONDS",
@@ -42,7 +44,7 @@ constexpr option_row rows[] = {
     {CTL_OPTION_HELP, "help", 'h', no_argument, "", "what this is and how to use it"},
     {CTL_OPTION_VERSION, "version", 'V', no_argument, "", "the version"},
 };
-constexpr size_t row_count = sizeof rows / sizeof *rows;
+constexpr size_t row_count = sizeof(rows) / sizeof(*rows);
 
 /// getopt_long answers with these: the row's index, away from letters and its own signs.
 constexpr int first_value = 1000;
@@ -83,7 +85,12 @@ bool take_option(const option_row &row, ctl_options *options) {
     case CTL_OPTION_WEEK:
         return read_bounded(optarg, row, 0, week_max, &options->week);
     case CTL_OPTION_HISTORY:
-        options->history_unit = optarg;
+        if (optarg != nullptr)
+            options->history_unit = optarg;
+        return true;
+    case CTL_OPTION_DAYS:
+    case CTL_OPTION_WEEKS:
+        options->history_unit = row.name;
         return true;
     default:
         return true;
@@ -102,7 +109,8 @@ ctl_exit unknown_option(const char *word, int value) {
     return ctl_fail(CTL_USAGE, "\"%s\" is no option; see utm_appctl --help", word);
 }
 
-/// `--history` may do without its word, so the library does not look for it behind a blank.
+/// The older spelling of --days and --weeks, "--history weeks". The word may be missing, so the
+/// library does not look for it behind a blank.
 bool is_history_unit(const char *text) {
     return strcmp(text, "days") == 0 || strcmp(text, "weeks") == 0;
 }
@@ -123,6 +131,10 @@ void library_form(option *longs, char *letters) {
     }
     *letters = '\0';
     longs[row_count] = {};
+}
+
+bool has_more_than_one(unsigned bits) {
+    return (bits & (bits - 1)) != 0;
 }
 
 } // namespace
@@ -159,6 +171,24 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
     return CTL_DONE;
 }
 
+bool ctl_options_agree(const ctl_options &options) {
+    const unsigned periods = options.given & ctl_period_options;
+    const unsigned units = options.given & (CTL_OPTION_DAYS | CTL_OPTION_WEEKS);
+    const bool history = options.has(CTL_OPTION_HISTORY);
+    if (has_more_than_one(periods))
+        ctl_say("--day, --week and --month exclude each other: give one of them");
+    else if (periods != 0 && history)
+        ctl_say("--%s and --history exclude each other: give one of them",
+                ctl_option_name(periods));
+    else if (has_more_than_one(units))
+        ctl_say("--days and --weeks exclude each other: give one of them");
+    else if (units != 0 && !history)
+        ctl_say("--%s needs --history beside it", ctl_option_name(units));
+    else
+        return true;
+    return false;
+}
+
 const char *ctl_option_name(unsigned bits) {
     for (const option_row &row : rows)
         if ((bits & row.bit) != 0)
@@ -172,7 +202,7 @@ void ctl_write_options(FILE *out, unsigned bits) {
             continue;
         const char letter[] = {'-', row.letter, ',', '\0'};
         char name[40];
-        snprintf(name, sizeof name, "--%s%s", row.name, row.argument);
+        snprintf(name, sizeof(name), "--%s%s", row.name, row.argument);
         fprintf(out, "  %3s %-26s %s\n", row.letter != 0 ? letter : "", name, row.help);
     }
 }

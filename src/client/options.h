@@ -3,7 +3,7 @@
 /// what.
 
 #include "client/connection.h"
-#include "client/growing.h"
+#include "client/vector.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -22,7 +22,12 @@ enum ctl_option : unsigned {
     CTL_OPTION_WEEK = 1U << 9,
     CTL_OPTION_MONTH = 1U << 10,
     CTL_OPTION_HISTORY = 1U << 11,
+    CTL_OPTION_DAYS = 1U << 12,
+    CTL_OPTION_WEEKS = 1U << 13,
 };
+
+/// Those that ask for one period; they exclude each other.
+inline constexpr unsigned ctl_period_options = CTL_OPTION_DAY | CTL_OPTION_WEEK | CTL_OPTION_MONTH;
 
 /// What every verb takes.
 inline constexpr unsigned ctl_common_options =
@@ -31,11 +36,11 @@ inline constexpr unsigned ctl_common_options =
 struct ctl_options {
     ctl_daemon daemon = {};
     const char *names_path = nullptr;
-    int32_t day = 0;                         ///< days ago
-    int32_t week = 0;                        ///< weeks ago
-    const char *history_unit = nullptr;      ///< "--history UNIT" or "--history=UNIT"
-    unsigned given = 0;                      ///< bits of `ctl_option`
-    ctl_growing<const char *> operands = {}; ///< the words that are no options, in order
+    int32_t day = 0;                        ///< days ago
+    int32_t week = 0;                       ///< weeks ago
+    const char *history_unit = nullptr;     ///< "days" by --days, --history days or --history=days
+    unsigned given = 0;                     ///< bits of `ctl_option`
+    ctl_vector<const char *> operands = {}; ///< the words that are no options, in order
 
     bool has(ctl_option option) const { return (given & option) != 0; }
 };
@@ -43,6 +48,9 @@ struct ctl_options {
 /// Takes a command line apart. Options may stand anywhere before "--".
 /// @return CTL_DONE, or CTL_USAGE; said why
 [[nodiscard]] ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options);
+
+/// @return whether no option excludes another, or needs one that is not there; said, if not
+[[nodiscard]] bool ctl_options_agree(const ctl_options &options);
 
 /// @return the name, such as "json", of one of `bits`; the lowest counts
 [[nodiscard]] const char *ctl_option_name(unsigned bits);

@@ -1,7 +1,7 @@
 #include "client/page.h"
 
-#include "client/minutes.h"
-#include "client/page_style.h"
+#include "client/page_css.h" // made of page.css by the build
+#include "client/text.h"
 
 #include <algorithm>
 
@@ -65,30 +65,38 @@ void put_day(FILE *page, const ctl_day_bar &day, double left, double width, int6
                 is_current ? "end" : "middle", day.mark.text);
 }
 
+/// @return what stands for a character that means something else on a page, or null
+const char *entity_of(char character) {
+    switch (character) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    case '\'':
+        return "&#39;";
+    default:
+        return nullptr;
+    }
+}
+
 } // namespace
 
 void ctl_put_text(FILE *page, const char *text) {
     for (; *text != '\0'; ++text) {
-        switch (*text) {
-        case '&':
-            fputs("&amp;", page);
-            break;
-        case '<':
-            fputs("&lt;", page);
-            break;
-        case '>':
-            fputs("&gt;", page);
-            break;
-        case '"':
-            fputs("&quot;", page);
-            break;
-        case '\'':
-            fputs("&#39;", page);
-            break;
-        default:
+        if (const char *entity = entity_of(*text))
+            fputs(entity, page);
+        else
             fputc(*text, page);
-        }
     }
+}
+
+void ctl_put_minutes(FILE *page, const char *element, int64_t minutes) {
+    fprintf(page, "<%s title=\"%lld min\">%s</%s>", element, static_cast<long long>(minutes),
+            ctl_time_of(minutes).text, element);
 }
 
 void ctl_begin_page(FILE *page, const char *title) {
@@ -97,7 +105,7 @@ void ctl_begin_page(FILE *page, const char *title) {
           "<meta name=\"color-scheme\" content=\"light dark\">\n<title>",
           page);
     ctl_put_text(page, title);
-    fprintf(page, "</title>\n<style>%s</style>\n</head>\n<body>\n", ctl_page_style);
+    fprintf(page, "</title>\n<style>%s</style>\n</head>\n<body>\n", ctl_page_css);
 }
 
 void ctl_end_page(FILE *page) {

@@ -3,7 +3,7 @@
 ///
 /// Nothing here checks whether writing succeeds; the stream remembers, and who owns it asks.
 
-#include "client/local_day.h"
+#include "client/text.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +11,9 @@
 
 /// Writes text as a page shows it, in an element or in an attribute between double quotes.
 void ctl_put_text(FILE *page, const char *text);
+
+/// Writes an element such as `<td title="90 min">1h30m</td>`.
+void ctl_put_minutes(FILE *page, const char *element, int64_t minutes);
 
 /// Writes everything in front of the page's content, and everything behind it.
 void ctl_begin_page(FILE *page, const char *title);

@@ -1,26 +1,286 @@
 #include "client/report.h"
 
-#include "client/local_day.h"
 #include "client/page.h"
-#include "client/report_parts.h"
+#include "client/text.h"
+#include "client/usage_document.h"
+#include "format/protocol.h"
+
+#include <algorithm>
 
 namespace {
 
-void put_header(const ctl_report_page &report) {
+/// Rows of a table and of a list of rules; of more there is the sum or the number.
+constexpr size_t rows_max = 20;
+
+/// What every section needs.
+struct report_page {
+    FILE *page;
+    const ctl_usage_document &document;
+    const ctl_app_names &names;
+};
+
+void put_app_name(const report_page &report, int32_t app_id) {
+    const char *name = ctl_find_name(report.names, app_id);
+    // A name of another writing direction must not turn what stands beside it.
+    fputs("<bdi>", report.page);
+    if (name != nullptr)
+        ctl_put_text(report.page, name);
+    else
+        fprintf(report.page, "Application %d", app_id);
+    fputs("</bdi>", report.page);
+}
+
+/// @return the first rule for an application, or null
+const ctl_app_rule *rule_for(std::span<const ctl_app_rule> rules, int32_t app_id) {
+    for (const ctl_app_rule &rule : rules)
+        if (rule.app_id == app_id)
+            return &rule;
+    return nullptr;
+}
+
+void put_rule(FILE *page, const ctl_app_rule &rule, int64_t daily_used) {
+    if (rule.action == POLICY_ACTION_BLOCK)
+        fputs("always blocked", page);
+    else
+        fprintf(page, "limit %s a day%s", ctl_time_of(rule.daily_limit).text,
+                daily_used >= rule.daily_limit ? ", used up" : "");
+}
+
+void put_cells(FILE *page, const ctl_use &use) {
+    ctl_put_minutes(page, "td", use.daily_used);
+    ctl_put_minutes(page, "td", ctl_week_of(use));
+    ctl_put_minutes(page, "td", ctl_month_of(use));
+    fputs("</tr>\n", page);
+}
+
+void put_row(const report_page &report, const ctl_app_use &app, const ctl_app_rule *rule,
+             int64_t longest) {
+    fputs("<tr><th scope=\"row\">", report.page);
+    put_app_name(report, app.app_id);
+    if (rule != nullptr) {
+        fputs(" <span class=\"rule\">", report.page);
+        put_rule(report.page, *rule, app.use.daily_used);
+        fputs("</span>", report.page);
+    }
+    if (longest > 0)
+        ctl_put_bar(report.page, ctl_month_of(app.use), longest);
+    fputs("</th>", report.page);
+    put_cells(report.page, app.use);
+}
+
+/// Writes the row of those that have none of their own.
+void put_rest(FILE *page, std::span<const ctl_app_use> rest) {
+    ctl_use sum = {};
+    for (const ctl_app_use &app : rest) {
+        sum.daily_used += app.use.daily_used;
+        sum.weekly_used += app.use.weekly_used;
+        sum.monthly_used += app.use.monthly_used;
+    }
+    fprintf(page, "<tr><th scope=\"row\">%zu more</th>", rest.size());
+    put_cells(page, sum);
+}
+
+void put_table(const report_page &report, std::span<const ctl_app_use> apps,
+               std::span<const ctl_app_rule> rules) {
+    fputs("<table>\n<caption>The most used this month first; a bar is the month.</caption>\n"
+          "<thead><tr><th scope=\"col\">Application</th><th scope=\"col\">Today</th>"
+          "<th scope=\"col\">Week</th><th scope=\"col\">Month</th></tr></thead>\n<tbody>\n",
+          report.page);
+    const int64_t longest = ctl_month_of(apps[0].use);
+    const size_t rows = std::min(apps.size(), rows_max);
+    for (const ctl_app_use &app : apps.first(rows))
+        put_row(report, app, rule_for(rules, app.app_id), longest);
+    if (apps.size() > rows)
+        put_rest(report.page, apps.subspan(rows));
+    fputs("</tbody>\n</table>\n", report.page);
+}
+
+bool is_among(std::span<const ctl_app_use> apps, int32_t app_id) {
+    return std::any_of(apps.begin(), apps.end(),
+                       [app_id](const ctl_app_use &app) { return app.app_id == app_id; });
+}
+
+/// Writes the rules whose applications have no row of their own.
+void put_other_rules(const report_page &report, std::span<const ctl_app_use> shown,
+                     std::span<const ctl_app_rule> rules) {
+    size_t count = 0;
+    for (const ctl_app_rule &rule : rules) {
+        if (is_among(shown, rule.app_id) || ++count > rows_max)
+            continue;
+        if (count == 1)
+            fputs("<h3>Other rules</h3>\n<ul>\n", report.page);
+        fputs("<li>", report.page);
+        put_app_name(report, rule.app_id);
+        fputs(": ", report.page);
+        put_rule(report.page, rule, -1);
+        fputs("</li>\n", report.page);
+    }
+    if (count > rows_max)
+        fprintf(report.page, "<li>%zu more</li>\n", count - rows_max);
+    if (count > 0)
+        fputs("</ul>\n", report.page);
+}
+
+/// Writes a list of applications as a table, the first ones each in a row and the rest added up.
+/// @param rules  the rules of the profile; none for the router
+void put_apps(const report_page &report, std::span<const ctl_app_use> apps,
+              std::span<const ctl_app_rule> rules) {
+    if (apps.empty())
+        fputs("<p class=\"soft\">No applications yet.</p>\n", report.page);
+    else
+        put_table(report, apps, rules);
+    put_other_rules(report, apps.first(std::min(apps.size(), rows_max)), rules);
+}
+
+void put_head(FILE *page, const ctl_profile_use &profile) {
+    fprintf(page,
+            "<div class=\"head\"><h2>Profile %d</h2><span class=\"badge%s\">%s</span></div>\n",
+            profile.user_profile_id, profile.blocked ? " stop" : "",
+            profile.blocked ? "Blocked now" : "Not blocked");
+}
+
+/// Writes today's use where no limit can be shown.
+void put_today_alone(FILE *page, int64_t used, const char *limit) {
+    fputs("<p class=\"today\">", page);
+    ctl_put_minutes(page, "strong", used);
+    fprintf(page, " <span>today</span> <span class=\"soft\">%s</span></p>\n", limit);
+}
+
+/// Writes today's use against a limit and its bonus.
+/// @param weekday  the day's name
+void put_today_of(FILE *page, const ctl_profile_use &profile, int32_t limit, const char *weekday) {
+    const int64_t used = profile.use.daily_used;
+    const int64_t allowance = int64_t{limit} + profile.daily_extend;
+    const int64_t left = allowance - used;
+    fputs("<p class=\"today\">", page);
+    ctl_put_minutes(page, "strong", used);
+    fprintf(page, " <span>of %s today</span> <span class=\"soft\">%s %s</span></p>\n",
+            ctl_time_of(allowance).text, ctl_time_of(left < 0 ? -left : left).text,
+            left < 0 ? "over" : "left");
+    char meaning[96];
+    snprintf(meaning, sizeof(meaning), "%lld of %lld minutes used today",
+             static_cast<long long>(used), static_cast<long long>(allowance));
+    ctl_put_meter(page, used, allowance, meaning);
+    fprintf(page, "<p class=\"soft\">%s on %ss", ctl_time_of(limit).text, weekday);
+    if (profile.daily_extend > 0)
+        fprintf(page, " and a bonus of %s today", ctl_time_of(profile.daily_extend).text);
+    fputs("</p>\n", page);
+}
+
+void put_today(const report_page &report, const ctl_profile_use &profile) {
+    if (!report.document.has_time) {
+        put_today_alone(report.page, profile.use.daily_used,
+                        "The file has no date, so the day's limit is not known.");
+        return;
+    }
+    const tm today = ctl_local_day(report.document.timestamp, 0);
+    const int32_t limit = profile.weekday_limits[today.tm_wday];
+    if (limit < ctl_no_limit)
+        put_today_of(report.page, profile, limit, ctl_write_day(today, "%A").text);
+    else
+        put_today_alone(report.page, profile.use.daily_used, "no limit");
+}
+
+void put_sum(FILE *page, const char *label, int64_t minutes) {
+    fprintf(page, "<div><dt>%s</dt>", label);
+    ctl_put_minutes(page, "dd", minutes);
+    fputs("</div>\n", page);
+}
+
+void put_sums(FILE *page, const ctl_profile_use &profile) {
+    fputs("<dl>\n", page);
+    put_sum(page, "This week", ctl_week_of(profile.use));
+    put_sum(page, "This month", ctl_month_of(profile.use));
+    fprintf(page, "<div><dt>Devices</dt><dd>%zu</dd></div>\n</dl>\n", profile.device_count);
+}
+
+void put_devices(const report_page &report, const ctl_profile_use &profile) {
+    if (profile.device_count == 0)
+        return;
+    fputs("<details><summary>Device addresses</summary>\n<ul class=\"mac\">\n", report.page);
+    for (const ctl_device_name &device : ctl_records(report.document.devices, profile.devices)) {
+        fputs("<li>", report.page);
+        ctl_put_text(report.page, device.text);
+        fputs("</li>\n", report.page);
+    }
+    if (profile.device_count > profile.devices.count)
+        fprintf(report.page, "<li>%zu more</li>\n", profile.device_count - profile.devices.count);
+    fputs("</ul>\n</details>\n", report.page);
+}
+
+/// Names a day of the chart. Without a date it goes by its distance.
+ctl_day_bar day_bar(const ctl_usage_document &document, int days_ago, int64_t minutes) {
+    ctl_day_bar bar = {minutes, {}, {}};
+    const bool is_marked = days_ago % 7 == 0;
+    if (document.has_time) {
+        const tm day = ctl_local_day(document.timestamp, days_ago);
+        bar.name = ctl_write_day(day, "%a %-d %b");
+        if (is_marked)
+            bar.mark = ctl_write_day(day, "%-d %b");
+    } else {
+        snprintf(bar.name.text, sizeof(bar.name.text), "%d days ago", days_ago);
+        if (is_marked)
+            snprintf(bar.mark.text, sizeof(bar.mark.text), "\xE2\x88\x92%d days", days_ago);
+    }
+    if (days_ago == 0) {
+        snprintf(bar.name.text, sizeof(bar.name.text), "today");
+        bar.mark = bar.name;
+    }
+    return bar;
+}
+
+void put_history(const report_page &report, const ctl_profile_use &profile) {
+    ctl_day_bar bars[ctl_history_days];
+    for (int days_ago = 0; days_ago < ctl_history_days; ++days_ago)
+        bars[ctl_history_days - 1 - days_ago] =
+            day_bar(report.document, days_ago, profile.history[days_ago]);
+    const ctl_day_bar &busiest =
+        *std::max_element(std::begin(bars), std::end(bars),
+                          [](const auto &a, const auto &b) { return a.minutes < b.minutes; });
+    fputs("<h3>Thirty days and today</h3>\n", report.page);
+    if (busiest.minutes == 0) {
+        fputs("<p class=\"soft\">No use in these days.</p>\n", report.page);
+        return;
+    }
+    char meaning[224];
+    snprintf(meaning, sizeof(meaning), "Bar chart of %s to today. The busiest day: %s, %s.",
+             bars[0].name.text, busiest.name.text, ctl_time_of(busiest.minutes).text);
+    ctl_put_day_chart(report.page, bars, meaning);
+    fprintf(report.page,
+            "<p class=\"soft\">The applications\xE2\x80\x99 minutes of each day, added together. "
+            "The busiest: %s, %s.</p>\n",
+            busiest.name.text, ctl_time_of(busiest.minutes).text);
+}
+
+void put_profile(const report_page &report, const ctl_profile_use &profile) {
+    fputs("<section>\n", report.page);
+    put_head(report.page, profile);
+    fputs("<div class=\"halves\">\n<div>\n", report.page);
+    put_today(report, profile);
+    put_sums(report.page, profile);
+    put_history(report, profile);
+    put_devices(report, profile);
+    fputs("</div>\n<div>\n<h3>Applications</h3>\n", report.page);
+    put_apps(report, ctl_records(report.document.apps, profile.apps),
+             ctl_records(report.document.rules, profile.rules));
+    fputs("</div>\n</div>\n</section>\n", report.page);
+}
+
+void put_header(const report_page &report) {
     fputs("<header>\n<h1>Internet time</h1>\n<p class=\"soft\">", report.page);
     if (report.document.has_time) {
         const tm written = ctl_local_day(report.document.timestamp, 0);
-        fprintf(report.page, "%s, %s", ctl_long_day(written).text, ctl_clock_time(written).text);
+        fputs(ctl_write_day(written, "%A, %-d %B %Y, %H:%M").text, report.page);
     } else {
         fputs("The file has no date.", report.page);
     }
     fputs("</p>\n</header>\n", report.page);
 }
 
-void put_profiles(const ctl_report_page &report) {
+void put_profiles(const report_page &report) {
     const ctl_usage_document &document = report.document;
     for (const ctl_profile_use &profile : document.profiles)
-        ctl_put_profile(report, profile);
+        put_profile(report, profile);
     const size_t missing = document.profile_count - document.profiles.size();
     if (document.profile_count == 0)
         fputs("<section>\n<h2>Profiles</h2>\n<p class=\"soft\">No profiles yet.</p>\n</section>\n",
@@ -30,9 +290,9 @@ void put_profiles(const ctl_report_page &report) {
                 missing);
 }
 
-void put_router(const ctl_report_page &report) {
+void put_router(const report_page &report) {
     fputs("<section>\n<h2>The whole router</h2>\n<h3>Applications</h3>\n", report.page);
-    ctl_put_apps(report, ctl_records(report.document.apps, report.document.router_apps), {});
+    put_apps(report, ctl_records(report.document.apps, report.document.router_apps), {});
     fputs("</section>\n", report.page);
 }
 
@@ -53,7 +313,7 @@ ctl_exit ctl_write_report(FILE *page, const char *path, const ctl_app_names &nam
     const ctl_exit status = ctl_read_usage_document(path, &document);
     if (status != CTL_DONE)
         return status;
-    const ctl_report_page report = {page, document, names};
+    const report_page report = {page, document, names};
     ctl_begin_page(page, "Internet time");
     put_header(report);
     fputs("<main>\n", page);

@@ -1,7 +1,7 @@
 #pragma once
 /// The report: a usage file as one page for people.
 
-#include "client/exit_status.h"
+#include "client/message.h"
 #include "client/names.h"
 
 #include <cstdio>

@@ -17,7 +17,7 @@ namespace {
 constexpr char file_name[] = "/usage.json";
 
 /// Here and not in the owner: a signal's handler has to find them. Empty while there is nothing.
-char folder[UTM_APP_CONFIG_PATH_SIZE - sizeof file_name + 1];
+char folder[UTM_APP_CONFIG_PATH_SIZE - sizeof(file_name) + 1];
 char file[UTM_APP_CONFIG_PATH_SIZE];
 
 /// Only what a signal's handler may do.
@@ -44,8 +44,8 @@ void remove_on(int signal_number) {
 }
 
 bool make_folder(const char *parent) {
-    const int length = snprintf(folder, sizeof folder, "%s/utm_appctl.XXXXXX", parent);
-    if (static_cast<size_t>(length) >= sizeof folder) {
+    const int length = snprintf(folder, sizeof(folder), "%s/utm_appctl.XXXXXX", parent);
+    if (static_cast<size_t>(length) >= sizeof(folder)) {
         errno = ENAMETOOLONG;
         return false;
     }
@@ -54,7 +54,7 @@ bool make_folder(const char *parent) {
 
 /// The daemon writes into the file that is there, so it stays ours whatever the daemon's umask.
 bool make_file() {
-    snprintf(file, sizeof file, "%s%s", folder, file_name);
+    snprintf(file, sizeof(file), "%s%s", folder, file_name);
     const int fd = open(file, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd >= 0)
         close(fd);

@@ -2,7 +2,7 @@
 /// A file that the daemon writes for us and that nobody else may read: it tells what a family does
 /// all day.
 
-#include "client/exit_status.h"
+#include "client/message.h"
 
 /// A file in a folder of its own, both gone with their owner or when a signal ends the program.
 /// There can be one at a time.

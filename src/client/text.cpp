@@ -1,7 +1,9 @@
 #include "client/text.h"
 
+#include <cctype>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -33,6 +35,24 @@ size_t character_size(const byte_t *text) {
 bool is_control(const byte_t *character) {
     return character[0] < 0x20 || character[0] == 0x7F ||
            (character[0] == 0xC2 && character[1] < 0xA0);
+}
+
+/// Reads decimal digits, at least one.
+/// @param next  in and out: where they begin and end
+/// @param bound  the largest value that is accepted
+bool parse_digits(const char **next, int64_t bound, int64_t *value) {
+    const char *text = *next;
+    int64_t sum = 0;
+    while (isdigit(static_cast<unsigned char>(*text))) {
+        sum = sum * 10 + (*text++ - '0');
+        if (sum > bound)
+            return false;
+    }
+    if (text == *next)
+        return false;
+    *next = text;
+    *value = sum;
+    return true;
 }
 
 } // namespace
@@ -73,4 +93,58 @@ size_t ctl_text_width(const char *text) {
     for (; *text != '\0'; ++text)
         width += !is_continuation(static_cast<byte_t>(*text));
     return width;
+}
+
+ctl_time_text ctl_time_of(int64_t minutes) {
+    ctl_time_text time = {};
+    const char *sign = minutes < 0 ? "-" : "";
+    const uint64_t size =
+        minutes < 0 ? -static_cast<uint64_t>(minutes) : static_cast<uint64_t>(minutes);
+    const unsigned long long hours = size / 60;
+    const unsigned rest = static_cast<unsigned>(size % 60);
+    if (hours == 0)
+        snprintf(time.text, sizeof(time.text), "%s%um", sign, rest);
+    else if (rest == 0)
+        snprintf(time.text, sizeof(time.text), "%s%lluh", sign, hours);
+    else
+        snprintf(time.text, sizeof(time.text), "%s%lluh%um", sign, hours, rest);
+    return time;
+}
+
+bool ctl_parse_minutes(const char *text, int32_t *minutes) {
+    int64_t first = 0;
+    int64_t rest = 0;
+    if (!parse_digits(&text, INT32_MAX, &first))
+        return false;
+    if (*text == 'h') {
+        ++text;
+        first *= 60;
+        if (*text != '\0' && (!parse_digits(&text, 59, &rest) || *text != 'm'))
+            return false;
+    }
+    if (*text == 'm')
+        ++text;
+    if (*text != '\0' || first + rest > INT32_MAX)
+        return false;
+    *minutes = static_cast<int32_t>(first + rest);
+    return true;
+}
+
+tm ctl_local_day(int64_t time, int days_ago) {
+    const time_t seconds = static_cast<time_t>(time);
+    tm day = {};
+    localtime_r(&seconds, &day);
+    if (days_ago == 0)
+        return day;
+    day.tm_mday -= days_ago;
+    day.tm_hour = 12;
+    day.tm_isdst = -1;
+    mktime(&day);
+    return day;
+}
+
+ctl_day_text ctl_write_day(const tm &day, const char *format) {
+    ctl_day_text text = {};
+    strftime(text.text, sizeof(text.text), format, &day);
+    return text;
 }

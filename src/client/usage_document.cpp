@@ -2,6 +2,7 @@
 
 #include "client/message.h"
 #include "client/text.h"
+#include "format/protocol.h"
 #include "format/usage_file.h"
 
 #include <algorithm>
@@ -46,7 +47,7 @@ int compare_apps(const void *left_record, const void *right_record) {
 }
 
 /// @param history  where to add the applications' days, or null
-[[nodiscard]] bool read_apps(json_object *list, ctl_growing<ctl_app_use> *apps, ctl_part *part,
+[[nodiscard]] bool read_apps(json_object *list, ctl_vector<ctl_app_use> *apps, ctl_part *part,
                              int64_t *history) {
     part->first = apps->size();
     const size_t count = json_array_size(list);
@@ -65,7 +66,7 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_rules(json_object *list, ctl_growing<ctl_app_rule> *rules, ctl_part *part) {
+[[nodiscard]] bool read_rules(json_object *list, ctl_vector<ctl_app_rule> *rules, ctl_part *part) {
     part->first = rules->size();
     const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
@@ -80,7 +81,7 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_devices(json_object *list, ctl_growing<ctl_device_name> *devices,
+[[nodiscard]] bool read_devices(json_object *list, ctl_vector<ctl_device_name> *devices,
                                 ctl_profile_use *profile) {
     profile->devices.first = devices->size();
     const size_t count = json_array_size(list);
@@ -91,7 +92,7 @@ int compare_apps(const void *left_record, const void *right_record) {
         if (profile->device_count++ >= ctl_devices_max)
             continue;
         ctl_device_name device = {};
-        ctl_copy_clean(device.text, sizeof device.text, json_object_get_string(element));
+        ctl_copy_clean(device.text, sizeof(device.text), json_object_get_string(element));
         if (!devices->add(device))
             return false;
     }

@@ -4,9 +4,9 @@
 /// Whatever the file holds, the records are within bounds: minutes are not negative, texts are
 /// clean, and sums fit.
 
-#include "client/exit_status.h"
-#include "client/growing.h"
-#include "format/protocol.h"
+#include "client/message.h"
+#include "client/vector.h"
+#include "core/clock.h"
 
 #include <cstdint>
 #include <span>
@@ -20,7 +20,7 @@ inline constexpr size_t ctl_devices_max = 32;
 /// A limit of a whole day stands for none.
 inline constexpr int32_t ctl_no_limit = 1440;
 
-/// Minutes of use. They exclude each other: a month's whole use is their sum.
+/// Minutes of use. They do not overlap: a month's whole use is their sum.
 struct ctl_use {
     int64_t daily_used;   ///< today
     int64_t weekly_used;  ///< the earlier days of this week, which begins on Sunday
@@ -58,7 +58,8 @@ struct ctl_part {
 
 struct ctl_profile_use {
     int32_t user_profile_id;
-    int32_t weekday_limits[7]; ///< Sunday first; `ctl_no_limit` for a day that the file leaves out
+    int32_t weekday_limits[days_per_week]; ///< Sunday first; `ctl_no_limit` for a day that the
+                                           ///< file leaves out
     int32_t daily_extend;
     ctl_use use;
     bool blocked;
@@ -73,17 +74,17 @@ struct ctl_profile_use {
 struct ctl_usage_document {
     bool has_time;
     int64_t timestamp; ///< seconds since 1970; 0 without one
-    ctl_growing<ctl_profile_use> profiles;
+    ctl_vector<ctl_profile_use> profiles;
     size_t profile_count; ///< those that are not kept included
     ctl_part router_apps; ///< the most used this month first
-    ctl_growing<ctl_app_use> apps;
-    ctl_growing<ctl_app_rule> rules;
-    ctl_growing<ctl_device_name> devices;
+    ctl_vector<ctl_app_use> apps;
+    ctl_vector<ctl_app_rule> rules;
+    ctl_vector<ctl_device_name> devices;
 };
 
 /// @return the records of a list that stand in a part of it
 template <typename T>
-std::span<const T> ctl_records(const ctl_growing<T> &list, ctl_part part) {
+std::span<const T> ctl_records(const ctl_vector<T> &list, ctl_part part) {
     return {list.begin() + part.first, part.count};
 }
 

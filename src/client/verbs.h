@@ -2,52 +2,71 @@
 /// Everything that `utm_appctl` can do: one table that dispatch, the help texts, the manual page
 /// and the completion of the shell all follow.
 
-#include "client/call.h"
+#include "client/connection.h"
+#include "client/names.h"
+#include "client/options.h"
 
+#include <cstdint>
+#include <initializer_list>
 #include <span>
 
+struct ctl_call;
+
+/// Sends the call's request, which only succeeds or fails: all that most verbs have to do.
+[[nodiscard]] ctl_exit ctl_send(const ctl_call &call);
+
+/// A verb. What a row does not name stays as it is here.
 struct ctl_verb {
-    const char *group;    ///< what it is about, at a group's first verb; else null
-    const char *noun;     ///< the first word
-    const char *word;     ///< the second word; null when the noun is all
-    const char *synopsis; ///< the operands
-    const char *help;     ///< one line, without a full stop
-    size_t least;         ///< operands at the least
-    size_t most;          ///< and at the most
-    unsigned options;     ///< bits of `ctl_option`, besides the common ones
-    const char *refusal;  ///< what it means when the daemon refuses; null: it never does
-    ctl_exit (*run)(const ctl_call &call);
+    const char *group = nullptr;   ///< what it is about, at a group's first verb
+    const char *noun = nullptr;    ///< the first word
+    const char *word = nullptr;    ///< the second word; null when the noun is all
+    const char *synopsis = "";     ///< the operands; see `ctl_read_operands`
+    const char *help = nullptr;    ///< one line, without a full stop
+    unsigned options = 0;          ///< bits of `ctl_option`, besides the common ones
+    const char *refusal = nullptr; ///< what it means when the daemon refuses; null: it never does
+    uint8_t type = 0;              ///< the request's command
+    bool enable = false;           ///< the request's enable flag
+    /// Where MINUTES stand in the request.
+    int32_t utm_app_config_cmd::*minutes = &utm_app_config_cmd::arg0;
+    ctl_exit (*run)(const ctl_call &call) = ctl_send;
+
+    bool has(ctl_option option) const { return (options & option) != 0; }
 };
 
 /// @return all verbs, those of one noun side by side, in the order of the help
 std::span<const ctl_verb> ctl_verbs();
 
-// The table's rows: each answers one verb. They are here for the table alone.
-ctl_exit ctl_ping(const ctl_call &call);
+/// What a verb gets to work with.
+struct ctl_call {
+    const ctl_verb &verb;
+    const ctl_options &options;
+    const ctl_app_names &names;            ///< empty for a verb that takes no --names
+    std::span<const char *const> operands; ///< as many as the verb's synopsis allows
+    utm_app_config_cmd request;            ///< the verb's, with those that are read
+
+    bool json() const { return options.has(CTL_OPTION_JSON); }
+    int32_t profile_id() const { return request.arg0; } ///< of a verb that begins with ID
+};
+
+/// A command, and where its reply goes.
+struct ctl_question {
+    uint8_t type;
+    utm_app_config_reply *reply;
+};
+
+/// Asks commands of a single reply about the call's operands, one after the other, up to the first
+/// that fails.
+[[nodiscard]] ctl_exit ctl_ask_each(const ctl_call &call,
+                                    std::initializer_list<ctl_question> questions);
+
+// What rows of the table run, by the first words of the verb.
 ctl_exit ctl_status(const ctl_call &call);
-ctl_exit ctl_activate(const ctl_call &call);
-ctl_exit ctl_debug(const ctl_call &call);
-ctl_exit ctl_profile_add(const ctl_call &call);
-ctl_exit ctl_profile_del(const ctl_call &call);
-ctl_exit ctl_device_add(const ctl_call &call);
-ctl_exit ctl_device_del(const ctl_call &call);
+ctl_exit ctl_devices(const ctl_call &call);
 ctl_exit ctl_limit_show(const ctl_call &call);
-ctl_exit ctl_limit_set(const ctl_call &call);
-ctl_exit ctl_limit_enable(const ctl_call &call);
-ctl_exit ctl_limit_disable(const ctl_call &call);
 ctl_exit ctl_weekday_show(const ctl_call &call);
-ctl_exit ctl_weekday_set(const ctl_call &call);
 ctl_exit ctl_extend_show(const ctl_call &call);
-ctl_exit ctl_extend_add(const ctl_call &call);
-ctl_exit ctl_extend_reset(const ctl_call &call);
 ctl_exit ctl_usage(const ctl_call &call);
-ctl_exit ctl_policy_create(const ctl_call &call);
-ctl_exit ctl_policy_rule(const ctl_call &call);
-ctl_exit ctl_policy_bind(const ctl_call &call);
-ctl_exit ctl_policy_clear(const ctl_call &call);
-ctl_exit ctl_signature_load(const ctl_call &call);
-ctl_exit ctl_interval_show(const ctl_call &call);
-ctl_exit ctl_interval_set(const ctl_call &call);
-ctl_exit ctl_export(const ctl_call &call);
-ctl_exit ctl_import(const ctl_call &call);
+ctl_exit ctl_history(const ctl_call &call); ///< `usage --history`
 ctl_exit ctl_report(const ctl_call &call);
+ctl_exit ctl_policy_rule(const ctl_call &call);
+ctl_exit ctl_interval_show(const ctl_call &call);

@@ -65,6 +65,7 @@ TEST_F(client_history, thirty_days_are_a_chart_that_ends_with_today) {
     EXPECT_EQ(ctl({"usage", "3", "--history", "days"}), done(ASCII_CHART));
     EXPECT_EQ(ctl({"usage", "--history", "days", "3"}), done(ASCII_CHART));
     EXPECT_EQ(ctl({"usage", "--history=days", "3"}), done(ASCII_CHART));
+    EXPECT_EQ(ctl({"usage", "--history", "--days", "3"}), done(ASCII_CHART));
 }
 
 TEST_F(client_history, a_utf_8_locale_gets_eighths_of_a_block) {
@@ -134,6 +135,15 @@ TEST_F(client_history, four_weeks_are_a_chart_that_ends_with_this_one) {
                                                               "last week      0     0m\n"
                                                               "this week    165  2h45m  " +
                                                               repeat("#", 55) + "\n"));
+}
+
+TEST_F(client_history, weeks_may_be_an_option_of_their_own) {
+    use(15, {{306, 15}});
+    const appctl_end weeks = ctl({"usage", "3", "--history=weeks"});
+
+    EXPECT_EQ(ctl({"usage", "3", "--history", "--weeks"}), weeks);
+    EXPECT_EQ(ctl({"usage", "--weeks", "3", "--history"}), weeks);
+    EXPECT_EQ(ctl({"usage", "3", "--weeks"}), fails(2, "--weeks needs --history beside it"));
 }
 
 TEST_F(client_history, a_week_that_is_over_moves_up) {

@@ -1,5 +1,6 @@
 /// The client without a daemon: help, and command lines that make no sense.
 
+#include "client/arguments.h"
 #include "client/options.h"
 #include "client/verbs.h"
 #include "tests/daemon/support/appctl.h"
@@ -27,7 +28,9 @@ const std::pair<unsigned, word_list> OPTIONS[] = {{CTL_OPTION_JSON, {"--json"}},
                                                   {CTL_OPTION_WEEK, {"--week=1"}},
                                                   {CTL_OPTION_MONTH, {"--month"}},
                                                   {CTL_OPTION_HISTORY, {"--history"}},
-                                                  {CTL_OPTION_HISTORY, {"--history=weeks"}}};
+                                                  {CTL_OPTION_HISTORY, {"--history=weeks"}},
+                                                  {CTL_OPTION_DAYS, {"--days"}},
+                                                  {CTL_OPTION_WEEKS, {"--weeks"}}};
 
 constexpr char NOBODY[] = "/tmp/nobody-listens-here";
 
@@ -120,7 +123,9 @@ Options; VERB --help tells which go with a verb
       --day N                    applications on the day N days ago, 0 to 30
       --week N                   applications in the week N weeks ago, 0 to 3
       --month                    applications in this month
-      --history [days|weeks]     a chart: today and 30 days before, or 4 weeks
+      --history                  a chart, of days unless --weeks is given
+      --days                     with --history: today and 30 days before
+      --weeks                    with --history: this week and 3 before
   -s, --socket PATH              the daemon's socket, if it has another
   -t, --timeout SECONDS          how long each answer may take, to 3600; else 30
   -h, --help                     what this is and how to use it
@@ -206,12 +211,13 @@ TEST(client_wrong_use, every_verb_has_help_without_a_daemon) {
 
 TEST(client_wrong_use, every_verb_counts_its_operands) {
     for (const ctl_verb &verb : ctl_verbs()) {
-        if (verb.least > 0) {
-            EXPECT_EQ(appctl(with_operands(words_of(verb), verb.least - 1)),
+        const ctl_bounds bounds = ctl_bounds_of(verb.synopsis);
+        if (bounds.least > 0) {
+            EXPECT_EQ(appctl(with_operands(words_of(verb), bounds.least - 1)),
                       wrong(verb, "too few operands"));
         }
-        if (verb.most < SIZE_MAX) {
-            EXPECT_EQ(appctl(with_operands(words_of(verb), verb.most + 1)),
+        if (bounds.most < SIZE_MAX) {
+            EXPECT_EQ(appctl(with_operands(words_of(verb), bounds.most + 1)),
                       wrong(verb, "too many operands"));
         }
     }
@@ -222,7 +228,7 @@ TEST(client_wrong_use, an_option_goes_with_the_verbs_that_take_it) {
         for (const auto &[option, option_words] : OPTIONS) {
             if ((verb.options & option) != 0)
                 continue;
-            word_list words = with_operands(words_of(verb), verb.least);
+            word_list words = with_operands(words_of(verb), ctl_bounds_of(verb.synopsis).least);
             words.insert(words.end(), option_words.begin(), option_words.end());
             EXPECT_EQ(appctl(words), wrong(verb, "--" + std::string(ctl_option_name(option)) +
                                                      " does not go with this verb"));

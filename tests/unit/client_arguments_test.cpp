@@ -1,5 +1,8 @@
 #include "client/arguments.h"
 
+#include "client/verbs.h"
+#include "core/mac.h"
+
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
@@ -21,15 +24,15 @@ std::string said_by(Read read) {
 }
 
 std::string read_mac(const char *text, std::string *mac) {
-    uint8_t bytes[ctl_mac_bytes] = {};
+    uint8_t bytes[mac_bytes] = {};
     const std::string said = said_by([&] { return ctl_read_mac(text, bytes); });
-    *mac = std::string(reinterpret_cast<const char *>(bytes), sizeof bytes);
+    *mac = std::string(reinterpret_cast<const char *>(bytes), sizeof(bytes));
     return said;
 }
 
 std::string read_path(const std::string &text, std::string *path) {
     ctl_path read;
-    memset(&read, '!', sizeof read);
+    memset(&read, '!', sizeof(read));
     const std::string said = said_by([&] { return ctl_read_path(text.c_str(), &read); });
     *path = said.empty() ? read.text : "";
     return said;
@@ -225,6 +228,79 @@ TEST(ClientArguments, CutNoSignaturesPath) {
     EXPECT_EQ(read_signature(longest + "a"),
               "utm_appctl: " + longest +
                   "a is too long a path: a signature's may have 117 characters\n");
+}
+
+struct bounds_case {
+    const char *synopsis;
+    size_t least;
+    size_t most;
+};
+
+TEST(ClientArguments, AreAsManyAsASynopsisHas) {
+    const bounds_case cases[] = {{"", 0, 0},
+                                 {"ID", 1, 1},
+                                 {"on|off", 1, 1},
+                                 {"ID DAY MINUTES", 3, 3},
+                                 {"[PATH]", 0, 1},
+                                 {"ID [PATH]", 1, 2},
+                                 {"ID MAC...", 2, SIZE_MAX},
+                                 {"POLICY APP=RULE...", 2, SIZE_MAX}};
+    for (const bounds_case &c : cases) {
+        const ctl_bounds bounds = ctl_bounds_of(c.synopsis);
+        EXPECT_EQ(bounds.least, c.least) << c.synopsis;
+        EXPECT_EQ(bounds.most, c.most) << c.synopsis;
+    }
+}
+
+/// @return the request's arguments as "arg0 arg1 arg2 arg3 arg4 path", or what was said
+std::string read_operands(const ctl_verb &verb, const std::vector<const char *> &operands) {
+    utm_app_config_cmd request = {.type = verb.type};
+    const std::string said = said_by([&] { return ctl_read_operands(verb, operands, &request); });
+    if (!said.empty())
+        return said;
+    const char *path = reinterpret_cast<const char *>(&request) + UTM_APP_CONFIG_PATH_OFFSET;
+    if (*path == '/')
+        return path;
+    std::string text = std::to_string(request.arg0);
+    for (const int32_t number : {request.arg1, request.arg2, request.arg3, request.arg4})
+        text += " " + std::to_string(number);
+    return text;
+}
+
+TEST(ClientArguments, StandInARequestWhereTheVerbSays) {
+    const struct {
+        ctl_verb verb;
+        std::vector<const char *> operands;
+        const char *request;
+    } cases[] = {
+        {{.synopsis = ""}, {}, "0 0 0 0 0"},
+        {{.synopsis = "ID"}, {"-3"}, "-3 0 0 0 0"},
+        {{.synopsis = "POLICY"}, {"7"}, "7 0 0 0 0"},
+        {{.synopsis = "ID POLICY"}, {"3", "7"}, "3 7 0 0 0"},
+        {{.synopsis = "on|off"}, {"on"}, "1 0 0 0 0"},
+        {{.synopsis = "MINUTES"}, {"1h"}, "60 0 0 0 0"},
+        {{.synopsis = "ID DAY MINUTES", .minutes = &utm_app_config_cmd::arg3},
+         {"3", "tue", "5"},
+         "3 2 0 5 0"},
+        {{.synopsis = "ID MINUTES", .minutes = &utm_app_config_cmd::arg4},
+         {"3", "5m"},
+         "3 0 0 0 5"},
+        {{.synopsis = "PATH"}, {"/a"}, "/a"},
+        {{.synopsis = "[PATH]"}, {"/a"}, "0 0 0 0 0"},
+        {{.synopsis = "ID MAC..."}, {"3", "02", "zz"}, "3 0 0 0 0"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(read_operands(c.verb, c.operands), c.request) << c.verb.synopsis;
+}
+
+TEST(ClientArguments, AreReadUpToTheFirstBadOne) {
+    EXPECT_EQ(read_operands({.synopsis = "ID POLICY"}, {"3", "x"}),
+              "utm_appctl: \"x\" is not a policy's number: give a whole number, such as 3\n");
+    EXPECT_EQ(read_operands({.synopsis = "ID MINUTES"}, {"x", "y"}),
+              "utm_appctl: \"x\" is not a profile's number: give a whole number, such as 3\n");
+    EXPECT_EQ(read_operands({.synopsis = "PATH"}, {"/a;b"}), "/a;b");
+    EXPECT_EQ(read_operands({.synopsis = "PATH", .type = UTM_APP_CONFIG_LOAD_SIGNATURE}, {"/a;b"}),
+              read_signature("/a;b"));
 }
 
 } // namespace

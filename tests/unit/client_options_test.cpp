@@ -116,6 +116,45 @@ TEST(ClientOptions, LeaveOtherWordsBehindHistoryAlone) {
     EXPECT_EQ(parsed({"days", "weeks"}).operands, (word_list{"days", "weeks"}));
 }
 
+TEST(ClientOptions, OfAUnitOfHistoryStandAnywhere) {
+    for (const word_list &words : {word_list{"usage", "3", "--history", "--weeks"},
+                                   word_list{"--weeks", "usage", "--history", "3"},
+                                   word_list{"usage", "3", "--history=days", "--weeks"}}) {
+        const parsed line(words);
+        EXPECT_STREQ(line.options.history_unit, "weeks");
+        EXPECT_EQ(line.operands, (word_list{"usage", "3"}));
+        EXPECT_EQ(line.options.given, CTL_OPTION_HISTORY | CTL_OPTION_WEEKS);
+        EXPECT_TRUE(ctl_options_agree(line.options));
+    }
+    EXPECT_STREQ(parsed({"usage", "3", "--history", "--days"}).options.history_unit, "days");
+}
+
+TEST(ClientOptions, ThatContradictEachOtherAreNamed) {
+    const struct {
+        word_list words;
+        const char *complaint;
+    } cases[] = {
+        {{"--day=1", "--week=1"}, "--day, --week and --month exclude each other: give one of them"},
+        {{"--history", "--month"}, "--month and --history exclude each other: give one of them"},
+        {{"--history", "--days", "--weeks"},
+         "--days and --weeks exclude each other: give one of them"},
+        {{"--weeks"}, "--weeks needs --history beside it"},
+        {{"--days", "--apps"}, "--days needs --history beside it"},
+    };
+    for (const auto &c : cases) {
+        const parsed line(c.words);
+        ASSERT_EQ(line.status, CTL_DONE) << line.said;
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(ctl_options_agree(line.options));
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "utm_appctl: " + std::string(c.complaint) + "\n");
+    }
+    for (const word_list &words :
+         {word_list{}, word_list{"--day=1"}, word_list{"--apps", "--history"},
+          word_list{"--history=weeks", "-j"}, word_list{"-s", "/s", "-t", "5"}})
+        EXPECT_TRUE(ctl_options_agree(parsed(words).options));
+}
+
 struct bounded_case {
     const char *option;
     const char *least;

@@ -1,5 +1,5 @@
 #pragma once
-/// An array that grows: `std::vector` without the C++ runtime.
+/// `std::vector` without the C++ runtime.
 
 #include <cstddef>
 #include <cstdlib>
@@ -7,14 +7,14 @@
 
 /// Owns its elements, which are plain data. When memory runs out it stays as it was.
 template <typename T>
-class ctl_growing {
+class ctl_vector {
     static_assert(std::is_trivially_copyable_v<T>);
 
 public:
-    ctl_growing() = default;
-    ~ctl_growing() { free(elements_); }
-    ctl_growing(const ctl_growing &) = delete;
-    ctl_growing &operator=(const ctl_growing &) = delete;
+    ctl_vector() = default;
+    ~ctl_vector() { free(elements_); }
+    ctl_vector(const ctl_vector &) = delete;
+    ctl_vector &operator=(const ctl_vector &) = delete;
 
     /// @return false when memory ran out
     [[nodiscard]] bool add(const T &element) {

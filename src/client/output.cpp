@@ -1,0 +1,251 @@
+#include "client/output.h"
+
+#include "client/text.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <langinfo.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace {
+
+struct widths {
+    size_t of[ctl_table_columns];
+};
+
+widths widths_of(const ctl_table &table) {
+    widths widest = {};
+    for (const ctl_table::row &row : table.rows)
+        for (int i = 0; i < ctl_table_columns; ++i)
+            widest.of[i] = std::max(widest.of[i], ctl_text_width(row.cells[i].text));
+    return widest;
+}
+
+/// @return columns up to the last cell with text: a line ends without blanks
+int filled_columns(const ctl_table::row &row) {
+    int count = ctl_table_columns;
+    while (count > 1 && row.cells[count - 1].text[0] == '\0')
+        --count;
+    return count;
+}
+
+void print_row(const ctl_table::row &row, const widths &widest) {
+    const int count = filled_columns(row);
+    for (int i = 0; i < count; ++i) {
+        const char *text = row.cells[i].text;
+        const int padding = static_cast<int>(widest.of[i] - ctl_text_width(text));
+        if (i == 0)
+            printf("%s%*s", text, count > 1 ? padding : 0, "");
+        else
+            printf("  %*s%s", padding, "", text);
+    }
+    putchar('\n');
+}
+
+constexpr int columns_unless_told = 80;
+constexpr int bar_columns_least = 10;
+/// Some terminals are very wide; a bar of more tells nothing more.
+constexpr int bar_columns_most = 100;
+
+constexpr char past_colour[] = "\033[36m";
+constexpr char present_colour[] = "\033[33m";
+constexpr char no_colour[] = "\033[0m";
+
+/// A block of 1 to 7 eighths of a column, then a whole one.
+constexpr const char *eighths[] = {"", "▏", "▎", "▍", "▌", "▋", "▊", "▉", "█"};
+
+bool is_set(const char *variable) {
+    const char *value = getenv(variable);
+    return value != nullptr && value[0] != '\0';
+}
+
+int terminal_columns() {
+    winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    const char *columns = getenv("COLUMNS");
+    int32_t number = 0;
+    if (columns != nullptr && ctl_parse_int(columns, &number) && number > 0)
+        return number;
+    return columns_unless_told;
+}
+
+/// What stands in front of the bars, in columns.
+struct layout {
+    int label;
+    int number;
+    int time;
+    int bar;
+    int64_t largest;
+};
+
+int number_width(int64_t number) {
+    return snprintf(nullptr, 0, "%lld", static_cast<long long>(number));
+}
+
+layout layout_of(const ctl_bars &bars, int columns) {
+    layout of = {};
+    for (const ctl_bar &bar : bars) {
+        of.label = std::max(of.label, static_cast<int>(ctl_text_width(bar.label.text)));
+        of.number = std::max(of.number, number_width(bar.minutes));
+        of.time = std::max(of.time, static_cast<int>(strlen(ctl_time_of(bar.minutes).text)));
+        of.largest = std::max(of.largest, bar.minutes);
+    }
+    const int blanks = 6; // two between columns
+    of.bar = std::clamp(columns - of.label - of.number - of.time - blanks, bar_columns_least,
+                        bar_columns_most);
+    return of;
+}
+
+/// @return eighths of a column; whatever was used at all shows
+int bar_length(int64_t minutes, const layout &of) {
+    if (minutes <= 0)
+        return 0;
+    const double share = static_cast<double>(minutes) / static_cast<double>(of.largest);
+    return std::max(1, static_cast<int>(share * of.bar * 8 + 0.5));
+}
+
+void print_bar(int length, bool utf8) {
+    const int whole = utf8 ? length / 8 : (length + 7) / 8;
+    for (int i = 0; i < whole; ++i)
+        fputs(utf8 ? eighths[8] : "#", stdout);
+    if (utf8)
+        fputs(eighths[length % 8], stdout);
+}
+
+void print_line(const ctl_bar &bar, const layout &of, const ctl_style &style) {
+    const int padding = of.label - static_cast<int>(ctl_text_width(bar.label.text));
+    const int length = bar_length(bar.minutes, of);
+    printf("%s%*s  %*lld  %*s", bar.label.text, padding, "", of.number,
+           static_cast<long long>(bar.minutes), of.time, ctl_time_of(bar.minutes).text);
+    if (length > 0) {
+        fputs("  ", stdout);
+        if (style.colour)
+            fputs(bar.is_present ? present_colour : past_colour, stdout);
+        print_bar(length, style.utf8);
+        if (style.colour)
+            fputs(no_colour, stdout);
+    }
+    putchar('\n');
+}
+
+} // namespace
+
+ctl_cell *ctl_add_row(ctl_table *table) {
+    static ctl_table::row nowhere;
+    if (table->rows.add({}))
+        return table->rows[table->rows.size() - 1].cells;
+    table->complete = false;
+    return nowhere.cells;
+}
+
+void ctl_fill(ctl_cell *cell, const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(cell->text, sizeof(cell->text), format, arguments);
+    va_end(arguments);
+}
+
+void ctl_fill_minutes(ctl_cell *cells, int64_t minutes) {
+    ctl_fill(&cells[0], "%lld", static_cast<long long>(minutes));
+    ctl_fill(&cells[1], "%s", ctl_time_of(minutes).text);
+}
+
+void ctl_fill_app(ctl_cell *cell, const ctl_app_names &names, int32_t app_id) {
+    const char *name = ctl_find_name(names, app_id);
+    if (name != nullptr)
+        ctl_fill(cell, "%s", name);
+    else
+        ctl_fill(cell, "%d", app_id);
+}
+
+void ctl_add_minutes(ctl_table *table, const char *name, int64_t minutes) {
+    ctl_cell *cells = ctl_add_row(table);
+    ctl_fill(&cells[0], "%s", name);
+    ctl_fill_minutes(&cells[1], minutes);
+}
+
+void ctl_add_heading(ctl_table *table, const char *first) {
+    ctl_cell *cells = ctl_add_row(table);
+    ctl_fill(&cells[0], "%s", first);
+    ctl_fill(&cells[1], "MINUTES");
+    ctl_fill(&cells[2], "TIME");
+}
+
+ctl_exit ctl_print(const ctl_table &table) {
+    if (!table.complete)
+        return ctl_fail(CTL_BROKEN, "out of memory");
+    const widths widest = widths_of(table);
+    for (const ctl_table::row &row : table.rows)
+        print_row(row, widest);
+    return CTL_DONE;
+}
+
+void ctl_document::add(const char *key, json_object *value) {
+    if (value != nullptr && object_ != nullptr &&
+        json_object_object_add(object_.get(), key, value) == 0)
+        return;
+    json_object_put(value);
+    complete_ = false;
+}
+
+void ctl_document::add_app(const ctl_app_names &names, int32_t app_id) {
+    add_int("app", app_id);
+    const char *name = ctl_find_name(names, app_id);
+    if (name != nullptr)
+        add_text("name", name);
+    else if (object_ == nullptr || json_object_object_add(object_.get(), "name", nullptr) != 0)
+        complete_ = false;
+}
+
+json_object *ctl_document::add_array(const char *key) {
+    json_object *array = json_object_new_array();
+    add(key, array);
+    return complete_ ? array : nullptr;
+}
+
+void ctl_document::add_to(json_object *array, json_object *value) {
+    if (array != nullptr && value != nullptr && json_object_array_add(array, value) == 0)
+        return;
+    json_object_put(value);
+    complete_ = false;
+}
+
+void ctl_document::add_minutes(const char *key, const int64_t *minutes, size_t count) {
+    json_object *array = add_array(key);
+    for (size_t i = 0; i < count && complete_; ++i)
+        add_to(array, json_object_new_int64(minutes[i]));
+}
+
+void ctl_document::append(json_object *array, ctl_document *element) {
+    complete_ = complete_ && element->complete_;
+    add_to(array, element->object_.release());
+}
+
+ctl_exit ctl_document::print() const {
+    const char *text = complete_ && object_ != nullptr
+                           ? json_object_to_json_string_ext(object_.get(), JSON_C_TO_STRING_PLAIN)
+                           : nullptr;
+    if (text == nullptr)
+        return ctl_fail(CTL_BROKEN, "out of memory");
+    puts(text);
+    return CTL_DONE;
+}
+
+ctl_style ctl_style_of_output(bool ascii) {
+    const char *terminal = getenv("TERM");
+    const bool is_dumb = terminal != nullptr && strcmp(terminal, "dumb") == 0;
+    return {.utf8 = !ascii && strcmp(nl_langinfo(CODESET), "UTF-8") == 0,
+            .colour = isatty(STDOUT_FILENO) != 0 && !is_set("NO_COLOR") && !is_dumb,
+            .columns = terminal_columns()};
+}
+
+void ctl_print_bars(const ctl_bars &bars, const ctl_style &style) {
+    const layout of = layout_of(bars, style.columns);
+    for (const ctl_bar &bar : bars)
+        print_line(bar, of, style);
+}

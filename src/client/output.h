@@ -1,0 +1,101 @@
+#pragma once
+/// What goes to standard output: tables and bar charts for people, JSON for scripts.
+
+#include "client/message.h"
+#include "client/names.h"
+#include "client/vector.h"
+#include "core/json.h"
+
+#include <cstdint>
+
+inline constexpr int ctl_table_columns = 3;
+
+struct ctl_cell {
+    char text[ctl_name_size + 16];
+};
+
+/// Fills a cell with text, cut to its room.
+__attribute__((format(printf, 2, 3))) void ctl_fill(ctl_cell *cell, const char *format, ...);
+
+/// Fills two cells with minutes: as a number and as hours and minutes.
+void ctl_fill_minutes(ctl_cell *cells, int64_t minutes);
+
+/// Fills a cell with an application's name, or its number.
+void ctl_fill_app(ctl_cell *cell, const ctl_app_names &names, int32_t app_id);
+
+/// A table of at most `ctl_table_columns` columns, each as wide as its widest cell. The first
+/// column stands left, the others right.
+struct ctl_table {
+    struct row {
+        ctl_cell cells[ctl_table_columns];
+    };
+    ctl_vector<row> rows = {};
+    bool complete = true; ///< false once memory ran out
+};
+
+/// Begins a row. Cells that it does not fill stay empty.
+/// @return its cells, until the next row begins
+ctl_cell *ctl_add_row(ctl_table *table);
+
+/// Adds a row of a name and minutes.
+void ctl_add_minutes(ctl_table *table, const char *name, int64_t minutes);
+
+/// Adds the row above minutes.
+/// @param first  what the first column has
+void ctl_add_heading(ctl_table *table, const char *first);
+
+/// Prints the table on standard output.
+/// @return CTL_DONE, or CTL_BROKEN when memory ran out; said
+[[nodiscard]] ctl_exit ctl_print(const ctl_table &table);
+
+/// A bar of a chart: the oldest first, a line each.
+struct ctl_bar {
+    ctl_cell label;
+    int64_t minutes;
+    bool is_present; ///< the day or week that is not over yet: in another colour
+};
+
+using ctl_bars = ctl_vector<ctl_bar>;
+
+/// How a chart is drawn.
+struct ctl_style {
+    bool utf8;   ///< eighths of a block; else number signs
+    bool colour; ///< on a terminal, where nobody asked to leave it out
+    int columns; ///< of the terminal; 80 where there is none
+};
+
+/// Finds out what standard output takes. The locale must be set.
+/// @param ascii  plain ASCII, whatever the locale
+[[nodiscard]] ctl_style ctl_style_of_output(bool ascii);
+
+/// Prints the bars on standard output, the longest as wide as the line has room.
+void ctl_print_bars(const ctl_bars &bars, const ctl_style &style);
+
+/// Builds one JSON object. When memory runs out it notes that, and printing fails. The names of
+/// keys are an interface: the manual page lists them.
+class ctl_document {
+public:
+    ctl_document() : object_(json_object_new_object()) {}
+
+    void add_int(const char *key, int64_t value) { add(key, json_object_new_int64(value)); }
+    void add_bool(const char *key, bool value) { add(key, json_object_new_boolean(value)); }
+    void add_text(const char *key, const char *value) { add(key, json_object_new_string(value)); }
+    /// Adds "app" and "name"; the name is null when there is none.
+    void add_app(const ctl_app_names &names, int32_t app_id);
+    /// Adds an array of minutes.
+    void add_minutes(const char *key, const int64_t *minutes, size_t count);
+    /// Adds an array, to which `append` adds objects.
+    json_object *add_array(const char *key);
+    /// Moves another object to the end of an array of this one.
+    void append(json_object *array, ctl_document *element);
+
+    /// Prints the document and a line end on standard output.
+    [[nodiscard]] ctl_exit print() const;
+
+private:
+    void add(const char *key, json_object *value);
+    void add_to(json_object *array, json_object *value);
+
+    json_ptr object_;
+    bool complete_ = true;
+};

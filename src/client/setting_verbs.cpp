@@ -1,0 +1,172 @@
+/// Verbs about settings that take more than one request, or show what came back.
+
+#include "client/arguments.h"
+#include "client/output.h"
+#include "client/text.h"
+#include "client/verbs.h"
+#include "core/clock.h"
+#include "core/mac.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+const char *on_or_off(int32_t value) {
+    return value != 0 ? "on" : "off";
+}
+
+/// Shows a time that is all of an answer.
+/// @param document  what stands in front of it there
+ctl_exit print_time(const ctl_call &call, int32_t minutes, const char *key,
+                    ctl_document *document) {
+    document->add_int(key, minutes);
+    if (call.json())
+        return document->print();
+    printf("%d (%s)\n", minutes, ctl_time_of(minutes).text);
+    return CTL_DONE;
+}
+
+struct weekday_limit {
+    int32_t day;
+    int32_t minutes;
+};
+
+using weekday_limits = ctl_vector<weekday_limit>;
+
+ctl_exit print_weekdays(const weekday_limits &limits) {
+    ctl_table table;
+    ctl_add_heading(&table, "DAY");
+    for (const weekday_limit &limit : limits)
+        ctl_add_minutes(&table, ctl_weekday_name(limit.day), limit.minutes);
+    return ctl_print(table);
+}
+
+ctl_exit print_weekdays_json(int32_t profile_id, const weekday_limits &limits) {
+    ctl_document document;
+    document.add_int("profile", profile_id);
+    json_object *days = document.add_array("weekdays");
+    for (const weekday_limit &limit : limits) {
+        ctl_document day;
+        day.add_int("day", limit.day);
+        day.add_text("name", ctl_weekday_name(limit.day));
+        day.add_int("minutes", limit.minutes);
+        document.append(days, &day);
+    }
+    return document.print();
+}
+
+using rule_list = ctl_vector<utm_app_config_app_entry>;
+
+/// Sends rules in their order, as many to a request as it has room for.
+ctl_exit send_rules(const ctl_call &call, const rule_list &rules) {
+    constexpr size_t room = UTM_APP_CONFIG_APP_LIST_MAX;
+    ctl_exit status = CTL_DONE;
+    for (size_t next = 0; next < rules.size() && status == CTL_DONE; next += room) {
+        ctl_call part = call;
+        part.request.arg1 = static_cast<int32_t>(std::min(room, rules.size() - next));
+        utm_app_config_put_rules(&part.request, rules.begin() + next, part.request.arg1);
+        status = ctl_send(part);
+    }
+    return status;
+}
+
+} // namespace
+
+ctl_exit ctl_status(const ctl_call &call) {
+    utm_app_config_reply reply = {};
+    const ctl_exit status = ctl_ask_each(call, {{call.verb.type, &reply}});
+    if (status != CTL_DONE)
+        return status;
+    if (!call.json()) {
+        printf("limits     %s\ndebug log  %s\n", on_or_off(reply.activate), on_or_off(reply.debug));
+        return CTL_DONE;
+    }
+    ctl_document document;
+    document.add_bool("active", reply.activate != 0);
+    document.add_bool("debug", reply.debug != 0);
+    return document.print();
+}
+
+ctl_exit ctl_limit_show(const ctl_call &call) {
+    utm_app_config_reply limit = {};
+    utm_app_config_reply enabled = {};
+    const ctl_exit status = ctl_ask_each(
+        call, {{call.verb.type, &limit}, {UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, &enabled}});
+    if (status != CTL_DONE)
+        return status;
+    const bool is_enabled = enabled.daily_limit_enable != 0;
+    if (!call.json()) {
+        printf("limit    %d (%s)\nenabled  %s\n", limit.daily_limit,
+               ctl_time_of(limit.daily_limit).text, is_enabled ? "yes" : "no");
+        return CTL_DONE;
+    }
+    ctl_document document;
+    document.add_int("profile", call.profile_id());
+    document.add_bool("enabled", is_enabled);
+    document.add_int("limit", limit.daily_limit);
+    return document.print();
+}
+
+ctl_exit ctl_weekday_show(const ctl_call &call) {
+    weekday_limits limits;
+    const ctl_exit status =
+        ctl_ask_list(call.options.daemon, call.request, call.verb.refusal,
+                     [&limits](const utm_app_config_reply &reply) {
+                         return limits.size() < size_t{days_per_week} &&
+                                limits.add({reply.weekday_day, reply.weekday_limit});
+                     });
+    if (status != CTL_DONE)
+        return status;
+    return call.json() ? print_weekdays_json(call.profile_id(), limits) : print_weekdays(limits);
+}
+
+ctl_exit ctl_extend_show(const ctl_call &call) {
+    utm_app_config_reply reply = {};
+    const ctl_exit status = ctl_ask_each(call, {{call.verb.type, &reply}});
+    ctl_document document;
+    document.add_int("profile", call.profile_id());
+    return status == CTL_DONE ? print_time(call, reply.extend, "extend", &document) : status;
+}
+
+ctl_exit ctl_interval_show(const ctl_call &call) {
+    utm_app_config_reply reply = {};
+    const ctl_exit status = ctl_ask_each(call, {{call.verb.type, &reply}});
+    ctl_document document;
+    return status == CTL_DONE
+               ? print_time(call, reply.export_interval_minute, "interval", &document)
+               : status;
+}
+
+/// Sends a request for each of the devices. All addresses are looked at before the first is sent.
+ctl_exit ctl_devices(const ctl_call &call) {
+    ctl_vector<utm_app_config_cmd> requests;
+    for (const char *operand : call.operands.subspan(1)) {
+        utm_app_config_cmd request = call.request;
+        uint8_t mac[mac_bytes];
+        if (!ctl_read_mac(operand, mac))
+            return CTL_USAGE;
+        utm_app_config_put_mac(&request, mac);
+        if (!requests.add(request))
+            return ctl_fail(CTL_BROKEN, "out of memory");
+    }
+    ctl_call part = call;
+    ctl_exit status = CTL_DONE;
+    for (size_t i = 0; i < requests.size() && status == CTL_DONE; ++i) {
+        part.request = requests[i];
+        status = ctl_send(part);
+    }
+    return status;
+}
+
+ctl_exit ctl_policy_rule(const ctl_call &call) {
+    rule_list rules;
+    for (const char *operand : call.operands.subspan(1)) {
+        utm_app_config_app_entry rule = {};
+        if (!ctl_read_rule(call.names, operand, &rule))
+            return CTL_USAGE;
+        if (!rules.add(rule))
+            return ctl_fail(CTL_BROKEN, "out of memory");
+    }
+    return send_rules(call, rules);
+}
