@@ -148,13 +148,12 @@ bool ctl_read_number(const char *text, const char *what, int32_t *number) {
 
 bool ctl_read_minutes(const char *text, int32_t *minutes) {
     return ctl_parse_minutes(text, minutes) ||
-           refuse("\"%s\" is no time: give minutes, such as 90, 90m or 1h30m", text);
+           refuse("\"%s\" is not a time: give minutes, such as 90, 90m or 1h30m", text);
 }
 
 bool ctl_read_switch(const char *text, int32_t *value) {
     *value = strcmp(text, "on") == 0;
-    return *value == 1 || strcmp(text, "off") == 0 ||
-           refuse("\"%s\" is no switch: give on or off", text);
+    return *value == 1 || strcmp(text, "off") == 0 || refuse("\"%s\" is neither on nor off", text);
 }
 
 bool ctl_read_weekday(const char *text, int32_t *day) {
@@ -166,7 +165,7 @@ bool ctl_read_weekday(const char *text, int32_t *day) {
             return true;
         }
     }
-    return refuse("\"%s\" is no weekday: give a name, such as monday or mon, or 0 (Sunday) to 6",
+    return refuse("\"%s\" is not a weekday: give a name, such as monday or mon, or 0 (Sunday) to 6",
                   text);
 }
 
@@ -176,7 +175,7 @@ const char *ctl_weekday_name(int32_t day) {
 
 bool ctl_read_mac(const char *text, uint8_t *mac) {
     return parse_mac(text, mac) ||
-           refuse("\"%s\" is no MAC address: give six bytes, such as 02:00:00:00:00:1a", text);
+           refuse("\"%s\" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a", text);
 }
 
 bool ctl_read_rule(const ctl_app_names &names, const char *text, utm_app_config_app_entry *rule) {
@@ -186,10 +185,11 @@ bool ctl_read_rule(const ctl_app_names &names, const char *text, utm_app_config_
     const size_t length = equals == nullptr ? 0 : static_cast<size_t>(equals - text);
     if (length == 0 || length >= sizeof(app) || !read_rule_action(equals + 1, rule))
         return refuse(
-            "\"%s\" is no rule: give APP=MINUTES (at most 65535), APP=block or APP=remove", text);
+            "\"%s\" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove",
+            text);
     memcpy(app, text, length);
     if (!ctl_find_app(names, app, &app_id))
-        return refuse("\"%s\" is no application that I know: give its number, or name it in a file "
+        return refuse("\"%s\": unknown application; give its number, or name it in a file "
                       "for --names",
                       app);
     rule->app_id = static_cast<uint32_t>(app_id);
@@ -203,14 +203,14 @@ bool ctl_read_path(const char *text, ctl_path *path) {
         return refuse("the path is empty: name a file");
     if (text[0] != '/') {
         if (getcwd(directory, sizeof(directory)) == nullptr)
-            return refuse("cannot tell the present directory (%s): give a path from the root",
+            return refuse("cannot find the current directory (%s): give an absolute path",
                           strerror(errno));
         slash = strcmp(directory, "/") == 0 ? "" : "/";
     }
     const int length = snprintf(path->text, sizeof(path->text), "%s%s%s", directory, slash, text);
     return (length >= 0 && static_cast<size_t>(length) < sizeof(path->text)) ||
-           refuse("%s%s%s is too long a path: a request has room for %zu characters", directory,
-                  slash, text, sizeof(path->text) - 1);
+           refuse("%s%s%s is too long: a path may have at most %zu characters", directory, slash,
+                  text, sizeof(path->text) - 1);
 }
 
 bool ctl_read_signature_path(const char *text, ctl_path *path) {
@@ -218,10 +218,10 @@ bool ctl_read_signature_path(const char *text, ctl_path *path) {
         return false;
     for (const char *c = path->text; *c != '\0'; ++c)
         if (strchr(harmless_characters, *c) == nullptr)
-            return refuse("%s: the path reaches a shell, so only plain letters, digits and "
-                          "/._-+,=@%%: may stand in it; rename the file",
+            return refuse("%s: a shell reads this path, so only letters, digits and "
+                          "/._-+,=@%%: are allowed; rename the file",
                           path->text);
     return strlen(path->text) <= signature_path_max ||
-           refuse("%s is too long a path: a signature's may have %zu characters", path->text,
+           refuse("%s is too long: a signature's path may have at most %zu characters", path->text,
                   signature_path_max);
 }

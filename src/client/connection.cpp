@@ -27,22 +27,22 @@ bool is_known(uint8_t status, uint8_t type) {
 }
 
 ctl_exit no_daemon(const char *path) {
-    const char *advice = "is it running? Another socket is named with -s";
+    const char *advice = "is it running? Use -s for another socket";
     if (errno == EACCES || errno == EPERM)
-        advice = "ask the router's administrator for the right to use it";
-    return ctl_fail(CTL_NO_DAEMON, "no daemon answers at %s (%s): %s", path, strerror(errno),
+        advice = "you may not use it; ask the router's administrator";
+    return ctl_fail(CTL_NO_DAEMON, "cannot reach the daemon at %s (%s): %s", path, strerror(errno),
                     advice);
 }
 
 ctl_exit closed_early(uint8_t type, size_t got) {
     if (got == 0)
         return ctl_fail(CTL_BROKEN,
-                        "the daemon closed the connection without a reply: it does not serve "
-                        "command %d, or it is ending; try again",
+                        "the daemon closed the connection without a reply: it does not know "
+                        "command %d, or it is shutting down; try again",
                         type);
     return ctl_fail(CTL_BROKEN,
-                    "the daemon closed the connection after %zu of a reply's %zu bytes: do both "
-                    "programs come from the same version?",
+                    "the daemon closed the connection after %zu of a reply's %zu bytes: are both "
+                    "programs of the same version?",
                     got, UTM_APP_CONFIG_REPLY_SIZE);
 }
 
@@ -54,15 +54,15 @@ ctl_exit ctl_answer::connect_to(const ctl_daemon &daemon) {
     const size_t length = strlen(daemon.socket_path);
     if (length >= sizeof(address.sun_path))
         return ctl_fail(CTL_USAGE,
-                        "%s is too long for a socket's path: the system takes %zu "
+                        "%s is too long for a socket path: the system allows %zu "
                         "characters",
                         daemon.socket_path, sizeof(address.sun_path) - 1);
     memcpy(address.sun_path, daemon.socket_path, length);
     if (length == 0)
-        return ctl_fail(CTL_USAGE, "the socket's path is empty: name the socket behind -s");
+        return ctl_fail(CTL_USAGE, "the socket path is empty: give it after -s");
     fd_.reset(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (fd_.get() < 0)
-        return ctl_fail(CTL_BROKEN, "the system gives out no socket (%s)", strerror(errno));
+        return ctl_fail(CTL_BROKEN, "cannot create a socket (%s)", strerror(errno));
     // Bounds the wait of connect too, for a daemon whose queue is full.
     const timeval limit = {.tv_sec = daemon.timeout_s, .tv_usec = 0};
     setsockopt(fd_.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
@@ -77,8 +77,8 @@ ctl_exit ctl_answer::connect_to(const ctl_daemon &daemon) {
 
 ctl_exit ctl_answer::timed_out() const {
     return ctl_fail(CTL_BROKEN,
-                    "the daemon did not answer within %d s: it may be busy with a "
-                    "command of its own; try again, or wait longer with -t",
+                    "the daemon did not answer within %d s: it may be waiting for one of the "
+                    "router's programs; try again, or wait longer with -t",
                     timeout_s_);
 }
 
@@ -143,10 +143,10 @@ ctl_exit ctl_answer::next(utm_app_config_reply *reply) {
         return is_short ? CTL_DONE : closed_early(type_, size);
     }
     if (!is_known(reply->status, type_))
-        return ctl_fail(CTL_BROKEN,
-                        "the daemon's reply has the unknown status %d: do both "
-                        "programs come from the same version?",
-                        reply->status);
+        return ctl_fail(
+            CTL_BROKEN,
+            "the daemon's reply has the unknown status %d: are both programs of the same version?",
+            reply->status);
     return CTL_DONE;
 }
 
@@ -159,14 +159,14 @@ ctl_exit ctl_ask(const ctl_daemon &daemon, const utm_app_config_cmd &request,
     if (status != CTL_DONE)
         return status;
     if (reply->status == UTM_APP_CONFIG_STATUS_DATA)
-        return ctl_fail(CTL_BROKEN, "the daemon began a list where one reply was expected: do both "
-                                    "programs come from the same version?");
+        return ctl_fail(CTL_BROKEN, "the daemon began a list where one reply was expected: are "
+                                    "both programs of the same version?");
     return reply->status == UTM_APP_CONFIG_STATUS_OK ? CTL_DONE : ctl_refused(refusal);
 }
 
 ctl_exit ctl_refused(const char *refusal) {
     if (refusal == nullptr)
-        refusal = "it never should; do both programs come from the same version?";
+        refusal = "it should not; are both programs of the same version?";
     if (refusal[0] != '\0')
         ctl_say("the daemon refused: %s", refusal);
     return CTL_REFUSED;

@@ -1,5 +1,5 @@
 /// A profile's last thirty days or four weeks, as a chart or a document. The daemon keeps no days
-/// of a profile itself, only of its applications: the chart shows these added together, or with
+/// of a profile itself, only of its applications: the chart shows their total, or with
 /// --apps each on its own.
 
 #include "client/message.h"
@@ -37,7 +37,7 @@ struct history {
     time_t now; ///< what "ago" counts from, for every chart alike
     ctl_vector<app_history> apps = {};
 
-    /// @return all applications together
+    /// @return the total of all applications
     app_history sum() const {
         app_history total = {};
         for (const app_history &app : apps)
@@ -53,7 +53,7 @@ const unit_t *unit_of(const ctl_options &options) {
     for (const unit_t &unit : units)
         if (strcmp(unit.word, options.history_unit) == 0)
             return &unit;
-    ctl_say("\"%s\" will not do for --history: give days or weeks", options.history_unit);
+    ctl_say("\"%s\" is not valid for --history: give days or weeks", options.history_unit);
     return nullptr;
 }
 

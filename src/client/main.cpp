@@ -1,5 +1,5 @@
-/// utm_appctl: asks and commands the daemon that keeps a family's internet time. From its command
-/// line to its exit status: finds the verb, checks its operands and options, and runs it.
+/// utm_appctl: controls the daemon that tracks and limits a family's internet time. From its
+/// command line to its exit status: finds the verb, checks its operands and options, and runs it.
 
 #include "client/arguments.h"
 #include "client/message.h"
@@ -26,7 +26,7 @@ constexpr char legend[] =
     "            number, or by name after --names or in %s\n"
     "\n"
     "Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,\n"
-    "4 time-out, a broken reply, or output that could not be written.\n";
+    "4 timeout, a broken reply, or output that could not be written.\n";
 
 /// The words that a command line begins with; null where it has none.
 struct verb_words {
@@ -65,15 +65,15 @@ void write_verb_line(FILE *out, const ctl_verb &verb) {
 }
 
 void write_help(FILE *out) {
-    fputs("Usage: utm_appctl VERB [OPERANDS] [OPTIONS]\n"
-          "Asks the daemon that keeps a family's internet time.\n",
+    fputs("Usage: utm_appctl COMMAND [OPERANDS] [OPTIONS]\n"
+          "Controls the daemon that tracks and limits a family's internet time.\n",
           out);
     for (const ctl_verb &verb : ctl_verbs()) {
         if (verb.group != nullptr)
             fprintf(out, "\n%s\n", verb.group);
         write_verb_line(out, verb);
     }
-    fputs("\nOptions; VERB --help tells which go with a verb\n", out);
+    fputs("\nOptions (COMMAND --help lists those of a command)\n", out);
     ctl_write_options(out, ~0U);
     fprintf(out, legend, ctl_names_path);
 }
@@ -95,11 +95,11 @@ void write_verb_help(FILE *out, const ctl_verb &verb) {
 
 ctl_exit no_verb(const verb_words &words) {
     if (!is_noun(words.noun))
-        return ctl_fail(CTL_USAGE, "\"%s\" is no verb; see utm_appctl --help", words.noun);
+        return ctl_fail(CTL_USAGE, "\"%s\": unknown command; see utm_appctl --help", words.noun);
     if (words.word == nullptr)
         ctl_say("\"%s\" needs a second word", words.noun);
     else
-        ctl_say("\"%s %s\" is no verb", words.noun, words.word);
+        ctl_say("\"%s %s\": unknown command", words.noun, words.word);
     write_noun_help(stderr, words.noun);
     return CTL_USAGE;
 }
@@ -125,7 +125,7 @@ bool is_well_formed(const ctl_verb &verb, const ctl_options &options, size_t cou
     if (count < bounds.least || count > bounds.most)
         ctl_say("too %s operands", count < bounds.least ? "few" : "many");
     else if (strange != 0)
-        ctl_say("--%s does not go with this verb", ctl_option_name(strange));
+        ctl_say("--%s cannot be used with this command", ctl_option_name(strange));
     else
         return true;
     write_verb_help(stderr, verb);

@@ -44,8 +44,9 @@ ctl_exit read_lines(FILE *file, const char *path, ctl_app_names *names) {
         if (is_empty(line))
             continue;
         if (!parse_line(line, &entry))
-            ctl_say("%s, line %d: no number and name, such as \"305 video\"; left out", path,
-                    number);
+            ctl_say(
+                "%s, line %d: expected a number and a name, such as \"305 video\"; line skipped",
+                path, number);
         else if (!names->add(entry))
             status = ctl_fail(CTL_BROKEN, "%s: out of memory", path);
     }
@@ -74,7 +75,7 @@ ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
     if (!is_there && path == nullptr && errno == ENOENT)
         return CTL_DONE;
     if (is_there && !S_ISREG(status.st_mode))
-        return unreadable(path, wanted, "it is no regular file");
+        return unreadable(path, wanted, "it is not a regular file");
     const file_ptr file(is_there ? fopen(wanted, "re") : nullptr);
     if (file == nullptr)
         return unreadable(path, wanted, strerror(errno));

@@ -24,10 +24,10 @@ struct option_row {
 
 constexpr option_row rows[] = {
     {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
-    {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw with plain ASCII"},
+    {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw charts in plain ASCII"},
     {CTL_OPTION_NAMES, "names", 'n', required_argument, " FILE",
-     "names of applications: lines of \"305 video\""},
-    {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today; with charts, each its own"},
+     "application names: lines such as \"305 video\""},
+    {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today, or a chart for each"},
     {CTL_OPTION_DAY, "day", 0, required_argument, " N",
      "applications on the day N days ago, 0 to 30"},
     {CTL_OPTION_WEEK, "week", 0, required_argument, " N",
@@ -38,10 +38,10 @@ constexpr option_row rows[] = {
     {CTL_OPTION_DAYS, "days", 0, no_argument, "", "with --history: today and 30 days before"},
     {CTL_OPTION_WEEKS, "weeks", 0, no_argument, "", "with --history: this week and 3 before"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
-     "the daemon's socket, if it has another"},
+     "the daemon's socket, if not the default"},
     {CTL_OPTION_TIMEOUT, "timeout", 't', required_argument, " SECONDS",
-     "how long each answer may take, to 3600; else 30"},
-    {CTL_OPTION_HELP, "help", 'h', no_argument, "", "what this is and how to use it"},
+     "how long to wait for an answer; default 30"},
+    {CTL_OPTION_HELP, "help", 'h', no_argument, "", "show help"},
     {CTL_OPTION_VERSION, "version", 'V', no_argument, "", "the version"},
 };
 constexpr size_t row_count = sizeof(rows) / sizeof(*rows);
@@ -64,8 +64,8 @@ bool read_bounded(const char *text, const option_row &row, int32_t least, int32_
                   int32_t *number) {
     if (ctl_parse_int(text, number) && *number >= least && *number <= most)
         return true;
-    ctl_say("\"%s\" will not do for --%s: give a whole number from %d to %d", text, row.name, least,
-            most);
+    ctl_say("\"%s\" is not valid for --%s: give a whole number from %d to %d", text, row.name,
+            least, most);
     return false;
 }
 
@@ -104,9 +104,9 @@ ctl_exit unknown_option(const char *word, int value) {
     if (optopt >= first_value)
         return ctl_fail(CTL_USAGE, "\"%s\": this option takes no value", word);
     if (word[1] >= '0' && word[1] <= '9')
-        return ctl_fail(CTL_USAGE, "\"%s\" is no option; in front of a negative number put --",
+        return ctl_fail(CTL_USAGE, "\"%s\": unknown option; put -- in front of a negative number",
                         word);
-    return ctl_fail(CTL_USAGE, "\"%s\" is no option; see utm_appctl --help", word);
+    return ctl_fail(CTL_USAGE, "\"%s\": unknown option; see utm_appctl --help", word);
 }
 
 /// The older spelling of --days and --weeks, "--history weeks". The word may be missing, so the
@@ -176,14 +176,14 @@ bool ctl_options_agree(const ctl_options &options) {
     const unsigned units = options.given & (CTL_OPTION_DAYS | CTL_OPTION_WEEKS);
     const bool history = options.has(CTL_OPTION_HISTORY);
     if (has_more_than_one(periods))
-        ctl_say("--day, --week and --month exclude each other: give one of them");
+        ctl_say("--day, --week and --month cannot be combined: give one of them");
     else if (periods != 0 && history)
-        ctl_say("--%s and --history exclude each other: give one of them",
+        ctl_say("--%s and --history cannot be combined: give one of them",
                 ctl_option_name(periods));
     else if (has_more_than_one(units))
-        ctl_say("--days and --weeks exclude each other: give one of them");
+        ctl_say("--days and --weeks cannot be combined: give one of them");
     else if (units != 0 && !history)
-        ctl_say("--%s needs --history beside it", ctl_option_name(units));
+        ctl_say("--%s needs --history", ctl_option_name(units));
     else
         return true;
     return false;

@@ -26,7 +26,7 @@ enum ctl_option : unsigned {
     CTL_OPTION_WEEKS = 1U << 13,
 };
 
-/// Those that ask for one period; they exclude each other.
+/// Those that ask for one period; one at a time.
 inline constexpr unsigned ctl_period_options = CTL_OPTION_DAY | CTL_OPTION_WEEK | CTL_OPTION_MONTH;
 
 /// What every verb takes.
@@ -49,7 +49,7 @@ struct ctl_options {
 /// @return CTL_DONE, or CTL_USAGE; said why
 [[nodiscard]] ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options);
 
-/// @return whether no option excludes another, or needs one that is not there; said, if not
+/// @return whether the options can be combined, and none lacks another that it needs; said, if not
 [[nodiscard]] bool ctl_options_agree(const ctl_options &options);
 
 /// @return the name, such as "json", of one of `bits`; the lowest counts

@@ -23,8 +23,8 @@ void ctl_end_page(FILE *page);
 /// @param meaning  the same in words
 void ctl_put_meter(FILE *page, int64_t minutes, int64_t whole, const char *meaning);
 
-/// Writes a thin bar, as long as its share of the longest one. It stands beside its number, so it
-/// is no second time there for those who listen to the page.
+/// Writes a thin bar, as long as its share of the longest one. It stands beside its number, so
+/// screen readers pass over it.
 void ctl_put_bar(FILE *page, int64_t minutes, int64_t longest);
 
 /// A day of a chart.

@@ -14,6 +14,6 @@
 ///
 /// @param path   a file that the daemon has exported
 /// @param names  what to call applications; others go by their number
-/// @return CTL_DONE; CTL_USAGE when the file cannot be read or is no usage file; CTL_BROKEN when
+/// @return CTL_DONE; CTL_USAGE when the file cannot be read or is not a usage file; CTL_BROKEN when
 ///         memory ran out; said why
 [[nodiscard]] ctl_exit ctl_write_report(FILE *page, const char *path, const ctl_app_names &names);

@@ -79,11 +79,11 @@ ctl_exit ctl_temporary_file::make() {
     signal(SIGPIPE, SIG_IGN);
     if (!make_folder(parent)) {
         folder[0] = '\0';
-        return ctl_fail(CTL_BROKEN, "cannot make a folder in %s (%s); name another with TMPDIR",
+        return ctl_fail(CTL_BROKEN, "cannot create a folder in %s (%s); set TMPDIR to another",
                         parent, strerror(errno));
     }
     if (!make_file())
-        return ctl_fail(CTL_BROKEN, "cannot make %s (%s); name another folder with TMPDIR", file,
+        return ctl_fail(CTL_BROKEN, "cannot create %s (%s); set TMPDIR to another folder", file,
                         strerror(errno));
     return CTL_DONE;
 }

@@ -15,7 +15,7 @@ bool is_continuation(byte_t byte) {
     return (byte & 0xC0) == 0x80;
 }
 
-/// @return bytes of the character that a text begins with; 0 when it is no UTF-8
+/// @return bytes of the character that a text begins with; 0 when it is not UTF-8
 size_t character_size(const byte_t *text) {
     const byte_t first = text[0];
     const size_t size = first < 0x80   ? 1

@@ -152,7 +152,7 @@ ctl_exit refuse(const char *path, const char *reason) {
 const char *reason_of(int error) {
     switch (error) {
     case ENOTSUP:
-        return "it is no regular file";
+        return "it is not a regular file";
     case EFBIG:
         return "it is larger than 2 MiB";
     default:

@@ -67,7 +67,7 @@ struct ctl_profile_use {
     ctl_part rules;   ///< in the file's order
     ctl_part devices; ///< in the file's order, the first `ctl_devices_max`
     size_t device_count;
-    /// Its applications' minutes added together, by days ago: 0 is today.
+    /// The total of its applications' minutes, by days ago: 0 is today.
     int64_t history[ctl_history_days];
 };
 
@@ -90,6 +90,7 @@ std::span<const T> ctl_records(const ctl_vector<T> &list, ctl_part part) {
 
 /// Reads a usage file.
 /// @param document  out: empty before
-/// @return CTL_DONE; CTL_USAGE when it cannot be read or is no usage file; CTL_BROKEN when memory
+/// @return CTL_DONE; CTL_USAGE when it cannot be read or is not a usage file; CTL_BROKEN when
+/// memory
 ///         ran out; said why
 [[nodiscard]] ctl_exit ctl_read_usage_document(const char *path, ctl_usage_document *document);

@@ -118,7 +118,7 @@ ctl_exit print_apps(const ctl_call &call, const app_list &apps) {
         ctl_fill_minutes(&cells[1], app.minutes);
         sum += app.minutes;
     }
-    ctl_add_minutes(&table, "together", sum);
+    ctl_add_minutes(&table, "total", sum);
     return ctl_print(table);
 }
 

@@ -340,9 +340,9 @@ void usage_add_weekday(usage_profile_t *profile, int32_t day, int32_t limit) {
 
 const char *usage_objection_to(json_object *root) {
     if (root == nullptr)
-        return "it is no JSON, is cut off, or is nested deeper than 32";
+        return "it is not JSON, is cut off, or is nested deeper than 32";
     if (!json_object_is_type(root, json_type_object))
-        return "it is no JSON object";
+        return "it is not a JSON object";
     if (!has(root, usage_key::user_profile_list))
         return "it has no user_profile_list";
     return has(root, usage_key::global_stat) ? nullptr : "it has no global_stat";

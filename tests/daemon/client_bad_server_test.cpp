@@ -16,12 +16,12 @@ std::string status_reply(uint8_t status) {
 
 appctl_end closed_after(int count) {
     return fails(4, "the daemon closed the connection after " + std::to_string(count) +
-                        " of a reply's 832 bytes: do both programs come from the same version?");
+                        " of a reply's 832 bytes: are both programs of the same version?");
 }
 
 appctl_end closed_without_reply(int command) {
-    return fails(4, "the daemon closed the connection without a reply: it does not serve command " +
-                        std::to_string(command) + ", or it is ending; try again");
+    return fails(4, "the daemon closed the connection without a reply: it does not know command " +
+                        std::to_string(command) + ", or it is shutting down; try again");
 }
 
 /// A week's limits of 1 to 7 minutes and the end of the list.
@@ -104,8 +104,8 @@ TEST(client_bad_server, a_list_that_breaks_off_prints_nothing) {
 
 TEST(client_bad_server, the_short_reply_of_a_failed_load_is_a_refusal) {
     const appctl_end refused =
-        fails(1, "the daemon refused: the DPI engine has not loaded the signatures; is the file "
-                 "there, and is it one of its kind?");
+        fails(1, "the daemon refused: the DPI engine did not load the signatures; does the file "
+                 "exist, and is it a signature file?");
     const std::string reply = status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED);
     {
         const fake_server server(FAKE_SOCKET, sends(reply.substr(0, 136)));
@@ -118,8 +118,8 @@ TEST(client_bad_server, the_short_reply_of_a_failed_load_is_a_refusal) {
 
 TEST(client_bad_server, an_unknown_status_is_a_broken_reply) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(7)));
-    const appctl_end unknown = fails(4, "the daemon's reply has the unknown status 7: do both "
-                                        "programs come from the same version?");
+    const appctl_end unknown = fails(
+        4, "the daemon's reply has the unknown status 7: are both programs of the same version?");
     EXPECT_EQ(ask_fake({"ping"}), unknown);
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), unknown);
 }
@@ -127,7 +127,7 @@ TEST(client_bad_server, an_unknown_status_is_a_broken_reply) {
 TEST(client_bad_server, a_list_is_no_answer_to_a_single_question) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(DATA) + status_reply(0)));
     EXPECT_EQ(ask_fake({"ping"}), fails(4, "the daemon began a list where one reply was expected: "
-                                           "do both programs come from the same version?"));
+                                           "are both programs of the same version?"));
 }
 
 TEST(client_bad_server, a_list_that_ends_with_a_refusal_prints_nothing) {
@@ -168,13 +168,14 @@ TEST(client_bad_server, a_list_without_end_is_given_up) {
 
 TEST(client_bad_server, a_refusal_that_never_should_be_is_told) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
-    EXPECT_EQ(ask_fake({"ping"}), fails(1, "the daemon refused: it never should; do both programs "
-                                           "come from the same version?"));
+    EXPECT_EQ(
+        ask_fake({"ping"}),
+        fails(1, "the daemon refused: it should not; are both programs of the same version?"));
 }
 
 TEST(client_bad_server, only_a_signature_can_fail_to_load) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED)));
     EXPECT_EQ(ask_fake({"limit", "show", "3"}),
-              fails(4, "the daemon's reply has the unknown status 255: do both programs come from "
-                       "the same version?"));
+              fails(4, "the daemon's reply has the unknown status 255: are both programs of the "
+                       "same version?"));
 }

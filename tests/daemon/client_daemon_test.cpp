@@ -7,9 +7,8 @@ namespace {
 
 using client_daemon = client_test;
 
-constexpr char NOT_LOADED[] =
-    "the daemon refused: the DPI engine has not loaded the signatures; is the file there, and is "
-    "it one of its kind?";
+constexpr char NOT_LOADED[] = "the daemon refused: the DPI engine did not load the signatures; "
+                              "does the file exist, and is it a signature file?";
 
 } // namespace
 
@@ -47,7 +46,7 @@ TEST_F(client_daemon, a_switch_knows_on_and_off_alone) {
     for (const char *verb : {"activate", "debug"})
         for (const char *word : {"1", "ON", "", "offf"})
             EXPECT_EQ(ctl({verb, word}),
-                      fails(2, "\"" + std::string(word) + "\" is no switch: give on or off"));
+                      fails(2, "\"" + std::string(word) + "\" is neither on nor off"));
     EXPECT_THAT(log_lines(), testing::IsEmpty()) << "nothing was asked";
 }
 
@@ -63,9 +62,9 @@ TEST_F(client_daemon, the_interval_is_shown_and_set) {
 
 TEST_F(client_daemon, an_interval_of_nothing_is_refused) {
     EXPECT_EQ(ctl({"interval", "set", "0"}),
-              fails(1, "the daemon refused: an interval is one minute or more"));
+              fails(1, "the daemon refused: the interval must be at least one minute"));
     EXPECT_EQ(ctl({"interval", "set", "soon"}),
-              fails(2, "\"soon\" is no time: give minutes, such as 90, 90m or 1h30m"));
+              fails(2, "\"soon\" is not a time: give minutes, such as 90, 90m or 1h30m"));
 }
 
 TEST_F(client_daemon, a_signature_is_loaded) {
@@ -95,11 +94,12 @@ TEST_F(client_daemon, a_signature_whose_load_cannot_start_is_refused) {
 
 TEST_F(client_daemon, a_signature_path_that_a_shell_would_read_is_not_sent) {
     EXPECT_EQ(ctl({"signature", "load", "/tmp/a;reboot"}),
-              fails(2, "/tmp/a;reboot: the path reaches a shell, so only plain letters, digits and "
-                       "/._-+,=@%: may stand in it; rename the file"));
+              fails(2, "/tmp/a;reboot: a shell reads this path, so only letters, digits and "
+                       "/._-+,=@%: are allowed; rename the file"));
     const std::string long_path = "/tmp/" + std::string(113, 'a');
-    EXPECT_EQ(ctl({"signature", "load", long_path}),
-              fails(2, long_path + " is too long a path: a signature's may have 117 characters"));
+    EXPECT_EQ(
+        ctl({"signature", "load", long_path}),
+        fails(2, long_path + " is too long: a signature's path may have at most 117 characters"));
     EXPECT_THAT(journal(), testing::IsEmpty());
 }
 

@@ -69,7 +69,7 @@ TEST(client_extremes, applications_of_any_number_add_up) {
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), done("APPLICATION     MINUTES          TIME\n"
                                                        "-2147483648  2147483647   35791394h7m\n"
                                                        "-2147483648  2147483647   35791394h7m\n"
-                                                       "together     4294967294  71582788h14m\n"));
+                                                       "total        4294967294  71582788h14m\n"));
 }
 
 TEST(client_extremes, bars_are_drawn_for_what_was_used_alone) {

@@ -37,13 +37,13 @@ fs::path only_one_in(const fs::path &folder) {
 const std::string NAME_TOO_LONG = IS_EMULATED ? "Filename too long" : "File name too long";
 
 constexpr char NOT_WRITTEN[] =
-    "the daemon refused: limits are switched off (activate on enforces them), or it "
-    "cannot write there; is the folder there, and is there room?";
+    "the daemon refused: limits are off (turn them on with activate on), or it cannot write there; "
+    "does the folder exist, and is there space?";
 constexpr char NOT_READ[] =
-    "the daemon refused: limits are switched off (activate on enforces them), or the "
+    "the daemon refused: limits are off (turn them on with activate on), or the "
     "file is missing, damaged or from the future";
 constexpr char NO_REPORT[] =
-    "the daemon refused: limits are switched off (activate on enforces them), or it "
+    "the daemon refused: limits are off (turn them on with activate on), or it "
     "cannot write to the temporary folder";
 
 /// @return the names in a folder
@@ -103,10 +103,10 @@ TEST_F(client_files, a_path_that_does_not_fit_is_not_cut) {
 
     for (const char *verb : {"export", "import"})
         EXPECT_EQ(ctl({verb, longest + "a"}),
-                  fails(2, longest + "a is too long a path: a request has room for 127 "
+                  fails(2, longest + "a is too long: a path may have at most 127 "
                                      "characters"));
     EXPECT_EQ(ctl({"export", std::string(118, 'a')}, {.directory = "/tmp/here"}),
-              fails(2, longest + "a is too long a path: a request has room for 127 characters"));
+              fails(2, longest + "a is too long: a path may have at most 127 characters"));
     EXPECT_EQ(ctl({"export", ""}), fails(2, "the path is empty: name a file"));
 }
 
@@ -175,11 +175,11 @@ TEST_F(client_files, a_report_that_is_broken_off_leaves_no_file_behind) {
 TEST_F(client_files, a_report_without_a_folder_says_which) {
     const std::string too_long = "/tmp/" + std::string(120, 'a');
     EXPECT_EQ(ctl({"report"}, {.environment = {{"TMPDIR", "/tmp/here/none"}}}),
-              fails(4, "cannot make a folder in /tmp/here/none (No such file or directory); name "
-                       "another with TMPDIR"));
+              fails(4, "cannot create a folder in /tmp/here/none (No such file or directory); set "
+                       "TMPDIR to another"));
     EXPECT_EQ(ctl({"report"}, {.environment = {{"TMPDIR", too_long}}}),
-              fails(4, "cannot make a folder in " + too_long + " (" + NAME_TOO_LONG +
-                           "); name another with TMPDIR"));
+              fails(4, "cannot create a folder in " + too_long + " (" + NAME_TOO_LONG +
+                           "); set TMPDIR to another"));
     EXPECT_THAT(log_lines(), testing::IsEmpty());
 }
 
@@ -225,8 +225,8 @@ TEST_F(client_files, a_report_that_takes_too_long_leaves_no_file_behind) {
     const int blocker = occupy_the_socket_thread();
 
     EXPECT_EQ(ctl({"report", "-t", "1"}, {.environment = {{"TMPDIR", "/tmp/here"}}}),
-              fails(4, "the daemon did not answer within 1 s: it may be busy with a command of its "
-                       "own; try again, or wait longer with -t"));
+              fails(4, "the daemon did not answer within 1 s: it may be waiting for one of the "
+                       "router's programs; try again, or wait longer with -t"));
 
     EXPECT_TRUE(fs::is_empty("/tmp/here"));
     open_gates();

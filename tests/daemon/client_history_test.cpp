@@ -143,7 +143,7 @@ TEST_F(client_history, weeks_may_be_an_option_of_their_own) {
 
     EXPECT_EQ(ctl({"usage", "3", "--history", "--weeks"}), weeks);
     EXPECT_EQ(ctl({"usage", "--weeks", "3", "--history"}), weeks);
-    EXPECT_EQ(ctl({"usage", "3", "--weeks"}), fails(2, "--weeks needs --history beside it"));
+    EXPECT_EQ(ctl({"usage", "3", "--weeks"}), fails(2, "--weeks needs --history"));
 }
 
 TEST_F(client_history, a_week_that_is_over_moves_up) {
@@ -216,7 +216,7 @@ TEST_F(client_history, days_and_weeks_are_all_the_units) {
     for (const char *unit : {"day", "months", "4", ""})
         EXPECT_EQ(ctl({"usage", "3", "--history=" + std::string(unit)}),
                   fails(2, "\"" + std::string(unit) +
-                               "\" will not do for --history: give days or weeks"));
+                               "\" is not valid for --history: give days or weeks"));
     EXPECT_EQ(log_count("[socket] Receive cmd type=37"), 0u);
 }
 

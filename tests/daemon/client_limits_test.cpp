@@ -13,12 +13,12 @@ protected:
 };
 
 constexpr char BAD_LIMIT[] =
-    "the daemon refused: there is no such profile, or the limit is not 1m to 24h";
+    "the daemon refused: no such profile, or the limit is not between 1m and 24h";
 constexpr char BAD_BONUS[] =
-    "the daemon refused: there is no such profile, or the bonus is not 1m to 6h";
+    "the daemon refused: no such profile, or the bonus is not between 1m and 6h";
 
 appctl_end no_time(const std::string &text) {
-    return fails(2, "\"" + text + "\" is no time: give minutes, such as 90, 90m or 1h30m");
+    return fails(2, "\"" + text + "\" is not a time: give minutes, such as 90, 90m or 1h30m");
 }
 
 } // namespace
@@ -116,7 +116,7 @@ TEST_F(client_limits, a_weekday_that_is_none_is_not_asked_for) {
     for (const char *day : {"7", "mo", "", "00", "mondays", "funday"})
         EXPECT_EQ(ctl({"weekday", "set", "3", day, "60"}),
                   fails(2, "\"" + std::string(day) +
-                               "\" is no weekday: give a name, such as monday or mon, or 0 "
+                               "\" is not a weekday: give a name, such as monday or mon, or 0 "
                                "(Sunday) to 6"));
     EXPECT_EQ(ctl({"weekday", "set", "3", "mon", "25h"}), fails(1, BAD_LIMIT));
     EXPECT_EQ(ctl({"weekday", "set", "3", "mon", "1:30"}), no_time("1:30"));

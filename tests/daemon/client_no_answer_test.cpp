@@ -20,13 +20,13 @@ using std::chrono::seconds;
 using std::chrono::steady_clock;
 
 appctl_end no_daemon(const std::string &path, const std::string &error) {
-    return fails(3, "no daemon answers at " + path + " (" + error +
-                        "): is it running? Another socket is named with -s");
+    return fails(3, "cannot reach the daemon at " + path + " (" + error +
+                        "): is it running? Use -s for another socket");
 }
 
 const appctl_end TIMED_OUT =
-    fails(4, "the daemon did not answer within 1 s: it may be busy with a command of its own; try "
-             "again, or wait longer with -t");
+    fails(4, "the daemon did not answer within 1 s: it may be waiting for "
+             "one of the router's programs; try again, or wait longer with -t");
 
 /// Runs the client with a second's patience and expects that this is what it had.
 appctl_end impatient(std::vector<std::string> words) {
@@ -84,10 +84,10 @@ TEST(client_no_answer, a_socket_that_may_not_be_used_has_other_advice) {
     const int listener = listen_at(FAKE_SOCKET, 1);
     chmod(FAKE_SOCKET, 0);
 
-    EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}, {.in_child = respect_permissions}),
-              fails(3, std::string("no daemon answers at ") + FAKE_SOCKET +
-                           " (Permission denied): ask the router's administrator for the right to "
-                           "use it"));
+    EXPECT_EQ(
+        appctl({"ping", "-s", FAKE_SOCKET}, {.in_child = respect_permissions}),
+        fails(3, std::string("cannot reach the daemon at ") + FAKE_SOCKET +
+                     " (Permission denied): you may not use it; ask the router's administrator"));
 
     close(listener);
     unlink(FAKE_SOCKET);
@@ -97,13 +97,12 @@ TEST(client_no_answer, too_long_a_path_is_not_cut) {
     const std::string longest = "/tmp/" + std::string(102, 'a');
     EXPECT_EQ(appctl({"ping", "-s", longest}), no_daemon(longest, "No such file or directory"));
     EXPECT_EQ(appctl({"ping", "-s", longest + "a"}),
-              fails(2, longest + "a is too long for a socket's path: the system takes 107 "
+              fails(2, longest + "a is too long for a socket path: the system allows 107 "
                                  "characters"));
 }
 
 TEST(client_no_answer, an_empty_path_names_no_socket) {
-    EXPECT_EQ(appctl({"ping", "-s", ""}),
-              fails(2, "the socket's path is empty: name the socket behind -s"));
+    EXPECT_EQ(appctl({"ping", "-s", ""}), fails(2, "the socket path is empty: give it after -s"));
 }
 
 TEST(client_no_answer, a_report_without_a_daemon_leaves_no_file_behind) {
@@ -118,9 +117,8 @@ TEST(client_no_answer, a_connection_closed_unread_is_a_broken_reply) {
     std::thread closer([listener] { close(accept(listener, nullptr, nullptr)); });
 
     EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}),
-              fails(4,
-                    "the daemon closed the connection without a reply: it does not serve command "
-                    "0, or it is ending; try again"));
+              fails(4, "the daemon closed the connection without a reply: it does not know command "
+                       "0, or it is shutting down; try again"));
 
     closer.join();
     close(listener);

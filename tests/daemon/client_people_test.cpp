@@ -11,8 +11,8 @@ appctl_end no_number(const std::string &text) {
 }
 
 appctl_end no_mac(const std::string &text) {
-    return fails(2,
-                 "\"" + text + "\" is no MAC address: give six bytes, such as 02:00:00:00:00:1a");
+    return fails(2, "\"" + text +
+                        "\" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a");
 }
 
 } // namespace
@@ -42,7 +42,7 @@ TEST_F(client_people, what_is_no_number_is_not_asked_for) {
         EXPECT_EQ(ctl({"profile", "add", text}), no_number(text));
     EXPECT_EQ(ctl({"profile", "del", "--", "-2147483649"}), no_number("-2147483649"));
     EXPECT_EQ(ctl({"profile", "del", "-3"}),
-              fails(2, "\"-3\" is no option; in front of a negative number put --"));
+              fails(2, "\"-3\": unknown option; put -- in front of a negative number"));
     EXPECT_THAT(log_lines(), testing::IsEmpty());
 }
 

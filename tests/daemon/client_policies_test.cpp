@@ -23,7 +23,7 @@ protected:
 
 appctl_end no_rule(const std::string &text) {
     return fails(2, "\"" + text +
-                        "\" is no rule: give APP=MINUTES (at most 65535), APP=block or "
+                        "\" is not a rule: give APP=MINUTES (at most 65535), APP=block or "
                         "APP=remove");
 }
 
@@ -35,8 +35,7 @@ constexpr char BOUND_ALREADY[] =
 TEST_F(client_policies, a_policy_is_created_once) {
     EXPECT_EQ(ctl({"policy", "create", "7"}), done());
     const appctl_end refused =
-        fails(1, "the daemon refused: there is such a policy already, or its number is not 1 or "
-                 "more");
+        fails(1, "the daemon refused: the policy exists already, or its number is less than 1");
     EXPECT_EQ(ctl({"policy", "create", "7"}), refused);
     EXPECT_EQ(ctl({"policy", "create", "0"}), refused);
     EXPECT_EQ(ctl({"policy", "create", "seven"}),
@@ -78,7 +77,7 @@ Add apps to policy 7 success
 TEST_F(client_policies, an_unknown_name_is_not_sent) {
     must({"policy", "create", "7"});
     EXPECT_EQ(ctl({"policy", "rule", "7", "305=5", "musik=block", "--names", "/tmp/apps"}),
-              fails(2, "\"musik\" is no application that I know: give its number, or name it in a "
+              fails(2, "\"musik\": unknown application; give its number, or name it in a "
                        "file for --names"));
     EXPECT_EQ(log_count("[socket] Receive cmd type=43"), 0u);
 }
@@ -125,7 +124,7 @@ TEST_F(client_policies, a_refusal_ends_the_requests) {
         words.push_back(std::to_string(app) + "=block");
 
     EXPECT_EQ(ctl(words),
-              fails(1, "the daemon refused: there is no such policy; policy create creates it"));
+              fails(1, "the daemon refused: no such policy; create it with policy create"));
 
     EXPECT_EQ(log_count("[socket] Receive cmd type=43"), 1u);
 }
@@ -145,8 +144,7 @@ TEST_F(client_policies, clearing_a_policy_lets_its_applications_go) {
     unlink("/tmp/router/journal");
 
     EXPECT_EQ(ctl({"policy", "clear", "7"}), done());
-    EXPECT_EQ(ctl({"policy", "clear", "8"}),
-              fails(1, "the daemon refused: there is no such policy"));
+    EXPECT_EQ(ctl({"policy", "clear", "8"}), fails(1, "the daemon refused: no such policy"));
 
     EXPECT_THAT(journal(), testing::ElementsAre("lcsh apg acl reset 02:00:00:00:00:0A"));
 }

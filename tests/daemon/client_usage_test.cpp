@@ -78,7 +78,7 @@ TEST_F(client_usage, applications_go_by_number_where_they_have_no_name) {
     EXPECT_EQ(ctl({"usage", "3", "--apps"}), done("APPLICATION  MINUTES   TIME\n"
                                                   "306               75  1h15m\n"
                                                   "307                5     5m\n"
-                                                  "together          80  1h20m\n"));
+                                                  "total             80  1h20m\n"));
 }
 
 TEST_F(client_usage, names_are_cleaned_and_aligned) {
@@ -88,7 +88,7 @@ TEST_F(client_usage, names_are_cleaned_and_aligned) {
               done("APPLICATION  MINUTES   TIME\n"
                    "Vid?[31meo        90  1h30m\n"
                    "Caf\xc3\xa9 chat         45    45m\n"
-                   "together         135  2h15m\n"));
+                   "total            135  2h15m\n"));
 }
 
 TEST_F(client_usage, every_period_has_its_applications) {
@@ -97,13 +97,13 @@ TEST_F(client_usage, every_period_has_its_applications) {
                              "306              120     2h\n"
                              "305               90  1h30m\n"
                              "307                5     5m\n"
-                             "together         215  3h35m\n";
+                             "total            215  3h35m\n";
 
     EXPECT_EQ(ctl({"usage", "3", "--week", "0"}), done(week));
     EXPECT_EQ(ctl({"usage", "3", "--month"}), done(week));
     EXPECT_EQ(ctl({"usage", "3", "--day=0"}), ctl({"usage", "3", "--apps"}));
     const std::string nothing = "APPLICATION  MINUTES  TIME\n"
-                                "together           0    0m\n";
+                                "total              0    0m\n";
     for (const char *quiet : {"--day=2", "--day=30", "--week=1", "--week=3"})
         EXPECT_EQ(ctl({"usage", "3", quiet}), done(nothing)) << quiet;
 }
@@ -127,7 +127,7 @@ TEST_F(client_usage, applications_are_a_document) {
 
 TEST_F(client_usage, who_used_nothing_has_no_applications) {
     EXPECT_EQ(ctl({"usage", "3", "--apps"}), done("APPLICATION  MINUTES  TIME\n"
-                                                  "together           0    0m\n"));
+                                                  "total              0    0m\n"));
     EXPECT_EQ(ctl({"usage", "3", "--month", "--json"}),
               done("{\"profile\":3,\"unit\":\"month\",\"ago\":0,\"applications\":[]}\n"));
 }
@@ -140,23 +140,23 @@ TEST_F(client_usage, a_profile_that_does_not_exist_is_told_once) {
 }
 
 TEST_F(client_usage, periods_exclude_each_other) {
-    const char *const several = "--day, --week and --month exclude each other: give one of them";
+    const char *const several = "--day, --week and --month cannot be combined: give one of them";
     EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--month"}), fails(2, several));
     EXPECT_EQ(ctl({"usage", "3", "--week", "1", "--month"}), fails(2, several));
     EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--week", "1"}), fails(2, several));
     for (const std::string period : {"--day=1", "--week=1", "--month"})
         EXPECT_EQ(ctl({"usage", "3", "--history", period}),
                   fails(2, period.substr(0, period.find('=')) +
-                               " and --history exclude each other: give one of them"));
+                               " and --history cannot be combined: give one of them"));
 }
 
 TEST_F(client_usage, periods_beyond_what_is_kept_are_not_asked_for) {
     for (const char *days : {"31", "-1", "one", ""})
         EXPECT_EQ(ctl({"usage", "3", "--day", days}),
                   fails(2, "\"" + std::string(days) +
-                               "\" will not do for --day: give a whole number from 0 to 30"));
+                               "\" is not valid for --day: give a whole number from 0 to 30"));
     EXPECT_EQ(ctl({"usage", "3", "--week", "4"}),
-              fails(2, "\"4\" will not do for --week: give a whole number from 0 to 3"));
+              fails(2, "\"4\" is not valid for --week: give a whole number from 0 to 3"));
     EXPECT_EQ(log_count("[socket] Receive cmd type=36"), 0u);
 }
 
@@ -165,14 +165,14 @@ TEST_F(client_usage, a_file_of_names_must_be_readable) {
               fails(2, "cannot read the applications' names from /tmp/none: No such file or "
                        "directory"));
     EXPECT_EQ(ctl({"usage", "3", "--apps", "-n", "/tmp"}),
-              fails(2, "cannot read the applications' names from /tmp: it is no regular file"));
+              fails(2, "cannot read the applications' names from /tmp: it is not a regular file"));
 }
 
 TEST_F(client_usage, a_pipe_of_names_is_not_waited_for) {
     ASSERT_EQ(mkfifo("/tmp/names", 0600), 0);
     EXPECT_EQ(
         ctl({"usage", "3", "--apps", "-n", "/tmp/names"}),
-        fails(2, "cannot read the applications' names from /tmp/names: it is no regular file"));
+        fails(2, "cannot read the applications' names from /tmp/names: it is not a regular file"));
     unlink("/tmp/names");
 }
 
@@ -187,9 +187,9 @@ TEST_F(client_usage, a_line_without_a_name_is_told_and_left_out) {
 
     const appctl_end expected = {
         .status = 0,
-        .out =
-            "APPLICATION  MINUTES  TIME\nvideo             10   10m\ntogether          10   10m\n",
-        .err = "utm_appctl: /tmp/apps, line 2: no number and name, such as \"305 video\"; left "
-               "out\n"};
+        .out = "APPLICATION  MINUTES  TIME\nvideo             10   10m\n"
+               "total             10   10m\n",
+        .err = "utm_appctl: /tmp/apps, line 2: expected a number and a name, such as \"305 "
+               "video\"; line skipped\n"};
     EXPECT_EQ(ctl({"usage", "3", "--apps", "-n", "/tmp/apps"}), expected);
 }

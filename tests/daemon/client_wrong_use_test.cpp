@@ -66,14 +66,14 @@ appctl_end wrong(const ctl_verb &verb, const std::string &message) {
 }
 
 constexpr char COMMON_OPTIONS[] =
-    R"(  -s, --socket PATH              the daemon's socket, if it has another
-  -t, --timeout SECONDS          how long each answer may take, to 3600; else 30
-  -h, --help                     what this is and how to use it
+    R"(  -s, --socket PATH              the daemon's socket, if not the default
+  -t, --timeout SECONDS          how long to wait for an answer; default 30
+  -h, --help                     show help
   -V, --version                  the version
 )";
 
-constexpr char WHOLE_HELP[] = R"(Usage: utm_appctl VERB [OPERANDS] [OPTIONS]
-Asks the daemon that keeps a family's internet time.
+constexpr char WHOLE_HELP[] = R"(Usage: utm_appctl COMMAND [OPERANDS] [OPTIONS]
+Controls the daemon that tracks and limits a family's internet time.
 
 The daemon
   ping                            ask whether the daemon answers
@@ -82,53 +82,53 @@ The daemon
   debug on|off                    have the daemon log what it does
 
 People
-  profile add ID                  create a profile, without limits
+  profile add ID                  create a profile without limits
   profile del ID                  delete a profile and release its devices
   device add ID MAC...            add devices to a profile
-  device del ID MAC...            take devices from a profile, release them
+  device del ID MAC...            remove devices from a profile, release them
 
 Time limits
   limit show ID                   show today's limit and whether it is enabled
   limit set ID MINUTES            set the limit of today and of every weekday
   limit enable ID                 cut the profile off when its limit is reached
-  limit disable ID                only count what the profile uses
+  limit disable ID                only count usage; do not enforce the limit
   weekday show ID                 show the limit of each weekday
   weekday set ID DAY MINUTES      set the limit of one weekday
   extend show ID                  show today's bonus
   extend add ID MINUTES           add to today's bonus
-  extend reset ID                 take today's bonus back
+  extend reset ID                 cancel today's bonus
 
-What was used
-  usage ID                        show what a profile used, in many ways
-  report [PATH]                   write a page (HTML), as of now or of a file
+Usage
+  usage ID                        show usage: totals, applications or a chart
+  report [PATH]                   write an HTML page, of now or of a usage file
 
 Applications
-  policy create POLICY            create a policy, without rules
+  policy create POLICY            create a policy without rules
   policy rule POLICY APP=RULE...  limit, block or free applications
-  policy bind ID POLICY           give a profile a policy, for good
+  policy bind ID POLICY           give a profile a policy, permanently
   policy clear POLICY             remove all rules of a policy
-  signature load PATH             have the DPI engine learn applications
+  signature load PATH             load signatures into the DPI engine
 
 The usage file
   interval show                   show how often it is written
   interval set MINUTES            set how often it is written
-  export PATH                     have the daemon write what was used
-  import PATH                     have the daemon read such a file
+  export PATH                     have the daemon write a usage file
+  import PATH                     have the daemon read a usage file
 
-Options; VERB --help tells which go with a verb
+Options (COMMAND --help lists those of a command)
   -j, --json                     print one JSON document
-  -a, --ascii                    draw with plain ASCII
-  -n, --names FILE               names of applications: lines of "305 video"
-      --apps                     applications today; with charts, each its own
+  -a, --ascii                    draw charts in plain ASCII
+  -n, --names FILE               application names: lines such as "305 video"
+      --apps                     applications today, or a chart for each
       --day N                    applications on the day N days ago, 0 to 30
       --week N                   applications in the week N weeks ago, 0 to 3
       --month                    applications in this month
       --history                  a chart, of days unless --weeks is given
       --days                     with --history: today and 30 days before
       --weeks                    with --history: this week and 3 before
-  -s, --socket PATH              the daemon's socket, if it has another
-  -t, --timeout SECONDS          how long each answer may take, to 3600; else 30
-  -h, --help                     what this is and how to use it
+  -s, --socket PATH              the daemon's socket, if not the default
+  -t, --timeout SECONDS          how long to wait for an answer; default 30
+  -h, --help                     show help
   -V, --version                  the version
 
 ID, POLICY  whole numbers of your choice
@@ -139,7 +139,7 @@ APP=RULE    video=45m to limit, video=block, video=remove; applications go by
             number, or by name after --names or in /etc/utm_appd/apps
 
 Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,
-4 time-out, a broken reply, or output that could not be written.
+4 timeout, a broken reply, or output that could not be written.
 )";
 
 } // namespace
@@ -174,7 +174,7 @@ TEST(client_wrong_use, help_of_a_noun_names_its_verbs) {
   limit show ID                   show today's limit and whether it is enabled
   limit set ID MINUTES            set the limit of today and of every weekday
   limit enable ID                 cut the profile off when its limit is reached
-  limit disable ID                only count what the profile uses
+  limit disable ID                only count usage; do not enforce the limit
 )"));
 }
 
@@ -231,7 +231,7 @@ TEST(client_wrong_use, an_option_goes_with_the_verbs_that_take_it) {
             word_list words = with_operands(words_of(verb), ctl_bounds_of(verb.synopsis).least);
             words.insert(words.end(), option_words.begin(), option_words.end());
             EXPECT_EQ(appctl(words), wrong(verb, "--" + std::string(ctl_option_name(option)) +
-                                                     " does not go with this verb"));
+                                                     " cannot be used with this command"));
         }
 }
 
@@ -241,9 +241,9 @@ TEST(client_wrong_use, no_words_are_no_request) {
 }
 
 TEST(client_wrong_use, an_unknown_verb_leads_to_help) {
-    EXPECT_EQ(appctl({"pong"}), fails(2, "\"pong\" is no verb; see utm_appctl --help"));
+    EXPECT_EQ(appctl({"pong"}), fails(2, "\"pong\": unknown command; see utm_appctl --help"));
     EXPECT_EQ(appctl({"pong", "--help"}), appctl({"pong"}));
-    EXPECT_EQ(appctl({""}), fails(2, "\"\" is no verb; see utm_appctl --help"));
+    EXPECT_EQ(appctl({""}), fails(2, "\"\": unknown command; see utm_appctl --help"));
 }
 
 TEST(client_wrong_use, a_noun_needs_one_of_its_words) {
@@ -251,7 +251,7 @@ TEST(client_wrong_use, a_noun_needs_one_of_its_words) {
     const appctl_end none = {.status = 2,
                              .err = "utm_appctl: \"limit\" needs a second word\n" + help};
     const appctl_end unknown = {.status = 2,
-                                .err = "utm_appctl: \"limit raise\" is no verb\n" + help};
+                                .err = "utm_appctl: \"limit raise\": unknown command\n" + help};
     EXPECT_EQ(appctl({"limit"}), none);
     EXPECT_EQ(appctl({"limit", "raise", "3"}), unknown);
     EXPECT_EQ(appctl({"limit", "raise", "--help"}), unknown);
@@ -266,8 +266,9 @@ TEST(client_wrong_use, help_may_be_asked_for_as_a_word) {
 
 TEST(client_wrong_use, an_unknown_option_is_named) {
     for (const char *option : {"--jsonn", "-x", "-jx"})
-        EXPECT_EQ(appctl({"status", option}),
-                  fails(2, "\"" + std::string(option) + "\" is no option; see utm_appctl --help"));
+        EXPECT_EQ(
+            appctl({"status", option}),
+            fails(2, "\"" + std::string(option) + "\": unknown option; see utm_appctl --help"));
     for (const char *lacking : {"-s", "--socket", "-t", "--timeout"})
         EXPECT_EQ(
             appctl({"status", lacking}),
@@ -278,9 +279,10 @@ TEST(client_wrong_use, an_unknown_option_is_named) {
 
 TEST(client_wrong_use, a_timeout_is_a_second_to_an_hour) {
     for (const char *seconds : {"0", "-1", "3601", "1.5", "", "soon", "99999999999"})
-        EXPECT_EQ(appctl({"ping", "-t", seconds}),
-                  fails(2, "\"" + std::string(seconds) +
-                               "\" will not do for --timeout: give a whole number from 1 to 3600"));
+        EXPECT_EQ(
+            appctl({"ping", "-t", seconds}),
+            fails(2, "\"" + std::string(seconds) +
+                         "\" is not valid for --timeout: give a whole number from 1 to 3600"));
 }
 
 TEST(client_wrong_use, output_that_cannot_be_written_is_not_done) {

@@ -96,7 +96,7 @@ TEST(ClientArguments, TakeNothingElseForAMacAddress) {
                              "02:fe:80:7f:00:\xff\xff"}) {
         std::string mac;
         EXPECT_EQ(read_mac(text, &mac), "utm_appctl: \"" + std::string(text) +
-                                            "\" is no MAC address: give six bytes, such as "
+                                            "\" is not a MAC address: give six bytes, such as "
                                             "02:00:00:00:00:1a\n");
     }
 }
@@ -116,9 +116,10 @@ TEST(ClientArguments, TakeNothingElseForAWeekday) {
     for (const char *text : {"", "7", "-1", "00", "01", "6.", "s", "su", "t", "th", "sundays",
                              "sun day", " sun", "sunn", "day", "\xc3\xa9"}) {
         int32_t day = -1;
-        EXPECT_EQ(said_by([&] { return ctl_read_weekday(text, &day); }),
-                  "utm_appctl: \"" + std::string(text) +
-                      "\" is no weekday: give a name, such as monday or mon, or 0 (Sunday) to 6\n");
+        EXPECT_EQ(
+            said_by([&] { return ctl_read_weekday(text, &day); }),
+            "utm_appctl: \"" + std::string(text) +
+                "\" is not a weekday: give a name, such as monday or mon, or 0 (Sunday) to 6\n");
         EXPECT_EQ(day, -1);
     }
 }
@@ -138,7 +139,7 @@ TEST(ClientArguments, TakeOnAndOff) {
     EXPECT_EQ(value, 0);
     for (const char *text : {"", "1", "0", "On", "yes", "on "})
         EXPECT_EQ(said_by([&] { return ctl_read_switch(text, &value); }),
-                  "utm_appctl: \"" + std::string(text) + "\" is no switch: give on or off\n");
+                  "utm_appctl: \"" + std::string(text) + "\" is neither on nor off\n");
 }
 
 TEST(ClientArguments, TakeARuleForAnApplication) {
@@ -161,12 +162,12 @@ TEST(ClientArguments, TakeNothingElseForARule) {
     for (const char *text : {"", "=", "305", "305=", "=block", "305=Block", "305=65536", "305=-1",
                              "305=1092h16m", "305:block", "305=block ", "video=allow"})
         EXPECT_EQ(read_rule(text), "utm_appctl: \"" + std::string(text) +
-                                       "\" is no rule: give APP=MINUTES (at most 65535), "
+                                       "\" is not a rule: give APP=MINUTES (at most 65535), "
                                        "APP=block or APP=remove\n");
     for (const char *app : {"music", "2147483648", "305 ", "vid"})
         EXPECT_EQ(read_rule((std::string(app) + "=block").c_str()),
                   "utm_appctl: \"" + std::string(app) +
-                      "\" is no application that I know: give its number, or name it in a file for "
+                      "\": unknown application; give its number, or name it in a file for "
                       "--names\n");
 }
 
@@ -193,7 +194,7 @@ TEST(ClientArguments, CutNoPath) {
     EXPECT_EQ(path, longest);
     EXPECT_EQ(read_path(longest_here, &path), "");
     EXPECT_EQ(path, "/tmp/" + longest_here);
-    const std::string complaint = " is too long a path: a request has room for 127 characters\n";
+    const std::string complaint = " is too long: a path may have at most 127 characters\n";
     EXPECT_EQ(read_path(longest + "a", &path), "utm_appctl: " + longest + "a" + complaint);
     EXPECT_EQ(read_path(longest_here + "a", &path),
               "utm_appctl: /tmp/" + longest_here + "a" + complaint);
@@ -206,8 +207,8 @@ TEST(ClientArguments, LeaveNoPathOfAFolderThatIsGone) {
     ASSERT_EQ(chdir("/tmp/gone"), 0);
     ASSERT_EQ(rmdir("/tmp/gone"), 0);
     std::string path;
-    EXPECT_EQ(read_path("a", &path), "utm_appctl: cannot tell the present directory (No such file "
-                                     "or directory): give a path from the root\n");
+    EXPECT_EQ(read_path("a", &path), "utm_appctl: cannot find the current directory (No such file "
+                                     "or directory): give an absolute path\n");
     EXPECT_EQ(read_path("/a", &path), "");
     ASSERT_EQ(chdir("/"), 0);
 }
@@ -215,11 +216,10 @@ TEST(ClientArguments, LeaveNoPathOfAFolderThatIsGone) {
 TEST(ClientArguments, LetNoShellReadASignaturesPath) {
     EXPECT_EQ(read_signature("/tmp/aZ09._-+,=@%:"), "");
     for (const char bad : std::string(" ;&|$`'\"\\<>()[]{}*?!~#^\n\t\x01\x7f\xc3"))
-        EXPECT_EQ(
-            read_signature(std::string("/tmp/a") + bad),
-            std::string("utm_appctl: /tmp/a") + bad +
-                ": the path reaches a shell, so only plain letters, digits and /._-+,=@%: may "
-                "stand in it; rename the file\n");
+        EXPECT_EQ(read_signature(std::string("/tmp/a") + bad),
+                  std::string("utm_appctl: /tmp/a") + bad +
+                      ": a shell reads this path, so only letters, digits and /._-+,=@%: are "
+                      "allowed; rename the file\n");
 }
 
 TEST(ClientArguments, CutNoSignaturesPath) {
@@ -227,7 +227,7 @@ TEST(ClientArguments, CutNoSignaturesPath) {
     EXPECT_EQ(read_signature(longest), "");
     EXPECT_EQ(read_signature(longest + "a"),
               "utm_appctl: " + longest +
-                  "a is too long a path: a signature's may have 117 characters\n");
+                  "a is too long: a signature's path may have at most 117 characters\n");
 }
 
 struct bounds_case {

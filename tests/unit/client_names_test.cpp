@@ -27,7 +27,7 @@ std::string read(const std::string &text, std::string *said) {
 
 std::string complaint(int line) {
     return std::string("utm_appctl: ") + names_path + ", line " + std::to_string(line) +
-           ": no number and name, such as \"305 video\"; left out\n";
+           ": expected a number and a name, such as \"305 video\"; line skipped\n";
 }
 
 struct file_case {
@@ -85,10 +85,11 @@ TEST(ClientNames, NeedAFileThatWasNamed) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(ctl_read_names("/tmp/none", &names), CTL_USAGE);
     EXPECT_EQ(ctl_read_names("/tmp", &names), CTL_USAGE);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "utm_appctl: cannot read the applications' names from /tmp/none: No such file or "
-              "directory\n"
-              "utm_appctl: cannot read the applications' names from /tmp: it is no regular file\n");
+    EXPECT_EQ(
+        testing::internal::GetCapturedStderr(),
+        "utm_appctl: cannot read the applications' names from /tmp/none: No such file or "
+        "directory\n"
+        "utm_appctl: cannot read the applications' names from /tmp: it is not a regular file\n");
     EXPECT_TRUE(names.empty());
 }
 

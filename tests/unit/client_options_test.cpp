@@ -134,12 +134,12 @@ TEST(ClientOptions, ThatContradictEachOtherAreNamed) {
         word_list words;
         const char *complaint;
     } cases[] = {
-        {{"--day=1", "--week=1"}, "--day, --week and --month exclude each other: give one of them"},
-        {{"--history", "--month"}, "--month and --history exclude each other: give one of them"},
+        {{"--day=1", "--week=1"}, "--day, --week and --month cannot be combined: give one of them"},
+        {{"--history", "--month"}, "--month and --history cannot be combined: give one of them"},
         {{"--history", "--days", "--weeks"},
-         "--days and --weeks exclude each other: give one of them"},
-        {{"--weeks"}, "--weeks needs --history beside it"},
-        {{"--days", "--apps"}, "--days needs --history beside it"},
+         "--days and --weeks cannot be combined: give one of them"},
+        {{"--weeks"}, "--weeks needs --history"},
+        {{"--days", "--apps"}, "--days needs --history"},
     };
     for (const auto &c : cases) {
         const parsed line(c.words);
@@ -174,7 +174,7 @@ TEST(ClientOptions, WithNumbersHaveBounds) {
         for (const char *bad : {c.below, c.above, "", "x", "1x", "4294967297"}) {
             const parsed line({"usage", option + bad});
             EXPECT_EQ(line.status, CTL_USAGE);
-            EXPECT_EQ(line.said, "utm_appctl: \"" + std::string(bad) + "\" will not do for --" +
+            EXPECT_EQ(line.said, "utm_appctl: \"" + std::string(bad) + "\" is not valid for --" +
                                      c.option + ": give a whole number from " + c.least + " to " +
                                      c.most + "\n");
         }
@@ -190,10 +190,10 @@ TEST(ClientOptions, KeepTheirNumbers) {
 
 TEST(ClientOptions, ThatDoNotExistAreNamed) {
     const std::pair<const char *, const char *> cases[] = {
-        {"-x", "\" is no option; see utm_appctl --help"},
-        {"--nonsense", "\" is no option; see utm_appctl --help"},
-        {"-jx", "\" is no option; see utm_appctl --help"},
-        {"--a", "\" is no option; see utm_appctl --help"}, // --ascii or --apps
+        {"-x", "\": unknown option; see utm_appctl --help"},
+        {"--nonsense", "\": unknown option; see utm_appctl --help"},
+        {"-jx", "\": unknown option; see utm_appctl --help"},
+        {"--a", "\": unknown option; see utm_appctl --help"}, // --ascii or --apps
         {"--json=1", "\": this option takes no value"},
         {"-s", "\" needs a value; see utm_appctl --help"},
         {"--timeout", "\" needs a value; see utm_appctl --help"}};
@@ -205,7 +205,7 @@ TEST(ClientOptions, ThatDoNotExistAreNamed) {
     const parsed negative({"profile", "add", "-3"});
     EXPECT_EQ(negative.status, CTL_USAGE);
     EXPECT_EQ(negative.said,
-              "utm_appctl: \"-3\" is no option; in front of a negative number put --\n");
+              "utm_appctl: \"-3\": unknown option; put -- in front of a negative number\n");
 }
 
 TEST(ClientOptions, HaveNames) {

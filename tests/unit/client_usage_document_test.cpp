@@ -64,16 +64,16 @@ TEST_F(ClientUsageDocument, RefusesWhatIsNoUsageFile) {
         std::string text;
         const char *reason;
     } files[] = {
-        {"", "it is no JSON, is cut off, or is nested deeper than 32"},
-        {"hello", "it is no JSON, is cut off, or is nested deeper than 32"},
-        {"{\"user_profile_list\":[],", "it is no JSON, is cut off, or is nested deeper than 32"},
+        {"", "it is not JSON, is cut off, or is nested deeper than 32"},
+        {"hello", "it is not JSON, is cut off, or is nested deeper than 32"},
+        {"{\"user_profile_list\":[],", "it is not JSON, is cut off, or is nested deeper than 32"},
         {"{\"user_profile_list\":[],\"global_stat\":[],\"x\":" + deep + "}",
-         "it is no JSON, is cut off, or is nested deeper than 32"},
-        {std::string("\0{}", 3), "it is no JSON, is cut off, or is nested deeper than 32"},
-        {"null", "it is no JSON, is cut off, or is nested deeper than 32"},
-        {"7\n", "it is no JSON object"},
-        {"\"text\"", "it is no JSON object"},
-        {"[{\"user_profile_list\":[],\"global_stat\":[]}]", "it is no JSON object"},
+         "it is not JSON, is cut off, or is nested deeper than 32"},
+        {std::string("\0{}", 3), "it is not JSON, is cut off, or is nested deeper than 32"},
+        {"null", "it is not JSON, is cut off, or is nested deeper than 32"},
+        {"7\n", "it is not a JSON object"},
+        {"\"text\"", "it is not a JSON object"},
+        {"[{\"user_profile_list\":[],\"global_stat\":[]}]", "it is not a JSON object"},
         {"{}", "it has no user_profile_list"},
         {"{\"global_stat\":[]}", "it has no user_profile_list"},
         {"{\"user_profile_list\":[]}", "it has no global_stat"},
@@ -84,9 +84,9 @@ TEST_F(ClientUsageDocument, RefusesWhatIsNoUsageFile) {
 
 TEST_F(ClientUsageDocument, RefusesWhatIsNoRegularFileWithoutWaiting) {
     ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
-    expect_refused(path("pipe"), "it is no regular file");
-    expect_refused(path(""), "it is no regular file");
-    expect_refused("/dev/zero", "it is no regular file");
+    expect_refused(path("pipe"), "it is not a regular file");
+    expect_refused(path(""), "it is not a regular file");
+    expect_refused("/dev/zero", "it is not a regular file");
     expect_refused(path("none.json"), "No such file or directory");
     expect_refused("", "No such file or directory");
 }
@@ -224,7 +224,7 @@ TEST_F(ClientUsageDocument, RefusesAFileCutAtAnyByte) {
     text.resize(text.find_last_of('}') + 1);
     for (size_t length = 0; length < text.size(); length += 7)
         expect_refused(write(text.substr(0, length)),
-                       "it is no JSON, is cut off, or is nested deeper than 32");
+                       "it is not JSON, is cut off, or is nested deeper than 32");
     ctl_usage_document document = {};
     read_text(text, &document);
     EXPECT_EQ(document.profiles.size(), 2U);
@@ -237,7 +237,7 @@ TEST_F(ClientUsageDocument, LeavesNoDescriptorBehind) {
     };
     const auto before = open_descriptors();
     expect_refused(write("{}"), "it has no user_profile_list");
-    expect_refused(path(""), "it is no regular file");
+    expect_refused(path(""), "it is not a regular file");
     ctl_usage_document document = {};
     read_profile("", &document);
     EXPECT_EQ(open_descriptors(), before);

@@ -111,7 +111,7 @@ TEST(ClientManual, HasEveryVerbWithItsOperandsAsTheHelpHasThem) {
             verbs.push_back(verb.group);
         verbs.push_back(with_single_blanks(name_of(verb) + " " + verb.synopsis));
     }
-    EXPECT_EQ(entries_of("VERBS"), verbs);
+    EXPECT_EQ(entries_of("COMMANDS"), verbs);
 }
 
 TEST(ClientManual, HasEveryOptionAsTheHelpHasIt) {

@@ -42,7 +42,7 @@ appctl_end done(const std::string &out = "");
 
 /// What a command for a profile that does not exist says.
 inline constexpr char NO_PROFILE[] =
-    "the daemon refused: there is no such profile; profile add creates it";
+    "the daemon refused: no such profile; create it with profile add"; profile add creates it";
 
 /// A run that printed nothing but one message.
 /// @param message  without the program's name in front and the line end behind
