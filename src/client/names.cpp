@@ -58,14 +58,14 @@ ctl_exit read_lines(FILE *file, const char *path, ctl_app_names *names) {
     return status;
 }
 
-} // namespace
-
 /// The file that is read unless told is a convenience: where it is of no use, applications go by
 /// their numbers.
-static ctl_exit unreadable(const char *path, const char *wanted, const char *reason) {
+ctl_exit unreadable(const char *path, const char *wanted, const char *reason) {
     ctl_say("cannot read the applications' names from %s: %s", wanted, reason);
     return path == nullptr ? CTL_DONE : CTL_USAGE;
 }
+
+} // namespace
 
 ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
     const char *wanted = path != nullptr ? path : ctl_names_path;
