@@ -4,8 +4,8 @@
 #include "client/text.h"
 #include "client/verbs.h"
 #include "core/clock.h"
+#include "core/mac.h"
 
-#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
@@ -36,40 +36,6 @@ bool refuse(const char *format, ...) {
     ctl_say_list(format, arguments);
     va_end(arguments);
     return false;
-}
-
-int hex_value(char digit) {
-    if (digit >= '0' && digit <= '9')
-        return digit - '0';
-    const int lower = tolower(static_cast<unsigned char>(digit));
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-/// @return the digits before the first separator: 12 when there is none
-size_t group_size(const char *text) {
-    size_t size = 0;
-    while (hex_value(text[size]) >= 0)
-        ++size;
-    return size;
-}
-
-bool parse_mac(const char *text, uint8_t *mac) {
-    const size_t group = group_size(text);
-    const char separator = group < 12 ? text[group] : '\0';
-    if (group == 0 || group % 2 != 0 || 12 % group != 0 ||
-        (group < 12 && (separator == '\0' || strchr(":-.", separator) == nullptr)))
-        return false;
-    for (size_t digit = 0; digit < 12; digit += 2) {
-        if (digit > 0 && digit % group == 0 && *text++ != separator)
-            return false;
-        const int high = hex_value(text[0]);
-        const int low = high < 0 ? -1 : hex_value(text[1]);
-        if (low < 0)
-            return false;
-        mac[digit / 2] = static_cast<uint8_t>(high * 16 + low);
-        text += 2;
-    }
-    return *text == '\0';
 }
 
 bool read_rule_action(const char *text, utm_app_config_app_entry *rule) {
@@ -174,7 +140,7 @@ const char *ctl_weekday_name(int32_t day) {
 }
 
 bool ctl_read_mac(const char *text, uint8_t *mac) {
-    return parse_mac(text, mac) ||
+    return mac_parse(text, mac) ||
            refuse("\"%s\" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a", text);
 }
 

