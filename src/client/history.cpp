@@ -6,10 +6,10 @@
 #include "client/output.h"
 #include "client/text.h"
 #include "client/verbs.h"
+#include "core/clock.h"
 
 #include <cstdio>
 #include <cstring>
-#include <sys/time.h>
 
 namespace {
 
@@ -82,13 +82,6 @@ ctl_exit read_history(const ctl_call &call, history *of) {
     return of->apps.empty() ? ctl_send(call) : ctl_refused(call.verb.refusal);
 }
 
-/// The clock that the daemon reads.
-time_t now() {
-    timeval time = {};
-    gettimeofday(&time, nullptr);
-    return time.tv_sec;
-}
-
 void fill_label(ctl_cell *label, const history &of, int ago) {
     if (of.unit->selector == UTM_APP_CONFIG_PREV_BY_DAY)
         ctl_fill(label, "%s", ctl_write_day(ctl_local_day(of.now, ago), "%a %e %b").text);
@@ -140,7 +133,7 @@ ctl_exit print_json(const ctl_call &call, const history &of) {
 } // namespace
 
 ctl_exit ctl_history(const ctl_call &call) {
-    history of = {.unit = unit_of(call.options), .now = now()};
+    history of = {.unit = unit_of(call.options), .now = utm_app_now()};
     if (of.unit == nullptr)
         return CTL_USAGE;
     const ctl_exit status = read_history(call, &of);

@@ -3,6 +3,7 @@
 #include "client/message.h"
 #include "client/names.h"
 #include "client/text.h"
+#include "format/protocol.h"
 
 #include <cstring>
 #include <getopt.h>
@@ -10,8 +11,8 @@
 namespace {
 
 constexpr int32_t timeout_max_s = 3600;
-constexpr int32_t day_max = 30;
-constexpr int32_t week_max = 3;
+constexpr int32_t day_max = UTM_APP_CONFIG_PERIOD_OLDEST_DAY;
+constexpr int32_t week_max = UTM_APP_CONFIG_PERIOD_OLDEST_WEEK - UTM_APP_CONFIG_PERIOD_WEEK;
 
 struct option_row {
     ctl_option bit;

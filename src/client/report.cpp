@@ -31,14 +31,14 @@ void put_app_name(const report_page &report, int32_t app_id) {
 }
 
 /// @return the first rule for an application, or null
-const ctl_app_rule *rule_for(std::span<const ctl_app_rule> rules, int32_t app_id) {
-    for (const ctl_app_rule &rule : rules)
+const usage_rule_t *rule_for(std::span<const usage_rule_t> rules, int32_t app_id) {
+    for (const usage_rule_t &rule : rules)
         if (rule.app_id == app_id)
             return &rule;
     return nullptr;
 }
 
-void put_rule(FILE *page, const ctl_app_rule &rule, int64_t daily_used) {
+void put_rule(FILE *page, const usage_rule_t &rule, int64_t daily_used) {
     if (rule.action == POLICY_ACTION_BLOCK)
         fputs("always blocked", page);
     else
@@ -46,47 +46,49 @@ void put_rule(FILE *page, const ctl_app_rule &rule, int64_t daily_used) {
                 daily_used >= rule.daily_limit ? ", used up" : "");
 }
 
-void put_cells(FILE *page, const ctl_use &use) {
-    ctl_put_minutes(page, "td", use.daily_used);
-    ctl_put_minutes(page, "td", ctl_week_of(use));
-    ctl_put_minutes(page, "td", ctl_month_of(use));
+void put_cells(FILE *page, int64_t today, int64_t week, int64_t month) {
+    ctl_put_minutes(page, "td", today);
+    ctl_put_minutes(page, "td", week);
+    ctl_put_minutes(page, "td", month);
     fputs("</tr>\n", page);
 }
 
-void put_row(const report_page &report, const ctl_app_use &app, const ctl_app_rule *rule,
+void put_row(const report_page &report, const ctl_app_use &app, const usage_rule_t *rule,
              int64_t longest) {
     fputs("<tr><th scope=\"row\">", report.page);
     put_app_name(report, app.app_id);
     if (rule != nullptr) {
         fputs(" <span class=\"rule\">", report.page);
-        put_rule(report.page, *rule, app.use.daily_used);
+        put_rule(report.page, *rule, app.used.daily);
         fputs("</span>", report.page);
     }
     if (longest > 0)
-        ctl_put_bar(report.page, ctl_month_of(app.use), longest);
+        ctl_put_bar(report.page, ctl_month_of(app.used), longest);
     fputs("</th>", report.page);
-    put_cells(report.page, app.use);
+    put_cells(report.page, app.used.daily, ctl_week_of(app.used), ctl_month_of(app.used));
 }
 
 /// Writes the row of those that have none of their own.
 void put_rest(FILE *page, std::span<const ctl_app_use> rest) {
-    ctl_use sum = {};
+    int64_t today = 0;
+    int64_t week = 0;
+    int64_t month = 0;
     for (const ctl_app_use &app : rest) {
-        sum.daily_used += app.use.daily_used;
-        sum.weekly_used += app.use.weekly_used;
-        sum.monthly_used += app.use.monthly_used;
+        today += app.used.daily;
+        week += ctl_week_of(app.used);
+        month += ctl_month_of(app.used);
     }
     fprintf(page, "<tr><th scope=\"row\">%zu more</th>", rest.size());
-    put_cells(page, sum);
+    put_cells(page, today, week, month);
 }
 
 void put_table(const report_page &report, std::span<const ctl_app_use> apps,
-               std::span<const ctl_app_rule> rules) {
+               std::span<const usage_rule_t> rules) {
     fputs("<table>\n<caption>The most used this month first; a bar is the month.</caption>\n"
           "<thead><tr><th scope=\"col\">Application</th><th scope=\"col\">Today</th>"
           "<th scope=\"col\">Week</th><th scope=\"col\">Month</th></tr></thead>\n<tbody>\n",
           report.page);
-    const int64_t longest = ctl_month_of(apps[0].use);
+    const int64_t longest = ctl_month_of(apps[0].used);
     const size_t rows = std::min(apps.size(), rows_max);
     for (const ctl_app_use &app : apps.first(rows))
         put_row(report, app, rule_for(rules, app.app_id), longest);
@@ -102,9 +104,9 @@ bool is_among(std::span<const ctl_app_use> apps, int32_t app_id) {
 
 /// Writes the rules whose applications have no row of their own.
 void put_other_rules(const report_page &report, std::span<const ctl_app_use> shown,
-                     std::span<const ctl_app_rule> rules) {
+                     std::span<const usage_rule_t> rules) {
     size_t count = 0;
-    for (const ctl_app_rule &rule : rules) {
+    for (const usage_rule_t &rule : rules) {
         if (is_among(shown, rule.app_id) || ++count > rows_max)
             continue;
         if (count == 1)
@@ -124,7 +126,7 @@ void put_other_rules(const report_page &report, std::span<const ctl_app_use> sho
 /// Writes a list of applications as a table, the first ones each in a row and the rest added up.
 /// @param rules  the rules of the profile; none for the router
 void put_apps(const report_page &report, std::span<const ctl_app_use> apps,
-              std::span<const ctl_app_rule> rules) {
+              std::span<const usage_rule_t> rules) {
     if (apps.empty())
         fputs("<p class=\"soft\">No applications yet.</p>\n", report.page);
     else
@@ -149,7 +151,7 @@ void put_today_alone(FILE *page, int64_t used, const char *limit) {
 /// Writes today's use against a limit and its bonus.
 /// @param weekday  the day's name
 void put_today_of(FILE *page, const ctl_profile_use &profile, int32_t limit, const char *weekday) {
-    const int64_t used = profile.use.daily_used;
+    const int64_t used = profile.used.daily;
     const int64_t allowance = int64_t{limit} + profile.daily_extend;
     const int64_t left = allowance - used;
     fputs("<p class=\"today\">", page);
@@ -169,7 +171,7 @@ void put_today_of(FILE *page, const ctl_profile_use &profile, int32_t limit, con
 
 void put_today(const report_page &report, const ctl_profile_use &profile) {
     if (!report.document.has_time) {
-        put_today_alone(report.page, profile.use.daily_used,
+        put_today_alone(report.page, profile.used.daily,
                         "The file has no date, so the day's limit is not known.");
         return;
     }
@@ -178,7 +180,7 @@ void put_today(const report_page &report, const ctl_profile_use &profile) {
     if (limit < ctl_no_limit)
         put_today_of(report.page, profile, limit, ctl_write_day(today, "%A").text);
     else
-        put_today_alone(report.page, profile.use.daily_used, "no limit");
+        put_today_alone(report.page, profile.used.daily, "no limit");
 }
 
 void put_sum(FILE *page, const char *label, int64_t minutes) {
@@ -189,8 +191,8 @@ void put_sum(FILE *page, const char *label, int64_t minutes) {
 
 void put_sums(FILE *page, const ctl_profile_use &profile) {
     fputs("<dl>\n", page);
-    put_sum(page, "This week", ctl_week_of(profile.use));
-    put_sum(page, "This month", ctl_month_of(profile.use));
+    put_sum(page, "This week", ctl_week_of(profile.used));
+    put_sum(page, "This month", ctl_month_of(profile.used));
     fprintf(page, "<div><dt>Devices</dt><dd>%zu</dd></div>\n</dl>\n", profile.device_count);
 }
 
@@ -198,7 +200,7 @@ void put_devices(const report_page &report, const ctl_profile_use &profile) {
     if (profile.device_count == 0)
         return;
     fputs("<details><summary>Device addresses</summary>\n<ul class=\"mac\">\n", report.page);
-    for (const ctl_device_name &device : ctl_records(report.document.devices, profile.devices)) {
+    for (const mac_text_t &device : ctl_records(report.document.devices, profile.devices)) {
         fputs("<li>", report.page);
         ctl_put_text(report.page, device.text);
         fputs("</li>\n", report.page);

@@ -19,7 +19,7 @@ int32_t minutes(int32_t read) {
     return std::max(read, 0);
 }
 
-ctl_use use_of(const usage_counters_t &used) {
+usage_counters_t bounded(const usage_counters_t &used) {
     return {minutes(used.daily), minutes(used.weekly), minutes(used.monthly)};
 }
 
@@ -37,9 +37,9 @@ int compare(int64_t left, int64_t right) {
 int compare_apps(const void *left_record, const void *right_record) {
     const auto &left = *static_cast<const ctl_app_use *>(left_record);
     const auto &right = *static_cast<const ctl_app_use *>(right_record);
-    const int month = compare(ctl_month_of(right.use), ctl_month_of(left.use));
-    const int week = compare(ctl_week_of(right.use), ctl_week_of(left.use));
-    const int today = compare(right.use.daily_used, left.use.daily_used);
+    const int month = compare(ctl_month_of(right.used), ctl_month_of(left.used));
+    const int week = compare(ctl_week_of(right.used), ctl_week_of(left.used));
+    const int today = compare(right.used.daily, left.used.daily);
     return month != 0   ? month
            : week != 0  ? week
            : today != 0 ? today
@@ -55,7 +55,7 @@ int compare_apps(const void *left_record, const void *right_record) {
         usage_app_t app;
         if (!usage_read_app(json_object_array_get_idx(list, i), &app))
             continue;
-        if (!apps->add({app.app_id, use_of(app.used)}))
+        if (!apps->add({app.app_id, bounded(app.used)}))
             return false;
         if (history != nullptr)
             add_days(app, history);
@@ -66,7 +66,7 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_rules(json_object *list, ctl_vector<ctl_app_rule> *rules, ctl_part *part) {
+[[nodiscard]] bool read_rules(json_object *list, ctl_vector<usage_rule_t> *rules, ctl_part *part) {
     part->first = rules->size();
     const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
@@ -81,7 +81,7 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_devices(json_object *list, ctl_vector<ctl_device_name> *devices,
+[[nodiscard]] bool read_devices(json_object *list, ctl_vector<mac_text_t> *devices,
                                 ctl_profile_use *profile) {
     profile->devices.first = devices->size();
     const size_t count = json_array_size(list);
@@ -91,7 +91,7 @@ int compare_apps(const void *left_record, const void *right_record) {
             continue;
         if (profile->device_count++ >= ctl_devices_max)
             continue;
-        ctl_device_name device = {};
+        mac_text_t device = {};
         ctl_copy_clean(device.text, sizeof(device.text), json_object_get_string(element));
         if (!devices->add(device))
             return false;
@@ -112,7 +112,7 @@ void read_limits(const usage_profile_t &read, ctl_profile_use *profile) {
                                 ctl_usage_document *document) {
     ctl_profile_use profile = {};
     profile.user_profile_id = read.user_profile_id;
-    profile.use = use_of(read.used);
+    profile.used = bounded(read.used);
     profile.blocked = read.blocked != 0;
     read_limits(read, &profile);
     return read_apps(usage_apps_of(element), &document->apps, &profile.apps, profile.history) &&

@@ -6,48 +6,33 @@
 
 #include "client/message.h"
 #include "client/vector.h"
-#include "core/clock.h"
+#include "format/usage_file.h"
 
 #include <cstdint>
 #include <span>
 
 /// Days of history that a profile has: today and the thirty before.
-inline constexpr int ctl_history_days = 31;
+inline constexpr int ctl_history_days = day_ring_days + 1;
 /// Profiles and devices that are kept; of more there is only the number. A household has a few,
 /// but three million fit in a file, and a page of them in no router.
 inline constexpr size_t ctl_profiles_max = 100;
 inline constexpr size_t ctl_devices_max = 32;
 /// A limit of a whole day stands for none.
-inline constexpr int32_t ctl_no_limit = 1440;
+inline constexpr int32_t ctl_no_limit = minutes_per_day;
 
-/// Minutes of use. They do not overlap: a month's whole use is their sum.
-struct ctl_use {
-    int64_t daily_used;   ///< today
-    int64_t weekly_used;  ///< the earlier days of this week, which begins on Sunday
-    int64_t monthly_used; ///< the earlier weeks of this month
-};
-
-inline int64_t ctl_week_of(const ctl_use &use) {
-    return use.daily_used + use.weekly_used;
+/// @return the whole week's minutes, today's included
+inline int64_t ctl_week_of(const usage_counters_t &used) {
+    return int64_t{used.daily} + used.weekly;
 }
 
-inline int64_t ctl_month_of(const ctl_use &use) {
-    return ctl_week_of(use) + use.monthly_used;
+/// @return the whole month's minutes, this week's included
+inline int64_t ctl_month_of(const usage_counters_t &used) {
+    return ctl_week_of(used) + used.monthly;
 }
 
 struct ctl_app_use {
     int32_t app_id;
-    ctl_use use;
-};
-
-struct ctl_app_rule {
-    int32_t app_id;
-    int32_t action; ///< POLICY_ACTION_LIMIT or _BLOCK; the file's other numbers mean nothing
-    int32_t daily_limit;
-};
-
-struct ctl_device_name {
-    char text[sizeof("0A:1B:2C:3D:4E:5F")];
+    usage_counters_t used;
 };
 
 /// Where a profile's part of a list stands.
@@ -61,7 +46,7 @@ struct ctl_profile_use {
     int32_t weekday_limits[days_per_week]; ///< Sunday first; `ctl_no_limit` for a day that the
                                            ///< file leaves out
     int32_t daily_extend;
-    ctl_use use;
+    usage_counters_t used;
     bool blocked;
     ctl_part apps;    ///< the most used this month first
     ctl_part rules;   ///< in the file's order
@@ -78,8 +63,8 @@ struct ctl_usage_document {
     size_t profile_count; ///< those that are not kept included
     ctl_part router_apps; ///< the most used this month first
     ctl_vector<ctl_app_use> apps;
-    ctl_vector<ctl_app_rule> rules;
-    ctl_vector<ctl_device_name> devices;
+    ctl_vector<usage_rule_t> rules; ///< those that limit or block: other actions mean nothing
+    ctl_vector<mac_text_t> devices; ///< whatever text the file has, cut to an address's length
 };
 
 /// @return the records of a list that stand in a part of it

@@ -13,12 +13,12 @@ namespace {
 
 /// One profile's standing, in minutes.
 struct standing {
-    ctl_use use;
+    usage_counters_t used;
     int64_t limit;
     int64_t extend;
     bool enabled;
 
-    int64_t left() const { return std::max<int64_t>(0, limit + extend - use.daily_used); }
+    int64_t left() const { return std::max<int64_t>(0, limit + extend - used.daily); }
 };
 
 /// Asks four times: the protocol has a command for each figure. Between them time may pass, so the
@@ -32,7 +32,7 @@ ctl_exit read_standing(const ctl_call &call, standing *of) {
                                                 {UTM_APP_CONFIG_GET_DAILY_LIMIT, &limit},
                                                 {UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, &enable},
                                                 {UTM_APP_CONFIG_GET_EXTEND, &extend}});
-    of->use = {used.daily_used, used.weekly_used, used.monthly_used};
+    of->used = {used.daily_used, used.weekly_used, used.monthly_used};
     of->limit = limit.daily_limit;
     of->enabled = enable.daily_limit_enable != 0;
     of->extend = extend.extend;
@@ -41,9 +41,9 @@ ctl_exit read_standing(const ctl_call &call, standing *of) {
 
 ctl_exit print_standing(const standing &of) {
     ctl_table table;
-    ctl_add_minutes(&table, "today", of.use.daily_used);
-    ctl_add_minutes(&table, "this week", ctl_week_of(of.use));
-    ctl_add_minutes(&table, "this month", ctl_month_of(of.use));
+    ctl_add_minutes(&table, "today", of.used.daily);
+    ctl_add_minutes(&table, "this week", ctl_week_of(of.used));
+    ctl_add_minutes(&table, "this month", ctl_month_of(of.used));
     ctl_add_minutes(&table, of.enabled ? "limit" : "limit, disabled", of.limit);
     ctl_add_minutes(&table, "extend", of.extend);
     if (of.enabled)
@@ -54,9 +54,9 @@ ctl_exit print_standing(const standing &of) {
 ctl_exit print_standing_json(int32_t id, const standing &of) {
     ctl_document document;
     document.add_int("profile", id);
-    document.add_int("today", of.use.daily_used);
-    document.add_int("week", ctl_week_of(of.use));
-    document.add_int("month", ctl_month_of(of.use));
+    document.add_int("today", of.used.daily);
+    document.add_int("week", ctl_week_of(of.used));
+    document.add_int("month", ctl_month_of(of.used));
     document.add_bool("enabled", of.enabled);
     document.add_int("limit", of.limit);
     document.add_int("extend", of.extend);

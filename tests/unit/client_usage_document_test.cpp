@@ -49,7 +49,7 @@ protected:
     static std::string text_of(const ctl_usage_document &document, ctl_part part) {
         std::string text;
         for (const ctl_app_use &app : ctl_records(document.apps, part))
-            text += std::to_string(app.app_id) + ":" + std::to_string(ctl_month_of(app.use)) + " ";
+            text += std::to_string(app.app_id) + ":" + std::to_string(ctl_month_of(app.used)) + " ";
         return text;
     }
 };
@@ -136,15 +136,15 @@ TEST_F(ClientUsageDocument, TakesNumbersAsTheDaemonDoes) {
     for (const auto &value : values) {
         ctl_usage_document document = {};
         read_profile(",\"daily_used\":" + std::string(value.value), &document);
-        EXPECT_EQ(document.profiles[0].use.daily_used, value.minutes) << value.value;
+        EXPECT_EQ(document.profiles[0].used.daily, value.minutes) << value.value;
     }
 }
 
 TEST_F(ClientUsageDocument, AddsUpCountersThatExcludeEachOther) {
     ctl_usage_document document = {};
     read_profile(",\"daily_used\":1,\"weekly_used\":20,\"monthly_used\":300", &document);
-    EXPECT_EQ(ctl_week_of(document.profiles[0].use), 21);
-    EXPECT_EQ(ctl_month_of(document.profiles[0].use), 321);
+    EXPECT_EQ(ctl_week_of(document.profiles[0].used), 21);
+    EXPECT_EQ(ctl_month_of(document.profiles[0].used), 321);
 }
 
 TEST_F(ClientUsageDocument, AddsUpTheLargestNumbersWithoutOverflow) {
