@@ -216,9 +216,9 @@ ctl_day_bar day_bar(const ctl_usage_document &document, int days_ago, int64_t mi
     const bool is_marked = days_ago % 7 == 0;
     if (document.has_time) {
         const tm day = ctl_local_day(document.timestamp, days_ago);
-        bar.name = ctl_write_day(day, "%a %-d %b");
+        bar.name = ctl_write_date(day, "%a ", " %b");
         if (is_marked)
-            bar.mark = ctl_write_day(day, "%-d %b");
+            bar.mark = ctl_write_date(day, "", " %b");
     } else {
         snprintf(bar.name.text, sizeof(bar.name.text), "%d days ago", days_ago);
         if (is_marked)
@@ -272,7 +272,7 @@ void put_header(const report_page &report) {
     fputs("<header>\n<h1>Internet time</h1>\n<p class=\"soft\">", report.page);
     if (report.document.has_time) {
         const tm written = ctl_local_day(report.document.timestamp, 0);
-        fputs(ctl_write_day(written, "%A, %-d %B %Y, %H:%M").text, report.page);
+        fputs(ctl_write_date(written, "%A, ", " %B %Y, %H:%M").text, report.page);
     } else {
         fputs("The file has no date.", report.page);
     }

@@ -148,3 +148,11 @@ ctl_day_text ctl_write_day(const tm &day, const char *format) {
     strftime(text.text, sizeof(text.text), format, &day);
     return text;
 }
+
+ctl_day_text ctl_write_date(const tm &day, const char *before, const char *after) {
+    ctl_day_text text = ctl_write_day(day, before);
+    const size_t length = strlen(text.text);
+    snprintf(text.text + length, sizeof(text.text) - length, "%d%s", day.tm_mday,
+             ctl_write_day(day, after).text);
+    return text;
+}

@@ -39,6 +39,10 @@ struct ctl_day_text {
 ///         clocks leads to another day. For 0 days it is the time itself
 tm ctl_local_day(int64_t time, int days_ago);
 
-/// @param format  as `strftime` has it, with "%-d" for a day of the month without padding
+/// @param format  as `strftime` has it
 __attribute__((format(strftime, 2, 0))) ctl_day_text ctl_write_day(const tm &day,
                                                                    const char *format);
+
+/// Writes a date with the day of the month as people do, "4": `strftime` can only pad it.
+/// @param before, after  what stands on either side of it, as `strftime` has it
+ctl_day_text ctl_write_date(const tm &day, const char *before, const char *after);

@@ -247,20 +247,22 @@ struct day_case {
 
 TEST(ClientDays, LieSoManyDaysBeforeATime) {
     const day_case cases[] = {
-        {0, "Wed 4 Mar 2026, 22:40"},   {1, "Tue 3 Mar 2026, 12:40"},
-        {4, "Sat 28 Feb 2026, 12:40"},  {30, "Mon 2 Feb 2026, 12:40"},
-        {366, "Mon 3 Mar 2025, 12:40"},
+        {0, "Wed  4 Mar 2026, 22:40"},   {1, "Tue  3 Mar 2026, 12:40"},
+        {4, "Sat 28 Feb 2026, 12:40"},   {30, "Mon  2 Feb 2026, 12:40"},
+        {366, "Mon  3 Mar 2025, 12:40"},
     };
     for (const day_case &c : cases)
         EXPECT_STREQ(
-            ctl_write_day(ctl_local_day(1772664000, c.days_ago), "%a %-d %b %Y, %H:%M").text,
+            ctl_write_day(ctl_local_day(1772664000, c.days_ago), "%a %e %b %Y, %H:%M").text,
             c.text);
 }
 
-TEST(ClientDays, ArePaddedOnlyWhereTheyAreToBe) {
-    const tm day = ctl_local_day(1772664000, 0);
-    EXPECT_STREQ(ctl_write_day(day, "%-d").text, "4");
-    EXPECT_STREQ(ctl_write_day(day, "%e").text, " 4");
+TEST(ClientDays, GiveADateItsNumberUnpadded) {
+    const tm early = ctl_local_day(1772664000, 0);
+    EXPECT_STREQ(ctl_write_date(early, "%A, ", " %B %Y, %H:%M").text,
+                 "Wednesday, 4 March 2026, 22:40");
+    EXPECT_STREQ(ctl_write_date(early, "", " %b").text, "4 Mar");
+    EXPECT_STREQ(ctl_write_date(ctl_local_day(1772664000, 4), "%a ", "").text, "Sat 28");
 }
 
 } // namespace
