@@ -302,7 +302,7 @@ void put_router(const report_page &report) {
 void put_footer(FILE *page) {
     fputs("<footer>\n"
           "<p>Weeks begin on Sunday. Applications that run at the same time each count their own "
-          "minutes, so together they may have more than the profile.</p>\n"
+          "minutes, so in total they may have more than the profile.</p>\n"
           "<p>Limits are shown as they are set; whether they are switched on is not in the "
           "file.</p>\n</footer>\n",
           page);
