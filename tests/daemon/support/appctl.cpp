@@ -1,8 +1,8 @@
 #include "tests/daemon/support/appctl.h"
 
-#include "sim/preload/clock_page.h"
 #include "sim/harness/preload.h"
 #include "sim/harness/program.h"
+#include "sim/preload/clock_page.h"
 
 #include <cstdlib>
 #include <fcntl.h>
