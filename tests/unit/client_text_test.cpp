@@ -159,7 +159,7 @@ TEST(ClientMinutes, AreReadInThreeForms) {
         {"35791394h", 2147483640},
     };
     for (const good_case &c : cases) {
-        int32_t minutes = untouched;
+        int32_t minutes = unread;
         EXPECT_TRUE(ctl_parse_minutes(c.text, &minutes)) << c.text;
         EXPECT_EQ(minutes, c.minutes) << c.text;
     }
@@ -204,9 +204,9 @@ TEST(ClientMinutes, OfAnyOtherFormAreNotRead) {
                                  "99999999999999999999h",
                                  "1h99999999999999999999m"};
     for (const char *text : cases) {
-        int32_t minutes = untouched;
+        int32_t minutes = unread;
         EXPECT_FALSE(ctl_parse_minutes(text, &minutes)) << text;
-        EXPECT_EQ(minutes, untouched) << text;
+        EXPECT_EQ(minutes, unread) << text;
     }
 }
 
@@ -234,7 +234,7 @@ TEST(ClientMinutes, AreWrittenWithoutPartsOfNothing) {
 
 TEST(ClientMinutes, AreReadAsTheyAreWritten) {
     for (const int32_t minutes : {0, 1, 59, 60, 61, 719, 720, 1439, 1440, 100'000, 2147483647}) {
-        int32_t again = untouched;
+        int32_t again = unread;
         EXPECT_TRUE(ctl_parse_minutes(ctl_time_of(minutes).text, &again));
         EXPECT_EQ(again, minutes);
     }

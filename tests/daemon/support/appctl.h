@@ -43,12 +43,10 @@ appctl_end done(const std::string &out = "");
 /// What a command for a profile that does not exist says.
 inline constexpr char NO_PROFILE[] =
     "the daemon refused: no such profile; create it with profile add";
-profile add creates it ";
 
-    /// A run that printed nothing but one message.
-    /// @param message  without the program's name in front and the line end behind
-    appctl_end
-    fails(int status, const std::string &message);
+/// A run that printed nothing but one message.
+/// @param message  without the program's name in front and the line end behind
+appctl_end fails(int status, const std::string &message);
 
 /// @return whether terminals can be made here; in the private /dev that takes a mount
 bool have_terminals();
