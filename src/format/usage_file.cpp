@@ -327,6 +327,20 @@ void usage_write_end(usage_text_t *text) {
     close(text, "]}");
 }
 
+bool usage_text_write(const usage_text_t &text, int fd) {
+    const char *next = text.bytes.get();
+    for (size_t left = text.size; left > 0;) {
+        const ssize_t written = write(fd, next, left);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        next += written;
+        left -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
 void usage_add_weekday(usage_profile_t *profile, int32_t day, int32_t limit) {
     for (; day >= 0 && day < days_per_week; ++day) {
         const auto end = profile->weekdays + profile->weekday_count;

@@ -154,6 +154,10 @@ void usage_write_profile_end(usage_text_t *text);
 void usage_write_router(usage_text_t *text, int32_t timestamp);
 void usage_write_end(usage_text_t *text);
 
+/// Writes the text to a descriptor.
+/// @return false when it could not be written whole
+[[nodiscard]] bool usage_text_write(const usage_text_t &text, int fd);
+
 /// Enters a weekday's limit under its own key and under every later one; a later entry then
 /// replaces what it finds. So each day of a full list gets its own limit, and a list with days
 /// missing fills the gaps with the limit of the day before.

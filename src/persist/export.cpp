@@ -2,7 +2,6 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
-#include "core/io.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
 
@@ -73,7 +72,7 @@ usage_text_t text_of_store(time_t now) UTM_EXCLUDES(utm_app_config_mutex) {
 /// The descriptor is closed in the programs that are started meanwhile.
 [[nodiscard]] bool write_file(const char *path, const usage_text_t &text) UTM_FILE_LOCKED {
     const fd_guard file(usage_file_open_to_write(path));
-    return file.get() >= 0 && write_whole(file.get(), text.bytes.get(), text.size);
+    return file.get() >= 0 && usage_text_write(text, file.get());
 }
 
 /// @return whether the file was written

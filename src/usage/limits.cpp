@@ -27,6 +27,33 @@ void set_weekday(config_user_profile_t *profile, int32_t weekday,
     }
 }
 
+/// Does something to a profile while the store is held.
+/// @return 0, or -1 without the profile
+template <typename Act>
+int32_t with_profile(int32_t profile_id, Act act) UTM_EXCLUDES(utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_config_mutex);
+    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+    if (profile == nullptr)
+        return -1;
+    act(profile);
+    return 0;
+}
+
+int32_t read_figure(int32_t profile_id, int32_t config_user_profile_t::*figure, int32_t *value)
+    UTM_EXCLUDES(utm_app_config_mutex) {
+    return with_profile(profile_id, [=](const config_user_profile_t *profile)
+                                        UTM_STORE_LOCKED { *value = profile->*figure; });
+}
+
+void set_every_day(config_user_profile_t *profile, int32_t minutes) UTM_STORE_LOCKED {
+    if (profile->daily_limit != minutes) {
+        profile->daily_limit = minutes;
+        utm_app_enforce_moved_budget(profile);
+    }
+    for (config_weekday_limit_t &entry : weekdays_of(profile))
+        entry.limit = minutes;
+}
+
 } // namespace
 
 int32_t utm_app_set_daily_limit_enable(int32_t profile_id, int32_t enable) {
@@ -34,16 +61,13 @@ int32_t utm_app_set_daily_limit_enable(int32_t profile_id, int32_t enable) {
         utm_app_debug_log("set daily limit for profile %d failed\n", profile_id);
         return -1;
     }
-    const mutex_guard lock(utm_app_config_mutex);
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr)
-        return -1;
-    if (profile->daily_limit_enable != enable) {
-        profile->daily_limit_enable = enable;
-        utm_app_enforce_changed_enable(profile);
-    }
-    utm_app_debug_log("Set daily limit enable %d for profile %d success\n", enable, profile_id);
-    return 0;
+    return with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+        if (profile->daily_limit_enable != enable) {
+            profile->daily_limit_enable = enable;
+            utm_app_enforce_changed_enable(profile);
+        }
+        utm_app_debug_log("Set daily limit enable %d for profile %d success\n", enable, profile_id);
+    });
 }
 
 int32_t utm_app_get_daily_limit_enable(int32_t profile_id, int32_t *enable) {
@@ -51,12 +75,7 @@ int32_t utm_app_get_daily_limit_enable(int32_t profile_id, int32_t *enable) {
         utm_app_debug_log("get daily limit for profile %d enable failed\n", profile_id);
         return -1;
     }
-    const mutex_guard lock(utm_app_config_mutex);
-    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr)
-        return -1;
-    *enable = profile->daily_limit_enable;
-    return 0;
+    return read_figure(profile_id, &config_user_profile_t::daily_limit_enable, enable);
 }
 
 int32_t utm_app_set_daily_limit(int32_t profile_id, int32_t minutes) {
@@ -65,27 +84,14 @@ int32_t utm_app_set_daily_limit(int32_t profile_id, int32_t minutes) {
                           profile_id);
         return -1;
     }
-    const mutex_guard lock(utm_app_config_mutex);
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr)
-        return -1;
-    if (profile->daily_limit != minutes) {
-        profile->daily_limit = minutes;
-        utm_app_enforce_moved_budget(profile);
-    }
-    for (config_weekday_limit_t &entry : weekdays_of(profile))
-        entry.limit = minutes;
-    utm_app_debug_log("Set daily limit to %d for profile %d success\n", minutes, profile_id);
-    return 0;
+    return with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+        set_every_day(profile, minutes);
+        utm_app_debug_log("Set daily limit to %d for profile %d success\n", minutes, profile_id);
+    });
 }
 
 int32_t utm_app_get_daily_limit(int32_t profile_id, int32_t *minutes) {
-    const mutex_guard lock(utm_app_config_mutex);
-    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr)
-        return -1;
-    *minutes = profile->daily_limit;
-    return 0;
+    return read_figure(profile_id, &config_user_profile_t::daily_limit, minutes);
 }
 
 int32_t utm_app_set_weekday_daily_limit(int32_t profile_id, int32_t weekday, int32_t minutes) {
@@ -99,14 +105,11 @@ int32_t utm_app_set_weekday_daily_limit(int32_t profile_id, int32_t weekday, int
                           profile_id);
         return -1;
     }
-    const mutex_guard lock(utm_app_config_mutex);
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr)
-        return -1;
-    set_weekday(profile, weekday, minutes);
-    utm_app_debug_log("Set weekday daily limit to %d for profile %d success\n", minutes,
-                      profile_id);
-    return 0;
+    return with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+        set_weekday(profile, weekday, minutes);
+        utm_app_debug_log("Set weekday daily limit to %d for profile %d success\n", minutes,
+                          profile_id);
+    });
 }
 
 config_weekday_pair_t *utm_app_get_weekday_daily_limit(int32_t profile_id) {
@@ -135,42 +138,36 @@ int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes) {
                           profile_id);
         return -1;
     }
-    const mutex_guard lock(utm_app_config_mutex);
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr) {
+    const int32_t result =
+        with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+            profile->daily_extend = saturating_sum(profile->daily_extend, minutes);
+            utm_app_enforce_moved_budget(profile);
+            utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
+                              profile->daily_extend);
+        });
+    if (result != 0)
         utm_app_debug_log("Add extend %d to profile %d failed because profile is not existed\n",
                           minutes, profile_id);
-        return -1;
-    }
-    profile->daily_extend = saturating_sum(profile->daily_extend, minutes);
-    utm_app_enforce_moved_budget(profile);
-    utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
-                      profile->daily_extend);
-    return 0;
+    return result;
 }
 
 int32_t utm_app_reset_extend(int32_t profile_id) {
-    const mutex_guard lock(utm_app_config_mutex);
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr) {
+    const int32_t result =
+        with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+            profile->daily_extend = 0;
+            utm_app_enforce_moved_budget(profile);
+            utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);
+        });
+    if (result != 0)
         utm_app_debug_log("Reset profile %d extend failed because profile is not existed\n",
                           profile_id);
-        return -1;
-    }
-    profile->daily_extend = 0;
-    utm_app_enforce_moved_budget(profile);
-    utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);
-    return 0;
+    return result;
 }
 
 int32_t utm_app_get_extend(int32_t profile_id, int32_t *minutes) {
-    const mutex_guard lock(utm_app_config_mutex);
-    const config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr) {
+    const int32_t result = read_figure(profile_id, &config_user_profile_t::daily_extend, minutes);
+    if (result != 0)
         utm_app_debug_log("Get extended for profile %d failed because profile is not existed\n",
                           profile_id);
-        return -1;
-    }
-    *minutes = profile->daily_extend;
-    return 0;
+    return result;
 }
