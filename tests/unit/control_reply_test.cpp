@@ -1,7 +1,9 @@
 #include "control/reply.h"
 
+#include "tests/unit/support/sockets.h"
 #include "tests/unit/support/world.h"
 
+#include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -97,6 +99,20 @@ TEST_F(Reply, WaitsForNobodyOnceItIsToldNotTo) {
     while (utm_app_reply_send(ends_[1], reply))
         ++sent;
     EXPECT_GT(sent, 0) << "a client with room for it gets its reply";
+}
+
+TEST_F(Reply, ThatWaitsIsGivenUp) {
+    const auto before = signal(SIGPIPE, SIG_IGN);
+    const utm_app_config_reply reply = {};
+    while (send(ends_[1], &reply, sizeof(reply), MSG_DONTWAIT) > 0) {
+    }
+    bool sent = true;
+    sockets::thread_t thread([&] { sent = utm_app_reply_send(ends_[1], reply); });
+    thread.wait_until_asleep();
+    utm_app_reply_stop_waiting();
+    thread.join();
+    EXPECT_FALSE(sent);
+    signal(SIGPIPE, before);
 }
 
 } // namespace

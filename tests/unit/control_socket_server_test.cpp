@@ -20,7 +20,6 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -308,10 +307,10 @@ TEST_F(SocketServer, EndsWhereItWaitsForClientsAndSaysNothing) {
     EXPECT_EQ(world::story(), "");
 }
 
-/// The one wait of a thread that has nothing else to serve, without a clock.
 TEST_F(SocketServer, WakesForTheEnd) {
     ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
-    std::thread thread([] { EXPECT_EQ(utm_app_config_handler(nullptr), nullptr); });
+    sockets::thread_t thread([] { EXPECT_EQ(utm_app_config_handler(nullptr), nullptr); });
+    thread.wait_until_asleep();
     const auto told = std::chrono::steady_clock::now();
     utm_app_config_socket_stop();
     thread.join();

@@ -1,8 +1,10 @@
 #include "tests/unit/support/sockets.h"
 
 #include <cerrno>
+#include <fstream>
 #include <map>
 #include <sys/socket.h>
+#include <unistd.h>
 #include <utility>
 
 extern "C" {
@@ -85,6 +87,24 @@ std::string calls() {
 
 std::vector<int> accepted() {
     return state.accepted;
+}
+
+thread_t::thread_t(std::function<void()> run)
+    : thread_([this, run] {
+          id_ = gettid();
+          run();
+      }) {}
+
+void thread_t::wait_until_asleep() const {
+    // The state stands behind the name, which is in brackets.
+    const auto state = [this] {
+        std::ifstream file("/proc/self/task/" + std::to_string(id_) + "/stat");
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        const size_t bracket = text.rfind(") ");
+        return bracket == std::string::npos ? '?' : text[bracket + 2];
+    };
+    while (id_ == 0 || state() != 'S')
+        std::this_thread::yield();
 }
 
 } // namespace sockets

@@ -2,7 +2,10 @@
 /// Stand-ins behind the socket calls. Each passes through to the real call, which is noted, unless
 /// it is set to fail.
 
+#include <atomic>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace sockets {
@@ -21,5 +24,18 @@ std::string calls();
 
 /// @return the descriptors that `accept4` returned since the last `reset`, failures not among them
 std::vector<int> accepted();
+
+/// A thread beside the test's own.
+class thread_t {
+public:
+    explicit thread_t(std::function<void()> run);
+    /// Waits until the thread waits for something.
+    void wait_until_asleep() const;
+    void join() { thread_.join(); }
+
+private:
+    std::atomic<int> id_{0};
+    std::thread thread_;
+};
 
 } // namespace sockets
