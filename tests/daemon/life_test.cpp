@@ -215,13 +215,13 @@ TEST_F(daemon_life, the_end_is_logged_with_the_debug_log_off_too) {
 
 TEST_F(daemon_life, the_end_leaves_the_path_to_whoever_has_taken_it) {
     start();
-    ASSERT_EQ(rename(UTM_APP_CONFIG_SOCKET_PATH, "/dev/moved"), 0);
+    ASSERT_EQ(rename(UTM_APP_CONFIG_SOCKET_PATH, "/dev/utm_moved"), 0);
     ASSERT_TRUE(sim_write_file(UTM_APP_CONFIG_SOCKET_PATH, "a successor's"));
 
     stop();
 
     EXPECT_EQ(sim_read_file(UTM_APP_CONFIG_SOCKET_PATH), "a successor's");
-    EXPECT_EQ(unlink("/dev/moved"), 0);
+    EXPECT_EQ(unlink("/dev/utm_moved"), 0);
 }
 
 TEST_F(daemon_life, a_termination_signal_ends_it_without_the_closing_work) {

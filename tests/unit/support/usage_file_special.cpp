@@ -4,9 +4,10 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/fsuid.h>
+#include <linux/capability.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -45,10 +46,35 @@ bound_socket_t::~bound_socket_t() {
     close(fd_);
 }
 
-unprivileged_t::unprivileged_t() : user_(static_cast<unsigned>(setfsuid(65534))) {}
+namespace {
+
+/// The first words of the calling thread's capabilities.
+struct thread_capabilities {
+    __user_cap_header_struct header = {.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
+    __user_cap_data_struct words[_LINUX_CAPABILITY_U32S_3] = {};
+
+    thread_capabilities() {
+        if (syscall(SYS_capget, &header, words) != 0)
+            abort();
+    }
+    void set_effective(unsigned effective) {
+        words[0].effective = effective;
+        if (syscall(SYS_capset, &header, words) != 0)
+            abort();
+    }
+};
+
+} // namespace
+
+unprivileged_t::unprivileged_t() : effective_(0) {
+    constexpr unsigned reads_everything = 1u << CAP_DAC_OVERRIDE | 1u << CAP_DAC_READ_SEARCH;
+    thread_capabilities mine;
+    effective_ = mine.words[0].effective;
+    mine.set_effective(effective_ & ~reads_everything);
+}
 
 unprivileged_t::~unprivileged_t() {
-    setfsuid(user_);
+    thread_capabilities().set_effective(effective_);
 }
 
 size_t open_descriptors() {

@@ -33,8 +33,9 @@ private:
     int fd_;
 };
 
-/// Whether `open` refuses a file for its mode; root is refused nothing, so it takes another user's
-/// eyes for the time of the object.
+/// Lets files refuse this thread by their mode for the time of the object, root too: it gives up
+/// the capabilities by which root is refused nothing. Another user's eyes would need that user to
+/// be known, which a user namespace does not grant.
 class unprivileged_t {
 public:
     unprivileged_t();
@@ -43,7 +44,7 @@ public:
     unprivileged_t &operator=(const unprivileged_t &) = delete;
 
 private:
-    unsigned user_;
+    unsigned effective_;
 };
 
 /// @return descriptors that this process has open
