@@ -34,27 +34,6 @@ pid_t launch(const sim_daemon_options &options) {
     sim_exec({options.binary});
 }
 
-pid_t parent_of(pid_t pid) {
-    // "pid (name) state ppid": the name may hold anything, so look behind its last bracket.
-    std::string status = sim_read_file("/proc/" + std::to_string(pid) + "/stat");
-    size_t bracket = status.rfind(')');
-    int parent = -1;
-    if (bracket == std::string::npos || sscanf(status.c_str() + bracket, ") %*c %d", &parent) != 1)
-        return -1;
-    return parent;
-}
-
-std::set<pid_t> children() {
-    std::set<pid_t> found;
-    std::error_code error;
-    for (const auto &entry : std::filesystem::directory_iterator("/proc", error)) {
-        pid_t pid = atoi(entry.path().filename().c_str());
-        if (pid > 0 && parent_of(pid) == getpid())
-            found.insert(pid);
-    }
-    return found;
-}
-
 /// musl's `daemon` forks twice: what is still in our session, or leads its own, is about to fork
 /// and end. glibc's forks once.
 bool is_on_its_way(pid_t pid) {
@@ -66,10 +45,10 @@ pid_t adopt_new_child(const std::set<pid_t> &before, sim_patience patience) {
     pid_t found = -1;
     bool adopted = sim_wait_for(
         [&] {
-            for (pid_t pid : children())
+            for (pid_t pid : sim_children())
                 if (before.count(pid) == 0 && !is_on_its_way(pid))
                     found = pid;
-            return found > 0 || children() == before;
+            return found > 0 || sim_children() == before;
         },
         patience);
     return adopted ? found : -1;
@@ -113,7 +92,7 @@ bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (options.clock != nullptr)
         sim_clock_forget_sleeper(options.clock);
-    std::set<pid_t> before = children();
+    std::set<pid_t> before = sim_children();
     pid_t starter = launch(options);
     if (starter < 0)
         return false;

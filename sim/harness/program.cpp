@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -95,6 +97,16 @@ void collect(int *out, int *err, sim_outcome *of, moment deadline) {
     }
 }
 
+pid_t parent_of(pid_t pid) {
+    // "pid (name) state ppid": the name may hold anything, so look behind its last bracket.
+    std::string status = sim_read_file("/proc/" + std::to_string(pid) + "/stat");
+    size_t bracket = status.rfind(')');
+    int parent = -1;
+    if (bracket == std::string::npos || sscanf(status.c_str() + bracket, ") %*c %d", &parent) != 1)
+        return -1;
+    return parent;
+}
+
 } // namespace
 
 [[noreturn]] static void exec_through(const char *emulator,
@@ -144,4 +156,15 @@ sim_outcome sim_run(const std::vector<std::string> &command_line,
         waitpid(pid, nullptr, 0);
     }
     return outcome;
+}
+
+std::set<pid_t> sim_children() {
+    std::set<pid_t> found;
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc", error)) {
+        pid_t pid = atoi(entry.path().filename().c_str());
+        if (pid > 0 && parent_of(pid) == getpid())
+            found.insert(pid);
+    }
+    return found;
 }

@@ -4,6 +4,7 @@
 #include "sim/harness/files.h"
 
 #include <functional>
+#include <set>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -17,6 +18,9 @@ struct sim_exit {
 
 /// Waits for a child of ours to end.
 sim_exit sim_reap(pid_t pid, sim_patience patience = {});
+
+/// @return the children of the calling process, orphans that were passed to it included
+std::set<pid_t> sim_children();
 
 /// Replaces this process by one of the programs that are tested, through an emulator where they are
 /// for another machine.

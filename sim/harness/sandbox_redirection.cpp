@@ -69,6 +69,7 @@ bool link_kept(const std::string &root, const std::string &path) {
 bool furnish(const std::string &root, const std::vector<std::string> &keep, std::string *why) {
     if (mkdir((root + "/tmp").c_str(), 0777) != 0 || chmod((root + "/tmp").c_str(), 01777) != 0 ||
         mkdir((root + "/dev").c_str(), 0755) != 0 ||
+        mkdir((root + "/sockets").c_str(), 0755) != 0 ||
         symlink(sim_built_preload().c_str(), (root + "/preload.so").c_str()) != 0)
         return fail(why, "cannot furnish " + root);
     for (const std::string &path : keep)
@@ -113,11 +114,22 @@ void leave_signals_to(pid_t process) {
     signal(SIGHUP, pass_on);
 }
 
+/// Orphans of the sandbox are reaped meanwhile.
 int wait_for(pid_t process) {
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    for (;;) {
+        int status = 0;
+        const pid_t ended = waitpid(-1, &status, 0);
+        if (ended == process || (ended < 0 && errno != EINTR))
+            return status;
     }
-    return status;
+}
+
+/// What the process left running ends here, as its files are about to go.
+void end_survivors() {
+    do {
+        for (const pid_t survivor : sim_children())
+            kill(survivor, SIGKILL);
+    } while (waitpid(-1, nullptr, 0) > 0);
 }
 
 [[noreturn]] void end_as(int wait_status) {
@@ -145,12 +157,14 @@ void sim_enter_redirection(char **arguments, const std::vector<std::string> &kee
         fs::remove_all(root, error);
         return;
     }
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     const pid_t process = fork();
     if (process == 0)
         start_anew(arguments, root, keep);
     leave_signals_to(process);
     const int status = process > 0 ? wait_for(process) : 0;
     sandboxed_process = 0;
+    end_survivors();
     fs::remove_all(root, error);
     if (process > 0)
         end_as(status);

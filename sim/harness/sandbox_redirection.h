@@ -8,7 +8,8 @@
 bool sim_is_redirected();
 
 /// Starts the calling program anew, with its paths redirected into a private folder. The calling
-/// process stays behind, removes the folder when the new one has ended, and ends as that did.
+/// process stays behind. When the new one has ended, it ends what that has left running, removes
+/// the folder, and ends as the new one did.
 ///
 /// @param arguments  the program's own
 /// @param keep       as in sim_enter_mount_namespace

@@ -54,6 +54,9 @@ SIM_CALL_64(int, nftw, (const char *path, void *visit, int descriptors, int flag
             (to(path), visit, descriptors, flags))
 SIM_CALL_64(int, scandir, (const char *path, dirent ***entries, void *filter, void *order),
             (to(path), entries, filter, order))
+SIM_CALL_64(int, scandirat,
+            (int at, const char *path, dirent ***entries, void *filter, void *order),
+            (at, to(path, at), entries, filter, order))
 
 // ---- Changing ------------------------------------------------------------------------------
 SIM_CALL(int, mkdir, (const char *path, mode_t mode), (to(path), mode))
@@ -93,7 +96,11 @@ SIM_CALL(int, utimensat, (int at, const char *path, const timespec *times, int f
 SIM_CALL(int, setxattr,
          (const char *path, const char *name, const void *value, size_t size, int flags),
          (to(path), name, value, size, flags))
+SIM_CALL(int, lsetxattr,
+         (const char *path, const char *name, const void *value, size_t size, int flags),
+         (to(path), name, value, size, flags))
 SIM_CALL(int, removexattr, (const char *path, const char *name), (to(path), name))
+SIM_CALL(int, lremovexattr, (const char *path, const char *name), (to(path), name))
 SIM_CALL(int, chdir, (const char *path), (to(path)))
 
 // ---- Links: a target is followed by the kernel itself, a relative one from the link's folder ---
@@ -116,4 +123,6 @@ SIM_CALL_64(int, __fxstatat, (int version, int at, const char *path, void *statu
             (version, at, to(path, at), status, flags))
 SIM_CALL(int, __xmknod, (int version, const char *path, mode_t mode, dev_t *device),
          (version, to(path), mode, device))
+SIM_CALL(int, __xmknodat, (int version, int at, const char *path, mode_t mode, dev_t *device),
+         (version, at, to(path, at), mode, device))
 #endif

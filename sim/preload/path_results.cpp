@@ -4,6 +4,7 @@
 #include "sim/preload/call.h"
 #include "sim/preload/redirect.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <sys/types.h>
@@ -39,17 +40,28 @@ auto completed(char *name, const Make &make) {
     const size_t length = strlen(wanted);
     strcpy(path, length < sizeof(path) ? wanted : "");
     const auto made = make(path);
-    if (const char *last = strrchr(path, '/'))
-        strcpy(strrchr(name, '/') + 1, last + 1);
-    else
-        strcpy(name, path);
+    const char *last = strrchr(path, '/');
+    char *own_last = strrchr(name, '/');
+    strcpy(own_last != nullptr ? own_last + 1 : name, last != nullptr ? last + 1 : path);
     return made;
 }
 
 } // namespace
 
 SIM_DEFINE(char *, getcwd, (char *path, size_t size)) {
-    return shown(sim_next<char *(*)(char *, size_t)>("getcwd")(path, size));
+    const auto next = sim_next<char *(*)(char *, size_t)>("getcwd");
+    if (path == nullptr && size == 0)
+        return shown(next(path, size));
+    // The caller's room is for what it is told, which is shorter.
+    char whole[PATH_MAX];
+    if (next(whole, sizeof(whole)) == nullptr)
+        return nullptr;
+    if (strlen(shown(whole)) >= size) {
+        errno = size == 0 ? EINVAL : ERANGE;
+        return nullptr;
+    }
+    char *told = path != nullptr ? path : static_cast<char *>(malloc(size));
+    return told != nullptr ? strcpy(told, whole) : nullptr;
 }
 
 SIM_DEFINE(char *, get_current_dir_name, ()) {

@@ -64,16 +64,15 @@ int search_and_execute(const char *file, char *const arguments[], char *const en
     return sim_next<exec_call *>("execvpe")(sim_redirected(program), arguments, environment);
 }
 
-constexpr size_t most_arguments = 1024;
-
-/// The arguments of the calls that take them one by one.
+/// The arguments of the calls that take them one by one. One list that is longer than anybody
+/// writes by hand ends the program: a shortened one would start another program than was meant.
 struct argument_list {
-    char *words[most_arguments + 1];
+    char *words[1024];
     size_t count = 0;
 
     bool add(char *word) {
-        if (count > most_arguments)
-            return false;
+        if (count == sizeof(words) / sizeof(words[0]))
+            abort();
         words[count++] = word;
         return word != nullptr;
     }

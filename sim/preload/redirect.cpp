@@ -149,6 +149,11 @@ sim_redirected::sim_redirected(const char *path, int directory) : chosen_(path) 
     chosen_ = text_;
 }
 
+const char *sim_sandbox_root() {
+    read_settings();
+    return settings.root;
+}
+
 size_t sim_shown_path(char *path, size_t length) {
     read_settings();
     const size_t root = strlen(settings.root);

@@ -10,6 +10,9 @@
 /// | /dev/utm_...           | ROOT/dev/utm_...                                        |
 /// | everything else        | where it says                                           |
 ///
+/// The root also holds what is nobody's path: `preload.so`, a link to this library, and `sockets`
+/// (socket_calls.cpp).
+///
 /// What a program is told (its working directory, a link's target, a socket's name) leads back,
 /// so that it sees the same paths as in a mount namespace.
 ///
@@ -39,6 +42,9 @@ private:
     const char *chosen_;
     char text_[PATH_MAX];
 };
+
+/// @return the root's folder; empty outside of such a sandbox
+const char *sim_sandbox_root();
 
 /// Turns a path below the root back into what a program in the sandbox calls it, in place.
 /// @param path  need not end with a NUL

@@ -3,6 +3,7 @@
 
 #include "sim/harness/sandbox.h"
 #include "sim/router/router_dir.h"
+#include "sim/router/scenario.h"
 #include "sim/sandbox/household.h"
 
 #include <cerrno>
@@ -105,13 +106,25 @@ time_t start_time(const std::string &text) {
     return mktime(&fields);
 }
 
+/// @return the file's text; one that nobody could play ends the program
+std::string checked_scenario(const std::string &path) {
+    scenario read;
+    std::string why;
+    const std::string text = sim_read_file(path);
+    if (text.empty())
+        fail(path + " cannot be read, or is empty");
+    if (!scenario_read(path, &read, &why))
+        fail(why);
+    return text;
+}
+
 void make_household(const sandbox_wish &wish, sim_clock *clock, sim_daemon_options *options) {
-    std::string scenario;
-    if (wish.scenario != "none" && (scenario = sim_read_file(wish.scenario)).empty())
-        fail(wish.scenario + " cannot be read, or is empty");
+    std::string household;
+    if (wish.scenario != "none")
+        household = checked_scenario(wish.scenario);
     // The router provides the usage file's folder; the daemon never makes it.
     if (mkdir(household_router, 0777) != 0 || mkdir("/tmp/ApplicationData", 0777) != 0 ||
-        !sim_write_file(household_file("scenario"), scenario) ||
+        !sim_write_file(household_file("scenario"), household) ||
         !sim_clock_create(clock, household_file("clock"), start_time(wish.start)))
         fail(std::string("cannot prepare ") + household_router + ": " + strerror(errno));
     *options = sim_built_options(household_router);
@@ -172,11 +185,27 @@ std::vector<std::string> shell() {
     return {wanted != nullptr && access(wanted, X_OK) == 0 ? wanted : "/bin/sh"};
 }
 
-int run_command(const sandbox_wish &wish, const sim_daemon_options &options) {
-    const pid_t pid = start_command(wish.command.empty() ? shell() : wish.command, options);
-    // What a terminal sends is the command's.
+volatile sig_atomic_t running_command = 0;
+
+void pass_on(int signal_number) {
+    kill(static_cast<pid_t>(running_command), signal_number);
+}
+
+/// The sandbox ends when its command does, so that the daemon is always stopped.
+void leave_signals_to(pid_t command) {
+    running_command = command;
+    // What a terminal sends reaches the command by itself.
     signal(SIGINT, SIG_IGN);
     signal(SIGQUIT, SIG_IGN);
+    signal(SIGTERM, pass_on);
+    signal(SIGHUP, pass_on);
+}
+
+int run_command(const sandbox_wish &wish, const sim_daemon_options &options) {
+    const pid_t pid = start_command(wish.command.empty() ? shell() : wish.command, options);
+    if (pid < 0)
+        fail(std::string("cannot start a process: ") + strerror(errno));
+    leave_signals_to(pid);
     const int status = reap_until(pid);
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
