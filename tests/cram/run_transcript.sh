@@ -26,7 +26,7 @@ cd "$work"
 
 sandbox=$build/sim/utm_sandbox
 environment=(
-    PATH="$build/sim:$build/sim/bin:$build/tests:$build:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"
+    PATH="$build/sim:$build/sim/commands:$build/sim/bin:$build/tests:$build:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"
     HOME="$work"
     TMPDIR="$work/tmp"
     LC_ALL=C

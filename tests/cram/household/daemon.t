@@ -21,7 +21,7 @@ It ends as a router ends it, which it has to do with status 0.
   daemon: none is running
   [1]
   $ utm_appctl status
-  utm_appctl: no daemon answers at /dev/utm_app_config_socket (Connection refused): is it running? Another socket is named with -s
+  utm_appctl: cannot reach the daemon at /dev/utm_app_config_socket (No such file or directory): is it running? Use -s for another socket
   [3]
   $ tick
   tick: no daemon is running
@@ -43,7 +43,7 @@ Nor does it after a power cut, which is what "kill" is.
   [1]
   $ daemon start
   $ utm_appctl usage 1
-  utm_appctl: the daemon refused: there is no such profile; profile add creates it
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
 
 Anything else is explained.

@@ -21,7 +21,7 @@ The daemon's files are at its own paths, and begin empty.
   $ daemon start
   $ utm_appctl activate on
   $ utm_appctl usage 1
-  utm_appctl: the daemon refused: there is no such profile; profile add creates it
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
   $ utm_appctl import /tmp/usage.json
   $ utm_appctl usage 1 --json

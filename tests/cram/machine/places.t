@@ -85,7 +85,7 @@ One sandbox starts another, with a /tmp and a daemon of its own.
   > SH
   $ utm_sandbox sh ./outer.sh
   cat: /tmp/mine: No such file or directory
-  utm_appctl: the daemon refused: there is no such profile; profile add creates it
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   Fri 2030-03-15 16:59:00 CET
   Fri 2030-03-15 17:00:00 CET
   outer

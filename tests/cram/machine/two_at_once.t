@@ -15,7 +15,7 @@ it is told to.
 
   $ utm_sandbox sh -c 'ls /tmp/mine; utm_appctl usage 1; echo second >/tmp/mine; cat /tmp/mine'
   ls: cannot access '/tmp/mine': No such file or directory
-  utm_appctl: the daemon refused: there is no such profile; profile add creates it
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   second
 
   $ touch first.may.end
