@@ -42,16 +42,8 @@ void send_list(int fd, reply_t &reply, const Entry *entries, int32_t count, Fill
         if (next == nullptr)
             return;
         fill(*next, entries[i]);
-        next->status = UTM_APP_CONFIG_STATUS_DATA;
     }
-    reply_t *end = utm_app_reply_next(&block);
-    if (end == nullptr)
-        return;
-    // The last entry's figures stand in the end too.
-    if (count > 0)
-        fill(*end, entries[count - 1]);
-    end->status = UTM_APP_CONFIG_STATUS_OK;
-    utm_app_reply_flush(&block);
+    utm_app_reply_end(&block);
 }
 
 int32_t ping(const cmd_t &, reply_t &) {

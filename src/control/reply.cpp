@@ -33,6 +33,12 @@ bool write_replies(int fd, const void *bytes, size_t size) {
     return written;
 }
 
+bool write_block(reply_block_t *block) {
+    const size_t count = block->count;
+    block->count = 0;
+    return write_replies(block->fd, block->replies, count * sizeof(block->replies[0]));
+}
+
 } // namespace
 
 bool utm_app_reply_send(int fd, const utm_app_config_reply &reply, size_t size) {
@@ -43,23 +49,31 @@ void utm_app_reply_begin(reply_block_t *block, int fd) {
     block->fd = fd;
     block->count = 0;
     block->zeroed = 0;
+    block->last = nullptr;
 }
 
 utm_app_config_reply *utm_app_reply_next(reply_block_t *block) {
-    if (block->count == reply_block_size && !utm_app_reply_flush(block))
+    if (block->count == reply_block_size && !write_block(block))
         return nullptr;
     utm_app_config_reply *reply = &block->replies[block->count++];
     if (block->zeroed < block->count) {
         *reply = {};
         block->zeroed = block->count;
     }
+    reply->status = UTM_APP_CONFIG_STATUS_DATA;
+    block->last = reply;
     return reply;
 }
 
-bool utm_app_reply_flush(reply_block_t *block) {
-    const size_t count = block->count;
-    block->count = 0;
-    return write_replies(block->fd, block->replies, count * sizeof(block->replies[0]));
+void utm_app_reply_end(reply_block_t *block) {
+    const utm_app_config_reply *last = block->last;
+    utm_app_config_reply *end = utm_app_reply_next(block);
+    if (end == nullptr)
+        return;
+    if (last != nullptr)
+        *end = *last;
+    end->status = UTM_APP_CONFIG_STATUS_OK;
+    write_block(block);
 }
 
 void utm_app_reply_allow_waiting() {

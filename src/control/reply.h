@@ -13,11 +13,13 @@
 /// waits for its client once and not piece by piece.
 inline constexpr size_t reply_block_size = 48;
 
-/// The part of a list that is not written yet. What a list does not set stays zero in every reply.
+/// The part of a list that is not written yet. What a list does not set stays zero in every reply,
+/// and what it sets for its last entry stands in its end too.
 struct reply_block_t {
     int fd;
-    size_t count;  ///< replies to be written
-    size_t zeroed; ///< replies that have been used, now or for an earlier block
+    size_t count;                     ///< replies to be written
+    size_t zeroed;                    ///< replies that have been used, now or for an earlier block
+    const utm_app_config_reply *last; ///< the entry that was asked for last, null before the first
     utm_app_config_reply replies[reply_block_size];
 };
 
@@ -30,13 +32,12 @@ bool utm_app_reply_send(int fd, const utm_app_config_reply &reply,
 /// Begins a list.
 void utm_app_reply_begin(reply_block_t *block, int fd);
 
-/// Makes room for a list's next reply: a full block is written first.
-/// @return the reply, to be filled in; null when the client no longer takes replies
+/// Makes room for a list's next entry: a full block is written first.
+/// @return the data reply, to be filled in; null when the client no longer takes replies
 [[nodiscard]] utm_app_config_reply *utm_app_reply_next(reply_block_t *block);
 
-/// Writes what is left of a list.
-/// @return false when the client no longer takes replies
-bool utm_app_reply_flush(reply_block_t *block);
+/// Ends a list, and writes what is left of it.
+void utm_app_reply_end(reply_block_t *block);
 
 /// Lets replies wait for their clients, at the start.
 void utm_app_reply_allow_waiting();

@@ -16,26 +16,12 @@ using json_ptr = std::unique_ptr<json_object, json_release>;
 /// every array that comes from outside passes through here.
 /// @param object  any value, also null
 /// @return the array, borrowed from the object; null when there is no such member or it is none
-[[nodiscard]] inline json_object *json_array_member(json_object *object, const char *key) {
-    json_object *member = nullptr;
-    if (!json_object_is_type(object, json_type_object) ||
-        !json_object_object_get_ex(object, key, &member) ||
-        !json_object_is_type(member, json_type_array))
-        return nullptr;
-    return member;
-}
+[[nodiscard]] json_object *json_array_member(json_object *object, const char *key);
 
 /// Reads a value as json-c converts it: a numeric string gives its number, what is no number 0.
 /// That includes the NaN that json-c's parser takes, whose conversion differs between processors.
 /// @param value  any value, also null
-[[nodiscard]] inline int32_t json_int(json_object *value) {
-    if (json_object_is_type(value, json_type_double)) {
-        const double number = json_object_get_double(value);
-        if (number != number)
-            return 0;
-    }
-    return json_object_get_int(value);
-}
+[[nodiscard]] int32_t json_int(json_object *value);
 
 /// @return elements of an array, 0 for null
 [[nodiscard]] inline size_t json_array_size(json_object *array) {

@@ -61,15 +61,15 @@ void put(usage_text_t *text, const char *piece) {
 /// Sets a value apart from the one before it.
 void separate(usage_text_t *text) {
     if (!text->is_at_start)
-        put(text, ",", 1);
+        put(text, ",");
     text->is_at_start = false;
 }
 
 void put_key(usage_text_t *text, const char *key) {
     separate(text);
-    put(text, "\"", 1);
+    put(text, "\"");
     put(text, key);
-    put(text, "\":", 2);
+    put(text, "\":");
 }
 
 /// @param bracket  "[" or "{"

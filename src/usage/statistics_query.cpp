@@ -163,7 +163,6 @@ statistics_figures_t::statistics_figures_t(const char *text)
     : document_(json_tokener_parse(text)), data_(json_array_member(document_.get(), "data")) {}
 
 void statistics_figures_t::iterator::find() {
-    const size_t count = json_array_size(data_);
-    while (at_ < count && !read_figure(json_object_array_get_idx(data_, at_), &figure_))
+    while (at_ < count_ && !read_figure(json_object_array_get_idx(data_, at_), &figure_))
         ++at_;
 }

@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <iterator>
 
 /// Both ends of a query's interval lag the clock by so many seconds: the service has finished
 /// counting a minute once the next one is over.
@@ -81,27 +82,30 @@ public:
 
     class iterator {
     public:
-        /// Stands at the first figure from an element on.
-        iterator(json_object *data, size_t at) : data_(data), at_(at) { find(); }
+        /// Stands at the first figure.
+        explicit iterator(json_object *data) : data_(data), count_(json_array_size(data)) {
+            find();
+        }
         const statistics_figure_t &operator*() const { return figure_; }
         iterator &operator++() {
             ++at_;
             find();
             return *this;
         }
-        bool operator==(const iterator &other) const { return at_ == other.at_; }
+        bool operator==(std::default_sentinel_t) const { return at_ == count_; }
 
     private:
         /// Passes over elements that are no figures.
         void find();
 
         json_object *data_;
-        size_t at_;
+        size_t count_;
+        size_t at_ = 0;
         statistics_figure_t figure_ = {};
     };
 
-    iterator begin() const { return iterator(data_, 0); }
-    iterator end() const { return iterator(data_, json_array_size(data_)); }
+    iterator begin() const { return iterator(data_); }
+    std::default_sentinel_t end() const { return {}; }
 
 private:
     json_ptr document_;

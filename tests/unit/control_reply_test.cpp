@@ -34,7 +34,7 @@ protected:
             ASSERT_NE(reply, nullptr);
             reply->policy_id = i;
         }
-        utm_app_reply_flush(&block);
+        utm_app_reply_end(&block);
         shutdown(ends_[1], SHUT_WR);
     }
 
@@ -46,7 +46,8 @@ protected:
         for (ssize_t n; (n = recv(ends_[0], replies.data(), room, 0)) > 0; told += ".") {
             EXPECT_EQ(static_cast<size_t>(n) % sizeof(replies[0]), 0u);
             for (size_t i = 0; i < static_cast<size_t>(n) / sizeof(replies[0]); ++i)
-                told += " " + std::to_string(replies[i].policy_id);
+                told += (replies[i].status == UTM_APP_CONFIG_STATUS_DATA ? " " : " end ") +
+                        std::to_string(replies[i].policy_id);
         }
         return told;
     }
@@ -58,7 +59,12 @@ std::string numbers(int32_t first, int32_t end) {
     std::string text;
     for (int32_t i = first; i < end; ++i)
         text += " " + std::to_string(i);
-    return text + ".";
+    return text;
+}
+
+/// The end of so many entries, which repeats the last one's figures.
+std::string end_of(int32_t count) {
+    return " end " + std::to_string(count - 1);
 }
 
 constexpr int32_t block = reply_block_size;
@@ -68,7 +74,7 @@ TEST_F(Reply, ComesAlone) {
     reply.policy_id = 7;
     EXPECT_TRUE(utm_app_reply_send(ends_[1], reply));
     shutdown(ends_[1], SHUT_WR);
-    EXPECT_EQ(received(), " 7.");
+    EXPECT_EQ(received(), " end 7.");
 }
 
 TEST_F(Reply, OfAListComesInBlocks) {
@@ -76,12 +82,13 @@ TEST_F(Reply, OfAListComesInBlocks) {
         int32_t count;
         std::string received;
     } const table[] = {
-        {0, ""},
-        {1, numbers(0, 1)},
-        {block - 1, numbers(0, block - 1)},
-        {block, numbers(0, block)},
-        {block + 1, numbers(0, block) + numbers(block, block + 1)},
-        {3 * block, numbers(0, block) + numbers(block, 2 * block) + numbers(2 * block, 3 * block)},
+        {0, " end 0."},
+        {1, " 0 end 0."},
+        {block - 1, numbers(0, block - 1) + end_of(block - 1) + "."},
+        {block, numbers(0, block) + "." + end_of(block) + "."},
+        {block + 1, numbers(0, block) + "." + numbers(block, block + 1) + end_of(block + 1) + "."},
+        {2 * block,
+         numbers(0, block) + "." + numbers(block, 2 * block) + "." + end_of(2 * block) + "."},
     };
     for (const auto &row : table) {
         SetUp();
