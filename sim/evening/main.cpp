@@ -1,7 +1,7 @@
 /// One household's evening against the real daemon, in virtual time.
 ///
 /// Everything that the timeline shows as the daemon's or the router's is what they did: the
-/// daemon's log and answers, and the command lines and events that reached the simulated router.
+/// daemon's log, and the command lines and events that reached the simulated router.
 /// Whatever it is asked goes through utm_appctl, as it would at a terminal.
 /// The evening knows how it has to end, so it also serves as a test of the whole.
 
@@ -24,14 +24,14 @@ static void play(stage *set) {
     for (const scene_entry &scene : evening_scenes()) {
         if (set->broken)
             return;
-        timeline_title(set->out, scene.title);
+        timeline_title(&set->out, scene.title);
         scene.play(set);
     }
 }
 
 static int finish(stage *set) {
-    show_router_counts(*set);
-    timeline_title(set->out, "Friday, as the daemon counted it");
+    show_router_counts(set);
+    timeline_title(&set->out, "Friday, as the daemon counted it");
     printf("%s", set->day_table.c_str());
     std::string reports = sim_sanitizer_reports(set->options.router_dir);
     stage_expect(set, reports.empty(), "memory and threads are sound\n" + reports);

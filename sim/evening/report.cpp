@@ -102,7 +102,7 @@ void show_progress(stage *set) {
         if (usage.is_limited)
             text += " of " + minutes_text(usage.limit + usage.bonus) + " " +
                     bar(usage.today, usage.limit + usage.bonus);
-        timeline_say(set->out, sim_clock_now(set->clock), voice::daemon, text,
+        timeline_say(&set->out, sim_clock_now(set->clock), voice::usage, text,
                      app_list(*set, app_usage_of_person(set, person, 0)));
     }
 }
@@ -131,9 +131,9 @@ std::string usage_table(stage *set, int32_t days_ago) {
     return table + table_row("together", "", "", "", app_list(*set, together));
 }
 
-void show_router_counts(const stage &set) {
-    timeline_title(set.out, "What reached the router");
-    for (const auto &[kind, count] : set.router_counts)
+void show_router_counts(stage *set) {
+    timeline_title(&set->out, "What reached the router");
+    for (const auto &[kind, count] : set->router_counts)
         printf("%6zu  %s\n", count, kind.c_str());
 }
 

@@ -27,7 +27,7 @@ void show_progress(stage *set);
 std::string usage_table(stage *set, int32_t days_ago);
 
 /// Shows how often which kind of command or event reached the router.
-void show_router_counts(const stage &set);
+void show_router_counts(stage *set);
 
 /// @return where the page that utm_appctl makes of the evening is put: in the build's directory,
 /// which is still in sight when the evening's own /tmp is gone

@@ -57,16 +57,16 @@ std::string rule(const stage &set, const char *app, const char *what) {
     return stage_app(set, app).name + "=" + what;
 }
 
-void show_names(const stage &set) {
-    timeline_say(set.out, sim_clock_now(set.clock), voice::family,
+void show_names(stage *set) {
+    timeline_say(&set->out, sim_clock_now(set->clock), voice::family,
                  std::string("$ cat ") + STAGE_APP_NAMES, "what the applications' numbers mean");
     for (const std::string &line : sim_split_lines(sim_read_file(STAGE_APP_NAMES)))
-        timeline_note(set.out, line);
+        timeline_note(&set->out, line);
 }
 
 void limit_applications(stage *set) {
     if (!set->hushed)
-        show_names(*set);
+        show_names(set);
     give_policy(set, "mia", "10", {rule(*set, "video", "1h"), rule(*set, "shorts", "block")},
                 "an hour of video a day, no short clips");
     give_policy(set, "leo", "11", {rule(*set, "games", "45m")}, "45 minutes of games a day");
@@ -82,7 +82,7 @@ void configure_again(stage *set) {
     limit_people(set);
     limit_applications(set);
     set->hushed = false;
-    timeline_say(set->out, sim_clock_now(set->clock), voice::family,
+    timeline_say(&set->out, sim_clock_now(set->clock), voice::family,
                  "and the " + std::to_string(set->typed - typed_before) +
                      " lines for people, devices and rules again");
 }

@@ -69,7 +69,7 @@ void stage_expect(stage *set, bool holds, const std::string &expectation) {
     if (holds || set->broken)
         return;
     ++set->unexpected;
-    timeline_complain(set->out, "it is not so that " + expectation);
+    timeline_complain(&set->out, "it is not so that " + expectation);
 }
 
 static void give_up(stage *set, const std::string &expectation) {
@@ -80,16 +80,16 @@ static void give_up(stage *set, const std::string &expectation) {
 void stage_start_daemon(stage *set) {
     if (!sim_daemon_start(&set->daemon, set->options) || !sim_clock_wait_asleep(set->clock))
         return give_up(set, "the daemon starts");
-    timeline_say(set->out, sim_clock_now(set->clock), voice::daemon, "starts",
-                 "the real program, in a /tmp and a /dev of its own");
+    timeline_say(&set->out, sim_clock_now(set->clock), voice::system, "utm_appd starts",
+                 "the real program, with a /tmp and a control socket of its own");
 }
 
 void stage_stop_daemon(stage *set) {
     sim_exit how = sim_daemon_stop(&set->daemon);
     stage_follow(set);
     stage_expect(set, how.ended && how.status == 0, "SIGINT ends the daemon with status 0");
-    timeline_say(set->out, sim_clock_now(set->clock), voice::daemon,
-                 "SIGINT: exit status " + std::to_string(how.status));
+    timeline_say(&set->out, sim_clock_now(set->clock), voice::system,
+                 "utm_appd gets SIGINT: exit status " + std::to_string(how.status));
 }
 
 /// The daemon logs every request; the timeline shows them already, as they were typed.
@@ -105,13 +105,13 @@ static size_t run_length(const std::vector<std::string> &lines, size_t at) {
     return end - at;
 }
 
-static void show(const stage &set, voice who, const std::string &line, size_t times,
+static void show(stage *set, voice who, const std::string &line, size_t times,
                  std::string meaning) {
-    if (set.hushed)
+    if (set->hushed)
         return;
     if (times > 1)
         meaning += (meaning.empty() ? "" : "; ") + std::to_string(times) + " times";
-    timeline_say(set.out, sim_clock_now(set.clock), who, line, meaning);
+    timeline_say(&set->out, sim_clock_now(set->clock), who, line, meaning);
 }
 
 static void follow_log(stage *set) {
@@ -123,7 +123,7 @@ static void follow_log(stage *set) {
     std::erase_if(news, is_noise);
     for (size_t at = 0, times = 0; at < news.size(); at += times) {
         times = run_length(news, at);
-        show(*set, voice::daemon, news[at], times, "");
+        show(set, voice::daemon, news[at], times, "");
     }
 }
 
@@ -136,7 +136,7 @@ static void follow_journal(stage *set) {
         set->router_counts[read.kind] += times;
         stage_expect(set, read.kind != ROUTER_REFUSED, "the router knows: " + lines[shown]);
         if (read.kind != ROUTER_QUERY)
-            show(*set, voice::router, lines[shown], times, read.meaning);
+            show(set, voice::router, lines[shown], times, read.meaning);
     }
 }
 

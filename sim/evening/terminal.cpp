@@ -32,7 +32,7 @@ std::string type(stage *set, const typed_words &words, const std::string &typed,
         return {};
     ++set->typed;
     if (!set->hushed)
-        timeline_say(set->out, sim_clock_now(set->clock), voice::family, "$ " + typed, meaning);
+        timeline_say(&set->out, sim_clock_now(set->clock), voice::family, "$ " + typed, meaning);
     return terminal_ask(set, words);
 }
 
@@ -66,7 +66,7 @@ std::string terminal_show(stage *set, const typed_words &words, const std::strin
     const size_t left_out =
         last_lines > 0 && lines.size() > last_lines ? lines.size() - last_lines : 0;
     for (size_t i = left_out; i < lines.size(); ++i)
-        timeline_note(set->out, lines[i]);
+        timeline_note(&set->out, lines[i]);
     stage_follow(set);
     return printed;
 }
