@@ -1,0 +1,37 @@
+The client of docs/protocol.md prints what the page says it prints.
+
+  $ page="$SOURCE/docs/protocol.md"
+  $ sed -n '/^```python$/,/^```$/p' "$page" | sed '1d;$d' >mine.py
+  $ sed -n '/^    \$ scripts\/sandbox python3 mine.py$/,/^$/s/^    //p' "$page" | sed 1d >expected
+  $ wc -l <expected
+  4
+  $ python3 mine.py >printed
+  $ cmp printed expected
+
+More than one request on a connection: the first is answered, and then there is no end but an error.
+
+  $ cat >several.py <<'PY'
+  > import socket
+  > def told(call):
+  >     try: return str(call())
+  >     except OSError as error: return type(error).__name__
+  > def connect():
+  >     daemon = socket.socket(socket.AF_UNIX)
+  >     daemon.connect("/dev/utm_app_config_socket")
+  >     return daemon
+  > def read(daemon):
+  >     return told(lambda: len(daemon.recv(832, socket.MSG_WAITALL)))
+  > ping = bytes(136)
+  > for text in ping, ping + ping, ping + b"\0":
+  >     daemon = connect()
+  >     daemon.send(text)
+  >     print(len(text), "bytes:", read(daemon), read(daemon))
+  > daemon = connect()
+  > daemon.send(ping)
+  > print("one:", read(daemon), read(daemon), told(lambda: daemon.send(ping)))
+  > PY
+  $ python3 several.py
+  136 bytes: 832 0
+  272 bytes: 832 ConnectionResetError
+  137 bytes: 832 ConnectionResetError
+  one: 832 0 BrokenPipeError
