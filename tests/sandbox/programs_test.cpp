@@ -27,7 +27,8 @@ protected:
         provide("with_shell", "#!/bin/sh\nexit 42\n");
         // The searching calls hand such a file to the shell.
         provide("without_shell", "exit 42\n");
-        setenv("PATH", (here.folder + "/bin:" + old_path).c_str(), 1);
+        // A folder that this user may not look into would change what a search ends with.
+        setenv("PATH", (here.folder + "/bin:/usr/bin:/bin").c_str(), 1);
     }
     void TearDown() override { setenv("PATH", old_path.c_str(), 1); }
 
