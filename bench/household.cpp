@@ -91,7 +91,7 @@ std::string reply_of(int32_t apps, bool has_internet) {
 
 } // namespace
 
-// ---- What the linker puts behind the daemon's doors ----------------------------------------
+// ---- What the linker puts in place of these calls ----------------------------------------
 
 extern "C" {
 

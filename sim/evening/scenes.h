@@ -1,5 +1,5 @@
 #pragma once
-/// The story of the evening, a function per scene, in the order in which they are played.
+/// The evening, a function per scene, in the order in which they are played.
 
 #include "sim/evening/stage.h"
 

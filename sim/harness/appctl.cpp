@@ -7,11 +7,11 @@ static std::string quoted(const std::string &word) {
 }
 
 sim_outcome sim_appctl(const sim_daemon_options &world, const std::vector<std::string> &words,
-                       sim_patience patience) {
+                       sim_timeout timeout) {
     std::vector<std::string> command_line = {SIM_BUILT_APPCTL};
     command_line.insert(command_line.end(), words.begin(), words.end());
     return sim_run(
-        command_line, [&] { sim_set_environment(world); }, patience);
+        command_line, [&] { sim_set_environment(world); }, timeout);
 }
 
 std::string sim_appctl_line(const std::vector<std::string> &words) {

@@ -80,9 +80,9 @@ static void split_replies(sim_answer *answer) {
         memcpy(answer->replies.data(), answer->bytes.data(), count * UTM_APP_CONFIG_REPLY_SIZE);
 }
 
-sim_answer sim_read_answer(int fd, sim_patience patience) {
+sim_answer sim_read_answer(int fd, sim_timeout timeout) {
     sim_answer answer = {.connected = true};
-    auto deadline = steady_clock::now() + patience.limit;
+    auto deadline = steady_clock::now() + timeout.limit;
     while (!answer.closed) {
         auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
         pollfd readable = {.fd = fd, .events = POLLIN, .revents = 0};
@@ -101,25 +101,25 @@ sim_answer sim_read_answer(int fd, sim_patience patience) {
     return answer;
 }
 
-sim_answer sim_ask_bytes(const std::string &bytes, sim_patience patience) {
+sim_answer sim_ask_bytes(const std::string &bytes, sim_timeout timeout) {
     int fd = sim_connect();
     if (fd < 0)
         return {};
     // A daemon that has gone away shows in the answer, not as a SIGPIPE.
     if (send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
         fprintf(stderr, "sending to the daemon: %s\n", strerror(errno));
-    sim_answer answer = sim_read_answer(fd, patience);
+    sim_answer answer = sim_read_answer(fd, timeout);
     close(fd);
     return answer;
 }
 
-sim_answer sim_ask_command(const utm_app_config_cmd &command, sim_patience patience) {
+sim_answer sim_ask_command(const utm_app_config_cmd &command, sim_timeout timeout) {
     std::string bytes(reinterpret_cast<const char *>(&command), sizeof command);
-    return sim_ask_bytes(bytes, patience);
+    return sim_ask_bytes(bytes, timeout);
 }
 
-sim_answer sim_ask(const sim_request &request, sim_patience patience) {
-    return sim_ask_command(sim_command(request), patience);
+sim_answer sim_ask(const sim_request &request, sim_timeout timeout) {
+    return sim_ask_command(sim_command(request), timeout);
 }
 
 int sim_status(const sim_answer &answer) {

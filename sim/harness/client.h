@@ -48,16 +48,16 @@ struct sim_answer {
 int sim_connect();
 
 /// Reads until the daemon closes the connection.
-sim_answer sim_read_answer(int fd, sim_patience patience = {});
+sim_answer sim_read_answer(int fd, sim_timeout timeout = {});
 
 /// Sends one request in one write and reads the answer to its end.
-sim_answer sim_ask(const sim_request &request, sim_patience patience = {});
+sim_answer sim_ask(const sim_request &request, sim_timeout timeout = {});
 
 /// The same for a request with an overlay, or one that was put together by hand.
-sim_answer sim_ask_command(const utm_app_config_cmd &command, sim_patience patience = {});
+sim_answer sim_ask_command(const utm_app_config_cmd &command, sim_timeout timeout = {});
 
 /// Sends any bytes at all, in one write, and reads the answer to its end.
-sim_answer sim_ask_bytes(const std::string &bytes, sim_patience patience = {});
+sim_answer sim_ask_bytes(const std::string &bytes, sim_timeout timeout = {});
 
 /// @return the status of the last reply, or -1 when there was none
 int sim_status(const sim_answer &answer);

@@ -51,16 +51,16 @@ time_t sim_clock_now(const sim_clock &clock) {
     return clock.page->now.load();
 }
 
-bool sim_clock_wait_asleep(const sim_clock &clock, sim_patience patience) {
+bool sim_clock_wait_asleep(const sim_clock &clock, sim_timeout timeout) {
     const sim_clock_page *page = clock.page;
     return sim_wait_for(
         [page] { return page->taken.load() == page->granted.load() && page->sleeper.load() != 0; },
-        patience);
+        timeout);
 }
 
-bool sim_clock_advance(sim_clock *clock, int seconds, sim_patience patience) {
+bool sim_clock_advance(sim_clock *clock, int seconds, sim_timeout timeout) {
     sim_clock_grant(clock, seconds);
-    return sim_clock_wait_asleep(*clock, patience);
+    return sim_clock_wait_asleep(*clock, timeout);
 }
 
 void sim_clock_grant(sim_clock *clock, int seconds) {

@@ -31,12 +31,12 @@ time_t sim_clock_now(const sim_clock &clock);
 
 /// Waits until a program sleeps and nothing granted is left: after a start this means that the
 /// daemon's first tick is over.
-[[nodiscard]] bool sim_clock_wait_asleep(const sim_clock &clock, sim_patience patience = {});
+[[nodiscard]] bool sim_clock_wait_asleep(const sim_clock &clock, sim_timeout timeout = {});
 
 /// Lets `seconds` pass and waits until the program has slept through them and sleeps again. The
 /// work that it does in between is done when this returns: after 60 seconds, one tick.
 /// @return false when the program was not asleep again in time; the seconds stay granted
-[[nodiscard]] bool sim_clock_advance(sim_clock *clock, int seconds, sim_patience patience = {});
+[[nodiscard]] bool sim_clock_advance(sim_clock *clock, int seconds, sim_timeout timeout = {});
 
 /// Grants `seconds` without waiting, for a program that is meant to be caught halfway.
 void sim_clock_grant(sim_clock *clock, int seconds);

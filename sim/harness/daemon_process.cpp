@@ -41,7 +41,7 @@ bool is_on_its_way(pid_t pid) {
 }
 
 /// The orphan that the starter left is ours from the moment the starter has ended.
-pid_t adopt_new_child(const std::set<pid_t> &before, sim_patience patience) {
+pid_t adopt_new_child(const std::set<pid_t> &before, sim_timeout timeout) {
     pid_t found = -1;
     bool adopted = sim_wait_for(
         [&] {
@@ -50,7 +50,7 @@ pid_t adopt_new_child(const std::set<pid_t> &before, sim_patience patience) {
                     found = pid;
             return found > 0 || sim_children() == before;
         },
-        patience);
+        timeout);
     return adopted ? found : -1;
 }
 
@@ -58,7 +58,7 @@ pid_t adopt_new_child(const std::set<pid_t> &before, sim_patience patience) {
 
 void sim_set_environment(const sim_daemon_options &options) {
     const char *old_path = getenv("PATH");
-    std::string path = options.stand_ins + ":" + (old_path != nullptr ? old_path : "/usr/bin:/bin");
+    std::string path = options.fakes + ":" + (old_path != nullptr ? old_path : "/usr/bin:/bin");
     setenv("PATH", path.c_str(), 1);
     setenv("TZ", options.time_zone.c_str(), 1);
     setenv("UTM_SIM_DIR", options.router_dir.c_str(), 1);
@@ -72,7 +72,7 @@ void sim_set_environment(const sim_daemon_options &options) {
 
 sim_daemon_options sim_built_options(const std::string &router_dir) {
     return {.binary = SIM_BUILT_DAEMON,
-            .stand_ins = SIM_BUILT_STAND_INS,
+            .fakes = SIM_BUILT_FAKES,
             .router_dir = router_dir,
             .preload = SIM_TESTED_PRELOAD};
 }
@@ -86,8 +86,7 @@ sim_daemon::~sim_daemon() {
         sim_daemon_kill(this);
 }
 
-bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
-                      sim_patience patience) {
+bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options, sim_timeout timeout) {
     daemon->pid = daemon->starter_status = -1;
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (options.clock != nullptr)
@@ -96,28 +95,28 @@ bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
     pid_t starter = launch(options);
     if (starter < 0)
         return false;
-    sim_exit how = sim_reap(starter, patience);
+    sim_exit how = sim_reap(starter, timeout);
     if (!how.ended) {
         kill(starter, SIGKILL);
         waitpid(starter, nullptr, 0);
         return false;
     }
     daemon->starter_status = how.status;
-    daemon->pid = daemon->starter_status == 0 ? adopt_new_child(before, patience) : -1;
+    daemon->pid = daemon->starter_status == 0 ? adopt_new_child(before, timeout) : -1;
     return daemon->pid > 0;
 }
 
-sim_exit sim_daemon_wait_exit(sim_daemon *daemon, sim_patience patience) {
+sim_exit sim_daemon_wait_exit(sim_daemon *daemon, sim_timeout timeout) {
     if (daemon->pid <= 0)
         return {};
-    sim_exit how = sim_reap(daemon->pid, patience);
+    sim_exit how = sim_reap(daemon->pid, timeout);
     if (how.ended)
         daemon->pid = -1;
     return how;
 }
 
-sim_exit sim_daemon_stop(sim_daemon *daemon, sim_patience patience) {
-    const sim_patience between_signals = {std::chrono::milliseconds(20)};
+sim_exit sim_daemon_stop(sim_daemon *daemon, sim_timeout timeout) {
+    const sim_timeout between_signals = {std::chrono::milliseconds(20)};
     sim_exit how;
     bool gone = sim_wait_for(
         [&] {
@@ -126,7 +125,7 @@ sim_exit sim_daemon_stop(sim_daemon *daemon, sim_patience patience) {
             how = sim_daemon_wait_exit(daemon, between_signals);
             return how.ended;
         },
-        patience);
+        timeout);
     return gone ? how : sim_exit{};
 }
 

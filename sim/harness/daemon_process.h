@@ -14,14 +14,14 @@
 /// Where everything is, and what the daemon is to believe.
 struct sim_daemon_options {
     std::string binary = {};       ///< the daemon
-    std::string stand_ins = {};    ///< directory that goes first on its PATH
+    std::string fakes = {};        ///< directory that goes first on its PATH
     std::string router_dir = {};   ///< the simulated router's directory (UTM_SIM_DIR)
     std::string time_zone = "UTC"; ///< TZ
     sim_clock *clock = nullptr;    ///< null: real time
     std::string preload = {};      ///< libsimpreload.so, built for the daemon's machine
     /// Set last, so these may replace any of the above.
     std::vector<std::pair<std::string, std::string>> environment = {};
-    /// Run in the new process just before it becomes the daemon.
+    /// Run in the new process just before exec.
     std::function<void()> in_child = {};
 };
 
@@ -36,7 +36,7 @@ struct sim_daemon {
     ~sim_daemon();
 };
 
-/// @return options for the daemon of this build, with the stand-ins and the clock library of this
+/// @return options for the daemon of this build, with the fakes and the clock library of this
 /// build and no clock yet
 sim_daemon_options sim_built_options(const std::string &router_dir);
 
@@ -44,24 +44,24 @@ sim_daemon_options sim_built_options(const std::string &router_dir);
 std::string sim_build_directory();
 
 /// Gives the calling process the environment of a program in the daemon's world: its PATH, local
-/// time, clock and router. For a new process, before it becomes that program.
+/// time, clock and router. For a new process, before its exec.
 void sim_set_environment(const sim_daemon_options &options);
 
 /// Starts the daemon and waits until it has detached, which is when its socket exists. The calling
 /// process becomes the reaper of orphans, so that the detached daemon is a child of it.
 /// @return false when it did not detach; `starter_status` tells why (1: no socket)
 [[nodiscard]] bool sim_daemon_start(sim_daemon *daemon, const sim_daemon_options &options,
-                                    sim_patience patience = {});
+                                    sim_timeout timeout = {});
 
 /// Sends SIGINT until the daemon is gone. One is not always enough: like any program that tests a
 /// flag and then sleeps, it can receive the signal just between the two.
-sim_exit sim_daemon_stop(sim_daemon *daemon, sim_patience patience = {});
+sim_exit sim_daemon_stop(sim_daemon *daemon, sim_timeout timeout = {});
 
 /// Ends the daemon as a power cut would.
 sim_exit sim_daemon_kill(sim_daemon *daemon);
 
 /// Waits for the daemon to end by itself.
-sim_exit sim_daemon_wait_exit(sim_daemon *daemon, sim_patience patience = {});
+sim_exit sim_daemon_wait_exit(sim_daemon *daemon, sim_timeout timeout = {});
 
 /// Sends one signal.
 bool sim_daemon_signal(const sim_daemon &daemon, int signal_number);

@@ -51,8 +51,8 @@ std::vector<std::string> sim_journal(const std::string &router_dir) {
     return sim_split_lines(sim_read_file(router_dir + "/journal"));
 }
 
-bool sim_wait_for(const std::function<bool()> &condition, sim_patience patience) {
-    auto deadline = steady_clock::now() + patience.limit;
+bool sim_wait_for(const std::function<bool()> &condition, sim_timeout timeout) {
+    auto deadline = steady_clock::now() + timeout.limit;
     while (!condition()) {
         if (steady_clock::now() > deadline)
             return false;

@@ -8,7 +8,7 @@
 
 /// How long, in real time, to wait for something that should happen at once. Generous: it is
 /// reached only when something is broken, or on a very slow machine.
-struct sim_patience {
+struct sim_timeout {
     std::chrono::milliseconds limit{20'000};
 };
 
@@ -26,4 +26,4 @@ std::vector<std::string> sim_journal(const std::string &router_dir);
 
 /// Polls once a millisecond.
 /// @return false when the condition did not come true in time
-[[nodiscard]] bool sim_wait_for(const std::function<bool()> &condition, sim_patience patience = {});
+[[nodiscard]] bool sim_wait_for(const std::function<bool()> &condition, sim_timeout timeout = {});

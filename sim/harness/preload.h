@@ -10,7 +10,7 @@ std::string sim_built_preload();
 /// Lets sanitized programs accept a preloaded library in front of their runtime.
 void sim_accept_preload();
 
-/// Preloads a library into the program that this process becomes, beside what is preloaded.
+/// Preloads a library into the program that this process executes, beside what is preloaded.
 ///
 /// @param library  need not be of this machine: an emulated program takes its own, and each loader
 ///                 passes over the other's

@@ -53,7 +53,7 @@ sim_exit describe(int wait_status) {
     return how;
 }
 
-sim_patience patience_until(moment deadline) {
+sim_timeout timeout_until(moment deadline) {
     auto left = duration_cast<milliseconds>(deadline - steady_clock::now());
     return {std::max(left, milliseconds(0))};
 }
@@ -85,7 +85,7 @@ void collect(int *out, int *err, sim_outcome *of, moment deadline) {
         // A descriptor below zero is passed over.
         pollfd ends[] = {{.fd = *out, .events = POLLIN, .revents = 0},
                          {.fd = *err, .events = POLLIN, .revents = 0}};
-        auto left = patience_until(deadline).limit.count();
+        auto left = timeout_until(deadline).limit.count();
         if (left <= 0)
             return;
         if (poll(ends, 2, static_cast<int>(left)) <= 0)
@@ -130,15 +130,15 @@ void sim_exec_own(const std::vector<std::string> &command_line) {
     exec_through(SIM_OWN_EMULATOR, command_line);
 }
 
-sim_exit sim_reap(pid_t pid, sim_patience patience) {
+sim_exit sim_reap(pid_t pid, sim_timeout timeout) {
     int wait_status = 0;
-    bool ended = sim_wait_for([&] { return waitpid(pid, &wait_status, WNOHANG) == pid; }, patience);
+    bool ended = sim_wait_for([&] { return waitpid(pid, &wait_status, WNOHANG) == pid; }, timeout);
     return ended ? describe(wait_status) : sim_exit{};
 }
 
 sim_outcome sim_run(const std::vector<std::string> &command_line,
-                    const std::function<void()> &in_child, sim_patience patience) {
-    const moment deadline = steady_clock::now() + patience.limit;
+                    const std::function<void()> &in_child, sim_timeout timeout) {
+    const moment deadline = steady_clock::now() + timeout.limit;
     sim_outcome outcome;
     pipe_ends out;
     pipe_ends err;
@@ -150,7 +150,7 @@ sim_outcome sim_run(const std::vector<std::string> &command_line,
     pipe_ends::close_end(&out.write);
     pipe_ends::close_end(&err.write);
     collect(&out.read, &err.read, &outcome, deadline);
-    outcome.how = sim_reap(pid, patience_until(deadline));
+    outcome.how = sim_reap(pid, timeout_until(deadline));
     if (!outcome.how.ended) {
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);

@@ -11,13 +11,13 @@
 
 /// How a process ended.
 struct sim_exit {
-    bool ended = false; ///< false: it was still there when patience ran out
+    bool ended = false; ///< false: it was still there when the timeout was over
     int status = -1;    ///< exit status, or -1 when a signal ended it
     int signal = 0;     ///< the signal that ended it, or 0
 };
 
 /// Waits for a child of ours to end.
-sim_exit sim_reap(pid_t pid, sim_patience patience = {});
+sim_exit sim_reap(pid_t pid, sim_timeout timeout = {});
 
 /// @return the children of the calling process, orphans that were passed to it included
 std::set<pid_t> sim_children();
@@ -41,6 +41,6 @@ struct sim_outcome {
 /// One that has not ended in time is killed, and `how.ended` stays false.
 ///
 /// @param command_line  the program, by its path, and its arguments
-/// @param in_child      run in the new process just before it becomes the program; may be empty
+/// @param in_child      run in the new process just before exec; may be empty
 sim_outcome sim_run(const std::vector<std::string> &command_line,
-                    const std::function<void()> &in_child = {}, sim_patience patience = {});
+                    const std::function<void()> &in_child = {}, sim_timeout timeout = {});

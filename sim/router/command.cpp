@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-/// A gate that nobody opens must not leave the stand-in behind for ever.
-static constexpr sim_patience AT_A_GATE = {std::chrono::seconds(60)};
+/// A gate that nobody opens must not leave the fake behind for ever.
+static constexpr sim_timeout AT_A_GATE = {std::chrono::seconds(60)};
 static constexpr int GATE_STAYED_SHUT = 70;
 
 static std::string quoted(const std::string &argument) {

@@ -1,9 +1,9 @@
 #pragma once
-/// What every stand-in does with its command line, whatever its trade.
+/// What every fake does with its command line, whatever its trade.
 
 #include <string>
 
-/// Exit status of a stand-in that was given a command line it does not know.
+/// Exit status of a fake that was given a command line it does not know.
 inline constexpr int SIM_REFUSED = 64;
 
 /// @return the command line as a person would type it, on one line: arguments that a shell would

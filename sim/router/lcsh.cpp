@@ -1,4 +1,4 @@
-/// Stand-in for the shell of the packet inspection engine. It knows the command lines that the
+/// A fake of the shell of the packet inspection engine. It knows the command lines that the
 /// daemon issues, to the letter, and refuses all others.
 
 #include "sim/router/command.h"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Stand-in for the router's script of the same name. It knows the one command line that the daemon
+# A fake of the router's script of the same name. It knows the one command line that the daemon
 # issues: -C and a profile id.
 
 refuse() {

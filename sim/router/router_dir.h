@@ -1,7 +1,7 @@
 #pragma once
 /// The simulated router's directory: its journal and the files that hold its state.
 ///
-/// Every fact of the state is a file of its own that exists or not. So the stand-ins, separate
+/// Every fact of the state is a file of its own that exists or not. So the fakes, separate
 /// processes that may run at the same moment, need no lock to agree on it.
 ///
 /// | file                | while it exists                                             |

@@ -14,7 +14,7 @@ namespace {
 int usage() {
     fputs("usage: simrouter blocked         what is blocked now, in the router of UTM_SIM_DIR\n"
           "       simrouter check FILE      whether FILE is a proper scenario\n"
-          "       simrouter accept COMMAND  journal a stand-in's command line, with its faults\n",
+          "       simrouter accept COMMAND  journal a fake's command line, with its faults\n",
           stderr);
     return 2;
 }

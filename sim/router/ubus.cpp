@@ -1,4 +1,4 @@
-/// Stand-in for the client of the router's message bus. It knows one call, the usage query of the
+/// A fake of the client of the router's message bus. It knows one call, the usage query of the
 /// packet inspection engine's statistics service, in the two forms that the daemon issues.
 
 #include "sim/harness/files.h"

@@ -28,7 +28,7 @@ const appctl_end TIMED_OUT =
     fails(4, "the daemon did not answer within 1 s: it may be waiting for "
              "one of the router's programs; try again, or wait longer with -t");
 
-/// Runs the client with a second's patience and expects that this is what it had.
+/// Runs the client with a timeout of a second and expects that this is what it had.
 appctl_end impatient(std::vector<std::string> words) {
     words.insert(words.end(), {"-s", FAKE_SOCKET, "-t", "1"});
     const auto began = steady_clock::now();

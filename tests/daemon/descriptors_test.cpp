@@ -16,12 +16,12 @@ namespace {
 
 constexpr char RECORDERS[] = "/tmp/bin";
 
-/// Goes before the stand-ins on the PATH: writes down what it inherited, then is the program of
+/// Goes before the fakes on the PATH: writes down what it inherited, then is the program of
 /// its name.
 constexpr char RECORDER_SCRIPT[] = R"(#!/bin/sh
 name=${0##*/}
 ls -l /proc/self/fd >"$UTM_SIM_DIR/inherited.$name.$$"
-real=")" UTM_STAND_INS R"(/$name"
+real=")" UTM_FAKES R"(/$name"
 [ -x "$real" ] || real=/bin/$name
 exec "$real" "$@"
 )";
@@ -58,7 +58,7 @@ protected:
             ASSERT_TRUE(sim_write_file(path, RECORDER_SCRIPT));
             ASSERT_EQ(chmod(path.c_str(), 0777), 0);
         }
-        options.stand_ins = RECORDERS;
+        options.fakes = RECORDERS;
     }
     /// Profile 1 with a device and a rule that blocks application 300, with the feature on.
     void set_up_a_profile() {

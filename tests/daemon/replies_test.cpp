@@ -29,7 +29,7 @@ protected:
         ASSERT_EQ(mkdir("/tmp/bin", 0777), 0);
         ASSERT_TRUE(sim_write_file("/tmp/bin/lcsh", "#!/bin/sh\n" + script + "\n"));
         ASSERT_EQ(chmod("/tmp/bin/lcsh", 0777), 0);
-        options.stand_ins = std::string("/tmp/bin:") + UTM_STAND_INS;
+        options.fakes = std::string("/tmp/bin:") + UTM_FAKES;
         start();
     }
 };

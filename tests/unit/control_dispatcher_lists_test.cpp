@@ -106,7 +106,7 @@ TEST_F(DispatcherLists, FailsWhenAListCannotBeAllocated) {
         world::fail_allocation(1);
         EXPECT_EQ(exchange(request(type, {5, 0})), "fail\n");
     }
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log [socket] Receive cmd type=31\n"
               "log Get weekday daily limit of profile 5 failed because malloc failed\n"
               "log [socket] Receive cmd type=36\n"
@@ -123,8 +123,8 @@ TEST_F(DispatcherLists, EndsAListEarlyForAClientThatNeverReads) {
     make_usage(profile, apps);
     int ends[2];
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    const timeval patience = {0, 50'000};
-    ASSERT_EQ(setsockopt(ends[1], SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof(patience)), 0);
+    const timeval timeout = {0, 50'000};
+    ASSERT_EQ(setsockopt(ends[1], SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout)), 0);
     const std::string asked = bytes_of(request(36, {5, 0}));
     ASSERT_EQ(write(ends[0], asked.data(), asked.size()), 136);
     utm_app_config_cmd_dispatch(ends[1]);
@@ -154,7 +154,7 @@ TEST_F(DispatcherLists, RunsTheCommandOfAClientThatHasGone) {
         close(ends[1]);
     }
     signal(SIGPIPE, before);
-    EXPECT_EQ(world::story(), "log [socket] Receive cmd type=31\n"
+    EXPECT_EQ(world::trace(), "log [socket] Receive cmd type=31\n"
                               "log [socket] Receive cmd type=1\n"
                               "log Create profile 6 success\n");
 }
@@ -185,7 +185,7 @@ TEST_F(DispatcherLists, LoadsASignatureWhenTheShellSaysSo) {
     for (const load_case_t &c : cases) {
         world::on_popen([&c](const std::string &) { return c.printed; });
         EXPECT_EQ(exchange(world::path_request(46, "/tmp/sig.bin")), c.reply) << c.printed;
-        EXPECT_EQ(world::story(), load + std::string("log cmd = lcsh load /tmp/sig.bin\n"
+        EXPECT_EQ(world::trace(), load + std::string("log cmd = lcsh load /tmp/sig.bin\n"
                                                      "query lcsh load /tmp/sig.bin\n"));
         EXPECT_EQ(world::open_pipes(), 0);
     }
@@ -194,7 +194,7 @@ TEST_F(DispatcherLists, LoadsASignatureWhenTheShellSaysSo) {
 TEST_F(DispatcherLists, AnswersWithAShortReplyWhenTheShellCannotBeStarted) {
     world::fail_popen(1);
     EXPECT_EQ(exchange(world::path_request(46, "x")), "not loaded in 136 bytes\n");
-    EXPECT_EQ(world::story(), load + std::string("log cmd = lcsh load x\n"
+    EXPECT_EQ(world::trace(), load + std::string("log cmd = lcsh load x\n"
                                                  "query failed lcsh load x\n"
                                                  "log cmd popen :lcsh load app signature fail.\n"));
 }
@@ -205,7 +205,7 @@ TEST_F(DispatcherLists, CutsASignaturesLineAt127Characters) {
         // A path of 128 characters comes without its NUL.
         EXPECT_EQ(exchange(world::path_request(46, std::string(length, 'p'))), "not loaded\n");
         const std::string line = "lcsh load " + std::string(room, 'p') + "\n";
-        EXPECT_EQ(world::story(), load + ("log cmd = " + line) + "query " + line) << length;
+        EXPECT_EQ(world::trace(), load + ("log cmd = " + line) + "query " + line) << length;
     }
 }
 
@@ -213,7 +213,7 @@ TEST_F(DispatcherLists, TakesAPathAsItStands) {
     EXPECT_EQ(exchange(world::path_request(46, "")), "not loaded\n");
     EXPECT_EQ(exchange(world::path_request(46, "%s%n a;b")), "not loaded\n");
     EXPECT_EQ(exchange(world::path_request(46, std::string("ab\0cd", 5))), "not loaded\n");
-    EXPECT_EQ(world::story(), load +
+    EXPECT_EQ(world::trace(), load +
                                   std::string("log cmd = lcsh load \n"
                                               "query lcsh load \n") +
                                   load +

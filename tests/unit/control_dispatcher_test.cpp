@@ -35,14 +35,14 @@ std::string received_log(int type) {
 TEST_F(Dispatcher, AnswersAPing) {
     const std::string reply = exchange_bytes(bytes_of(request(0)));
     EXPECT_EQ(reply, std::string(832, '\0'));
-    EXPECT_EQ(world::story(), "log [socket] Receive cmd type=0\n");
+    EXPECT_EQ(world::trace(), "log [socket] Receive cmd type=0\n");
 }
 
 TEST_F(Dispatcher, GivesNoReplyToARequestThatIsNotWhole) {
     const std::string whole = bytes_of(request(1, {5}));
     for (const size_t size : {0u, 1u, 8u, 135u})
         EXPECT_EQ(exchange_bytes(whole.substr(0, size)), "") << size;
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(world::render_store(), "router: apps 0, collected +0\n");
 }
 
@@ -61,13 +61,13 @@ TEST_F(Dispatcher, NeverWaitsForTheRestOfARequest) {
         EXPECT_LE(read(ends[0], &reply, 1), 0) << size;
         close(ends[0]);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Dispatcher, ServesTheFirst136BytesOfALongerRequest) {
     EXPECT_EQ(exchange_bytes(bytes_of(request(0)) + "x").size(), 832u);
     EXPECT_EQ(exchange_bytes(bytes_of(request(0)) + bytes_of(request(1, {5}))).size(), 832u);
-    EXPECT_EQ(world::story(), received_log(0) + received_log(0));
+    EXPECT_EQ(world::trace(), received_log(0) + received_log(0));
 }
 
 TEST_F(Dispatcher, GivesNoReplyToATypeThatIsNotServed) {
@@ -81,7 +81,7 @@ TEST_F(Dispatcher, GivesNoReplyToATypeThatIsNotServed) {
         EXPECT_EQ(exchange_bytes(bytes_of(request(static_cast<uint8_t>(type), {5, 1, 1, 1, 1}))),
                   "")
             << type;
-        EXPECT_EQ(world::story(), received_log(type));
+        EXPECT_EQ(world::trace(), received_log(type));
     }
     EXPECT_EQ(world::render_store(), before);
 }
@@ -90,7 +90,7 @@ TEST_F(Dispatcher, SaysNothingOfARequestWhileDebuggingIsOff) {
     EXPECT_EQ(exchange(request(41, {0})), "ok\n");
     EXPECT_EQ(exchange(request(1, {5})), "ok\n");
     EXPECT_EQ(exchange(request(41, {1})), "ok\n");
-    EXPECT_EQ(world::story(), received_log(41));
+    EXPECT_EQ(world::trace(), received_log(41));
 }
 
 TEST_F(Dispatcher, CreatesAndDeletesProfiles) {
@@ -99,7 +99,7 @@ TEST_F(Dispatcher, CreatesAndDeletesProfiles) {
     EXPECT_EQ(exchange(request(1, {INT_MIN})), "ok\n");
     EXPECT_EQ(exchange(request(2, {5})), "ok\n");
     EXPECT_EQ(exchange(request(2, {5})), "ok\n");
-    EXPECT_EQ(world::story(), received_log(1) + "log Create profile 5 success\n" + received_log(1) +
+    EXPECT_EQ(world::trace(), received_log(1) + "log Create profile 5 success\n" + received_log(1) +
                                   "log Create profile 5 success\n" + received_log(1) +
                                   "log Create profile -2147483648 success\n" + received_log(2) +
                                   "log Delete user profile 5 and unblock all success\n"
@@ -110,7 +110,7 @@ TEST_F(Dispatcher, CreatesAndDeletesProfiles) {
 TEST_F(Dispatcher, FailsWhenAProfileCannotBeAllocated) {
     world::fail_allocation(1);
     EXPECT_EQ(exchange(request(1, {5})), "fail\n");
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               received_log(1) + "log Create profile 5 failed because malloc failed\n");
 }
 
@@ -122,7 +122,7 @@ TEST_F(Dispatcher, AddsAndDeletesDevices) {
     EXPECT_EQ(exchange(world::device_request(4, 5, world::phone)), "ok\n");
     EXPECT_EQ(exchange(world::device_request(4, 5, world::phone)), "ok\n");
     EXPECT_EQ(exchange(world::device_request(4, 6, world::phone)), "fail\n");
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               received_log(3) + "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 5 success\n" +
                   received_log(3) + received_log(3) +
                   "log Add dev to profile 6 failed because profile not exist\n" + received_log(4) +
@@ -136,7 +136,7 @@ struct command_case_t {
     uint8_t type;
     std::vector<int32_t> arguments;
     const char *reply;
-    const char *story; ///< behind the line that the request was received
+    const char *trace; ///< behind the line that the request was received
 };
 
 utm_app_config_cmd request_of(const command_case_t &c) {
@@ -235,7 +235,7 @@ TEST_F(Dispatcher, ReadsEachArgumentFromItsPlace) {
     for (const command_case_t &c : cases) {
         SCOPED_TRACE("row " + std::to_string(++row) + ", type " + std::to_string(c.type));
         EXPECT_EQ(exchange(request_of(c)), c.reply);
-        EXPECT_EQ(world::story(), received_log(c.type) + c.story);
+        EXPECT_EQ(world::trace(), received_log(c.type) + c.trace);
     }
 }
 
@@ -262,9 +262,9 @@ TEST_F(Dispatcher, AddsUpToTenRulesWidened) {
               "8/1/8 (unused) 7/1/7 (unused) 6/1/6 (unused) 5/1/5 (unused) 4/1/4 (unused) "
               "3/1/3 (unused) 2/1/2 (unused) -1/2/65535 (unused)\n"
               "router: apps 0, collected +0\n");
-    world::story();
+    world::trace();
     EXPECT_EQ(exchange(world::rules_request(4, 1, rules)), "ok\n");
-    EXPECT_EQ(world::story(), received_log(43) +
+    EXPECT_EQ(world::trace(), received_log(43) +
                                   "log Policy 4 update app -1 action 2 limit 65535 success\n"
                                   "log Add apps to policy 4 success\n");
 }
@@ -275,7 +275,7 @@ TEST_F(Dispatcher, RefusesACountOfRulesThatIsNotOneToTen) {
     const std::vector<world::wire_rule_t> rules(15, {1, 2, 3});
     for (const int32_t count : {0, 11, 15, -1, INT_MIN, INT_MAX}) {
         EXPECT_EQ(exchange(world::rules_request(4, count, rules)), "fail\n") << count;
-        EXPECT_EQ(world::story(), received_log(43)) << count;
+        EXPECT_EQ(world::trace(), received_log(43)) << count;
     }
     EXPECT_EQ(world::render_store(), before);
 }
@@ -286,7 +286,7 @@ TEST_F(Dispatcher, FailsWhenARuleOrItsPolicyIsUnknownOrMemoryRunsOut) {
     EXPECT_EQ(exchange(world::rules_request(9, 1, {{1, 1, 5}})), "fail\n");
     world::fail_allocation(1);
     EXPECT_EQ(exchange(world::rules_request(4, 1, {{3, 1, 5}})), "fail\n");
-    EXPECT_EQ(world::story(), received_log(43) +
+    EXPECT_EQ(world::trace(), received_log(43) +
                                   "log Policy 4 add app 2 action 1 limit 6 success\n"
                                   "log Add apps to policy 4 failed\n" +
                                   received_log(43) + "log Add apps to policy 9 failed\n" +
@@ -298,7 +298,7 @@ TEST_F(Dispatcher, FailsWhenARuleOrItsPolicyIsUnknownOrMemoryRunsOut) {
 TEST_F(Dispatcher, RefusesTheUsageFileWhileTheFeatureIsOff) {
     for (const uint8_t type : {uint8_t{50}, uint8_t{51}}) {
         EXPECT_EQ(exchange(world::path_request(type, "/tmp/usage.json")), "fail\n");
-        EXPECT_EQ(world::story(), received_log(type));
+        EXPECT_EQ(world::trace(), received_log(type));
     }
 }
 
@@ -308,7 +308,7 @@ TEST_F(Dispatcher, ExportsToAndImportsFromThePathOfTheRequest) {
     EXPECT_EQ(exchange(world::path_request(50, "/tmp/of-the-request.json")), "ok\n");
     EXPECT_EQ(exchange(world::path_request(50, "/tmp/none.json")), "fail\n");
     EXPECT_EQ(exchange(world::path_request(51, "")), "fail\n");
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               received_log(51) + "log export to /tmp/of-the-request.json success\n" +
                   received_log(50) + "log import from /tmp/of-the-request.json success\n" +
                   received_log(50) + "log import from /tmp/none.json failed\n" + received_log(51) +

@@ -98,7 +98,7 @@ TEST_F(FdEvent, StartsEmpty) {
 TEST_F(FdEvent, RefusesDescriptorsOutOfRange) {
     for (const int fd : {-1, -2, INT_MIN, 128, 129, 1024, INT_MAX}) {
         fd_event_add(fd, fd_event_read, nullptr);
-        EXPECT_EQ(world::story(), "log Add fd failed: " + std::to_string(fd) + "\n");
+        EXPECT_EQ(world::trace(), "log Add fd failed: " + std::to_string(fd) + "\n");
         EXPECT_FALSE(fd_event_is_registered(fd)) << fd;
     }
     EXPECT_EQ(fd_event_max_fd(), -1);
@@ -110,9 +110,9 @@ TEST_F(FdEvent, RefusesThe129thEntry) {
         fd_event_add(fd, fd_event_read, nullptr);
         all += r(fd);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     fd_event_add(128, fd_event_read, nullptr);
-    EXPECT_EQ(world::story(), "log Add fd failed: 128\n");
+    EXPECT_EQ(world::trace(), "log Add fd failed: 128\n");
     EXPECT_EQ(fd_event_max_fd(), 127);
     EXPECT_EQ(pass_with_all_ready(), all);
 }
@@ -122,7 +122,7 @@ TEST_F(FdEvent, TakesAnEntryAgainAfterOneWasRemovedFromTheFullTable) {
         fd_event_add(fd, fd_event_read, nullptr);
     EXPECT_EQ(fd_event_del(64), 0);
     fd_event_add(64, fd_event_write, nullptr);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_TRUE(fd_event_is_registered(64));
 }
 
@@ -131,14 +131,14 @@ TEST_F(FdEvent, KeepsTheFirstRegistrationOfADescriptor) {
     char second = 'b';
     fd_event_add(5, fd_event_read, &first);
     fd_event_add(5, fd_event_write, &second);
-    EXPECT_EQ(world::story(), "log Add fd failed: 5\n");
+    EXPECT_EQ(world::trace(), "log Add fd failed: 5\n");
     EXPECT_EQ(pass_with_all_ready(), "r5a ");
 }
 
 TEST_F(FdEvent, PassesOverUnknownKindsWithoutALine) {
     for (const int kind : {-1, 2, 7, INT_MIN, INT_MAX})
         fd_event_add(5, kind, nullptr);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_FALSE(fd_event_is_registered(5));
     EXPECT_EQ(fd_event_max_fd(), -1);
 }
@@ -147,7 +147,7 @@ TEST_F(FdEvent, ChecksTheDescriptorBeforeTheKind) {
     fd_event_add(128, 7, nullptr);
     fd_event_add(5, fd_event_read, nullptr);
     fd_event_add(5, 7, nullptr);
-    EXPECT_EQ(world::story(), "log Add fd failed: 128\nlog Add fd failed: 5\n");
+    EXPECT_EQ(world::trace(), "log Add fd failed: 128\nlog Add fd failed: 5\n");
 }
 
 TEST_F(FdEvent, RemovesOnlyWhatIsRegistered) {
@@ -156,7 +156,7 @@ TEST_F(FdEvent, RemovesOnlyWhatIsRegistered) {
         EXPECT_EQ(fd_event_del(fd), -1) << fd;
     EXPECT_EQ(fd_event_del(5), 0);
     EXPECT_EQ(fd_event_del(5), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(FdEvent, MovesTheLastEntryIntoTheSlotThatBecomesFree) {
@@ -306,7 +306,7 @@ TEST_F(FdEvent, SkipsADescriptorThatAnEarlierCallbackRemoved) {
         fd_event_add(fd, fd_event_read, nullptr);
     on_served[first] = [&] { fd_event_del(second); };
     EXPECT_EQ(pass(), r(first) + r(third));
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(FdEvent, ServesTheRestAfterADescriptorRemovedItself) {
@@ -340,7 +340,7 @@ TEST_F(FdEvent, ReportsAReaderThatBecameAWriterDuringThePass) {
         fd_event_add(changed, fd_event_write, nullptr);
     };
     EXPECT_EQ(pass(), r(first));
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log BUG: there should be a write event for " + std::to_string(changed) + "\n");
 }
 
@@ -354,7 +354,7 @@ TEST_F(FdEvent, ServesAWriterThatBecameAReaderDuringThePassAsAWriter) {
         fd_event_add(changed, fd_event_read, nullptr);
     };
     EXPECT_EQ(pass(), r(first) + w(changed));
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log BUG: there should be a read event for " + std::to_string(changed) + "\n");
 }
 
@@ -371,7 +371,7 @@ TEST_F(FdEvent, GoesOnOnlyAfterAnInterruptedSelect) {
         EXPECT_EQ(utm_app_config_loop(&handler), row.result) << row.error;
     }
     EXPECT_EQ(served, "");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(FdEvent, FailsOnADescriptorThatWasClosedWithoutBeingRemoved) {

@@ -54,7 +54,7 @@ protected:
 TEST_F(FeatureSwitchExport, SwitchedOnAppliesEveryRecordedBlockAndThenWritesAMissingFile) {
     make_blocks();
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "event block profile 3\n"
                               "log send event: block profile 3 to use network\n"
@@ -72,7 +72,7 @@ TEST_F(FeatureSwitchExport, SwitchedOffLiftsEveryBlockAndKeepsTheFlags) {
     make_blocks();
     world::set_active(true);
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg off\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg off\n"
                               "status_changed 1 0\n"
                               "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n"
@@ -90,7 +90,7 @@ TEST_F(FeatureSwitchExport, LeavesAnExistingFileAsItIs) {
         write_file(usage_file_path, text);
         set_last_export(5);
         EXPECT_EQ(utm_app_set_activate(1), 0);
-        EXPECT_EQ(world::story(), "run lcsh apg on\n"
+        EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                                   "status_changed 1 1\n"
                                   "log Set activate from 0 to 1\n");
         EXPECT_EQ(read_file(usage_file_path), text);
@@ -112,7 +112,7 @@ TEST_F(FeatureSwitchExport, LooksForTheFileAfterTheBlocksAreApplied) {
 TEST_F(FeatureSwitchExport, WritesTheFileWhenTheFolderIsMissingAsAFailure) {
     std::filesystem::remove_all("/tmp/ApplicationData");
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "log Set activate from 0 to 1\n"
                               "log export to /tmp/ApplicationData/app_usage.json failed\n");
@@ -124,7 +124,7 @@ TEST_F(FeatureSwitchExport, OnlyLogsWhenNothingChanges) {
     EXPECT_EQ(utm_app_set_activate(0), 0);
     world::set_active(true);
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "log Set activate from 0 to 0\n"
+    EXPECT_EQ(world::trace(), "log Set activate from 0 to 0\n"
                               "log Set activate from 1 to 1\n");
     EXPECT_FALSE(std::filesystem::exists(usage_file_path));
 }
@@ -134,13 +134,13 @@ TEST_F(FeatureSwitchExport, RefusesAnyOtherValueWithoutAWord) {
         EXPECT_EQ(utm_app_set_activate(value), -1);
         EXPECT_EQ(utm_app_get_activate(), 0);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(FeatureSwitchExport, ActsInSilenceWhileLoggingIsOff) {
     ASSERT_EQ(utm_app_debug_set(0), 0);
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n");
     EXPECT_TRUE(std::filesystem::exists(usage_file_path));
 }
@@ -149,11 +149,11 @@ TEST_F(FeatureSwitchExport, BlocksAgainEachTimeItIsSwitchedOn) {
     make_blocks();
     write_file(usage_file_path, "");
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    const std::string first = world::story();
+    const std::string first = world::trace();
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    world::story();
+    world::trace();
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), first);
+    EXPECT_EQ(world::trace(), first);
 }
 
 } // namespace

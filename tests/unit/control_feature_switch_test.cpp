@@ -46,7 +46,7 @@ TEST_F(FeatureSwitch, AppliesEveryRecordedBlockWhenItGoesOn) {
     make_blocked_profile();
     const std::string before = store_text();
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "event block profile 1\n"
                               "log send event: block profile 1 to use network\n" +
@@ -66,7 +66,7 @@ TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
     world::set_active(true);
     const std::string before = store_text();
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg off\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg off\n"
                               "status_changed 1 0\n"
                               "event unblock profile 1\n"
                               "log send event: unblock profile 1 to use network\n"
@@ -82,20 +82,20 @@ TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
 TEST_F(FeatureSwitch, BringsTheSameBlocksBack) {
     make_blocked_profile();
     ASSERT_EQ(utm_app_set_activate(1), 0);
-    const std::string first = world::story();
+    const std::string first = world::trace();
     ASSERT_EQ(utm_app_set_activate(0), 0);
-    world::story();
+    world::trace();
     ASSERT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), first);
+    EXPECT_EQ(world::trace(), first);
 }
 
 TEST_F(FeatureSwitch, OnlyWritesItsLineWhenItStandsThereAlready) {
     make_blocked_profile();
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::story(), "log Set activate from 0 to 0\n");
+    EXPECT_EQ(world::trace(), "log Set activate from 0 to 0\n");
     world::set_active(true);
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "log Set activate from 1 to 1\n");
+    EXPECT_EQ(world::trace(), "log Set activate from 1 to 1\n");
     EXPECT_EQ(switch_value(), 1);
 }
 
@@ -105,7 +105,7 @@ TEST_F(FeatureSwitch, KnowsOnlyOnAndOff) {
         for (const uint32_t value : {2U, 3U, 255U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
             world::set_active(active);
             EXPECT_EQ(utm_app_set_activate(value), -1) << value;
-            EXPECT_EQ(world::story(), "") << value;
+            EXPECT_EQ(world::trace(), "") << value;
             EXPECT_EQ(switch_value(), active ? 1 : 0) << value;
         }
 }
@@ -113,7 +113,7 @@ TEST_F(FeatureSwitch, KnowsOnlyOnAndOff) {
 TEST_F(FeatureSwitch, TurnsTheGuardOfAnEmptyStore) {
     EXPECT_EQ(utm_app_set_activate(1), 0);
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "log Set activate from 0 to 1\n"
                               "run lcsh apg off\n"
@@ -124,7 +124,7 @@ TEST_F(FeatureSwitch, TurnsTheGuardOfAnEmptyStore) {
 TEST_F(FeatureSwitch, TurnsAlthoughItsLinesFail) {
     world::on_system([](const std::string &) { return 32512; });
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "log Set activate from 0 to 1\n");
     EXPECT_EQ(switch_value(), 1);
@@ -136,7 +136,7 @@ TEST_F(FeatureSwitch, LeavesRulesThatNobodyReachedYetAlone) {
     world::make_policy(4, {{12, 2, 0}, {13, 2, 0}}, profile);
     usage_of(profile, 12)->blocked = 0;
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "log Set activate from 0 to 1\n");
 }

@@ -159,14 +159,14 @@ TEST_F(SocketServer, CreatesAListeningSocketThatStartedProgramsDoNotGet) {
                                     call("listen", {15}));
     EXPECT_EQ(opened(), std::set<int>{fd});
     EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(SocketServer, SaysWhichStepFailedAndClosesTheDescriptor) {
     struct {
         const char *function;
         int error;
-        const char *story;
+        const char *trace;
     } const table[] = {
         {"socket", EMFILE, "log Can't create unix domain socket: /tmp/sock(24)\n"},
         {"socket", ENOMEM, "log Can't create unix domain socket: /tmp/sock(12)\n"},
@@ -181,7 +181,7 @@ TEST_F(SocketServer, SaysWhichStepFailedAndClosesTheDescriptor) {
             ASSERT_EQ(utm_app_debug_set(debug), 0);
             sockets::fail(row.function, row.error);
             EXPECT_EQ(utm_app_config_socket_create("/tmp/sock"), -1);
-            EXPECT_EQ(world::story(), debug == 1 ? row.story : "") << row.function;
+            EXPECT_EQ(world::trace(), debug == 1 ? row.trace : "") << row.function;
             EXPECT_EQ(opened(), std::set<int>{}) << row.function;
             fs::remove_all("/tmp/sock");
         }
@@ -191,7 +191,7 @@ TEST_F(SocketServer, SaysWhichStepFailedAndClosesTheDescriptor) {
 TEST_F(SocketServer, SaysThatItCannotBindAndClosesTheDescriptor) {
     std::ofstream{"/tmp/file"};
     struct {
-        const char *path, *story;
+        const char *path, *trace;
     } const table[] = {
         {"/tmp/file", "log Can't bind unix address: /tmp/file(98)\n"},
         {"/tmp/file/sock", "log Can't bind unix address: /tmp/file/sock(20)\n"},
@@ -199,7 +199,7 @@ TEST_F(SocketServer, SaysThatItCannotBindAndClosesTheDescriptor) {
     };
     for (const auto &row : table) {
         EXPECT_EQ(utm_app_config_socket_create(row.path), -1);
-        EXPECT_EQ(world::story(), row.story);
+        EXPECT_EQ(world::trace(), row.trace);
         EXPECT_EQ(opened(), std::set<int>{}) << row.path;
     }
     fs::remove("/tmp/file");
@@ -215,14 +215,14 @@ TEST_F(SocketServer, TakesPathsThatFitIntoAnAddress) {
         EXPECT_EQ(address.sun_path, path);
         EXPECT_TRUE(fs::is_socket(path)) << length;
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(SocketServer, RefusesPathsThatDoNotFitIntoAnAddress) {
     for (const size_t length : {107U, 108U, 109U, 110U, 255U, 3000U}) {
         const std::string path = path_of(length);
         EXPECT_EQ(utm_app_config_socket_create(path.c_str()), -1);
-        EXPECT_EQ(world::story(), "log Can't bind unix address: " + path + "(36)\n") << length;
+        EXPECT_EQ(world::trace(), "log Can't bind unix address: " + path + "(36)\n") << length;
         EXPECT_EQ(opened(), std::set<int>{}) << length;
         EXPECT_TRUE(fs::is_empty(directory_)) << length;
     }
@@ -250,7 +250,7 @@ TEST_F(SocketServer, PutsTheSocketInPlaceOfWhateverAnEarlierRunLeft) {
         ASSERT_EQ(utm_app_config_socket_init_binding(), 0);
         EXPECT_TRUE(fs::is_socket(fs::symlink_status(UTM_APP_CONFIG_SOCKET_PATH)));
         EXPECT_EQ(registered(), std::set<int>{listen_fd});
-        EXPECT_EQ(world::story(), "");
+        EXPECT_EQ(world::trace(), "");
         const int fd = asking(UTM_APP_CONFIG_PING);
         run(2);
         EXPECT_EQ(received(fd), "ok\nclosed");
@@ -274,7 +274,7 @@ TEST_F(SocketServer, OpensTheSocketToEverybodyWhateverTheMask) {
 
 TEST_F(SocketServer, WatchesNothingWhenTheSocketCannotBeMade) {
     struct {
-        const char *function, *story;
+        const char *function, *trace;
     } const table[] = {
         {"socket", "log Can't create unix domain socket: /dev/utm_app_config_socket(12)\n"},
         {"setsockopt", "log Can't set unix socket options: /dev/utm_app_config_socket(12)\n"},
@@ -288,7 +288,7 @@ TEST_F(SocketServer, WatchesNothingWhenTheSocketCannotBeMade) {
         EXPECT_EQ(listen_fd, -1) << row.function;
         EXPECT_EQ(registered(), std::set<int>{}) << row.function;
         EXPECT_EQ(opened(), std::set<int>{}) << row.function;
-        EXPECT_EQ(world::story(), row.story);
+        EXPECT_EQ(world::trace(), row.trace);
     }
 }
 
@@ -304,7 +304,7 @@ TEST_F(SocketServer, EndsWhereItWaitsForClientsAndSaysNothing) {
     EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
     EXPECT_EQ(passes, 1);
     EXPECT_EQ(sockets::accepted(), std::vector<int>{});
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(SocketServer, WakesForTheEnd) {
@@ -316,7 +316,7 @@ TEST_F(SocketServer, WakesForTheEnd) {
     thread.join();
     EXPECT_LT(std::chrono::steady_clock::now() - told, std::chrono::milliseconds(500))
         << "a wait for clients lasts a second";
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(SocketServer, SaysNothingWhenItsLastWaitFails) {
@@ -327,7 +327,7 @@ TEST_F(SocketServer, SaysNothingWhenItsLastWaitFails) {
         return -1;
     });
     EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(SocketServer, RemovesThePathThatItBound) {
@@ -385,7 +385,7 @@ TEST_F(SocketServerRunning, AcceptsInOnePassAndServesInTheNext) {
     EXPECT_EQ(sockets::calls(), "");
     EXPECT_EQ(registered(), std::set<int>{listen_fd});
     EXPECT_EQ(connections(), std::set<int>{});
-    EXPECT_EQ(world::story(), loop_failed + ping_came + loop_failed);
+    EXPECT_EQ(world::trace(), loop_failed + ping_came + loop_failed);
 }
 
 TEST_F(SocketServerRunning, AcceptsOneConnectionAPass) {
@@ -438,7 +438,7 @@ TEST_F(SocketServerRunning, ServesAConnectionWhoseWaitCannotBeBounded) {
     sockets::fail("setsockopt", ENOPROTOOPT);
     run(2);
     EXPECT_EQ(received(fd), "ok\nclosed");
-    EXPECT_EQ(world::story(), ping_came + loop_failed);
+    EXPECT_EQ(world::trace(), ping_came + loop_failed);
 }
 
 TEST_F(SocketServerRunning, DoesNothingForADescriptorWatchedForWriting) {
@@ -447,7 +447,7 @@ TEST_F(SocketServerRunning, DoesNothingForADescriptorWatchedForWriting) {
     fd_event_del(listen_fd);
     run(1);
     EXPECT_EQ(registered(), std::set<int>{fd});
-    EXPECT_EQ(world::story(), loop_failed);
+    EXPECT_EQ(world::trace(), loop_failed);
     EXPECT_EQ(fd_event_del(fd), 0);
 }
 
@@ -460,7 +460,7 @@ TEST_F(SocketServerRunning, LeavesAConnectionOpenAndUnservedWhenMemoryRunsOut) {
         world::fail_allocation(1);
         run(1);
         world::fail_allocation(0);
-        EXPECT_EQ(world::story(), "log Socket accept failed because Out of memory!\n" +
+        EXPECT_EQ(world::trace(), "log Socket accept failed because Out of memory!\n" +
                                       (debug == 1 ? loop_failed : std::string()));
         EXPECT_EQ(sockets::calls(), call("accept4", {SOCK_CLOEXEC}));
         EXPECT_EQ(connections().size(), 1U);
@@ -494,11 +494,11 @@ TEST_F(SocketServerRunning, KeepsNothingOfAConnectionThatCannotBeAccepted) {
     for (const int error : {EMFILE, ENFILE, ECONNABORTED, EINTR, ENOMEM}) {
         sockets::fail("accept4", error);
         run_with_all_ready(1);
-        EXPECT_EQ(world::story(), "log Add fd failed: -1\n" + loop_failed) << error;
+        EXPECT_EQ(world::trace(), "log Add fd failed: -1\n" + loop_failed) << error;
         EXPECT_EQ(registered(), std::set<int>{listen_fd}) << error;
         EXPECT_EQ(opened(), std::set<int>{listen_fd}) << error;
         run_with_all_ready(1); // the pass that is left out
-        world::story();
+        world::trace();
     }
 }
 
@@ -510,13 +510,13 @@ TEST_F(SocketServerRunning, LeavesTheListeningSocketOutOfThePassAfterAFailedAcce
         sockets::fail("accept4", EMFILE);
         run_with_all_ready(row.passes);
         std::string calls;
-        std::string story;
+        std::string trace;
         for (int i = 0; i < row.accepts; ++i) {
             calls += calls_of_an_accept();
-            story += "log Add fd failed: -1\n";
+            trace += "log Add fd failed: -1\n";
         }
         EXPECT_EQ(sockets::calls(), calls) << row.passes;
-        EXPECT_EQ(world::story(), story + loop_failed) << row.passes;
+        EXPECT_EQ(world::trace(), trace + loop_failed) << row.passes;
         TearDown();
         SetUp();
     }
@@ -526,7 +526,7 @@ TEST_F(SocketServerRunning, LogsOneLineWhenNeitherDescriptorNorMemoryIsLeft) {
     sockets::fail("accept4", EMFILE);
     world::fail_allocation(1);
     run_with_all_ready(2);
-    EXPECT_EQ(world::story(), "log Socket accept failed because Out of memory!\n" + loop_failed);
+    EXPECT_EQ(world::trace(), "log Socket accept failed because Out of memory!\n" + loop_failed);
     EXPECT_EQ(sockets::calls(), call("accept4", {SOCK_CLOEXEC}));
     EXPECT_EQ(opened(), std::set<int>{listen_fd});
 }
@@ -538,7 +538,7 @@ TEST_F(SocketServerRunning, ServesTheConnectionThatWaitedWhileAcceptingFailed) {
     sockets::fail("accept4", 0);
     run(2);
     EXPECT_EQ(received(fd), "ok\nclosed");
-    EXPECT_EQ(world::story(), "log Add fd failed: -1\n" + loop_failed + ping_came + loop_failed);
+    EXPECT_EQ(world::trace(), "log Add fd failed: -1\n" + loop_failed + ping_came + loop_failed);
 }
 
 TEST_F(SocketServerRunning, LeavesAConnectionBeyondTheTableOpenAndUnserved) {
@@ -550,7 +550,7 @@ TEST_F(SocketServerRunning, LeavesAConnectionBeyondTheTableOpenAndUnserved) {
     run(1);
     for (const int filler : fillers)
         close(filler);
-    EXPECT_EQ(world::story(), "log Add fd failed: 128\n" + loop_failed);
+    EXPECT_EQ(world::trace(), "log Add fd failed: 128\n" + loop_failed);
     EXPECT_EQ(connections(), std::set<int>{fd_event_capacity});
     EXPECT_EQ(registered(), std::set<int>{listen_fd});
     EXPECT_EQ(received(fd), "open");

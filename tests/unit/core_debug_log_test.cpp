@@ -126,7 +126,7 @@ TEST_F(DebugLog, DropsTheLineWhenThereIsStillNoFile) {
     fs::remove_all(debug_log_directory);
     world::intercept_log_commands();
     utm_app_debug_log("dropped\n");
-    EXPECT_EQ(world::story(), mkdir_line + touch_line);
+    EXPECT_EQ(world::trace(), mkdir_line + touch_line);
     EXPECT_FALSE(fs::exists(debug_log_directory));
 }
 
@@ -135,7 +135,7 @@ TEST_F(DebugLog, DropsTheLineWhenTheFileWasNotCreatedInAnExistingFolder) {
     world::intercept_log_commands();
     world::on_system([](const std::string &) { return 256; });
     utm_app_debug_log("dropped\n");
-    EXPECT_EQ(world::story(), touch_line);
+    EXPECT_EQ(world::trace(), touch_line);
     EXPECT_FALSE(fs::exists(debug_log_path));
 }
 
@@ -154,7 +154,7 @@ TEST_F(DebugLog, DropsTheLineWhenAFileStandsInPlaceOfTheFolder) {
     world::intercept_log_commands();
     utm_app_debug_log("dropped\n");
     utm_app_log_from_signal("dropped\n");
-    EXPECT_EQ(world::story(), touch_line);
+    EXPECT_EQ(world::trace(), touch_line);
     EXPECT_EQ(text_of(debug_log_directory), "in the way");
     fs::remove(debug_log_directory);
 }
@@ -233,7 +233,7 @@ TEST_F(DebugLog, CreatesFolderAndFileFromASignalWithoutACommand) {
     switch_logging(0);
     world::intercept_log_commands();
     utm_app_log_from_signal("100% fixed text\n");
-    EXPECT_EQ(world::story(), "log 100% fixed text\n");
+    EXPECT_EQ(world::trace(), "log 100% fixed text\n");
 }
 
 TEST_F(DebugLog, MovesAnOversizedFileAsideFromASignalWithoutACommand) {

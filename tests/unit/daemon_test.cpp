@@ -58,7 +58,7 @@ TEST_F(Daemon, InstallsOneHandlerForBothSignals) {
 TEST_F(Daemon, HandlesEachSignal) {
     struct {
         int signo, running_after;
-        const char *story;
+        const char *trace;
     } const table[] = {
         {SIGINT, 0, ""}, {SIGPIPE, 1, "log Receive SIGPIPE\n"}, {SIGTERM, 1, ""}, {SIGHUP, 1, ""},
         {0, 1, ""},
@@ -67,7 +67,7 @@ TEST_F(Daemon, HandlesEachSignal) {
         SetUp();
         signal_handler(row.signo);
         EXPECT_EQ(running, row.running_after) << row.signo;
-        EXPECT_EQ(world::story(), row.story) << row.signo;
+        EXPECT_EQ(world::trace(), row.trace) << row.signo;
     }
 }
 
@@ -186,7 +186,7 @@ TEST_F(Daemon, TicksAtOnceAndThenEverySixtySleeps) {
 TEST_F(Daemon, CollectsProfilesBeforeTheRouterInATick) {
     world::make_profile(1, {world::tablet});
     ticks_within(1);
-    EXPECT_EQ(world::story(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+    EXPECT_EQ(world::trace(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                               "'{\"s\":1772625540,\"e\":1772625540,\"mac\":\"001122334455 \"}'\n"
                               "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                               "'{\"s\":1772625540,\"e\":1772625540}'\n");
@@ -240,14 +240,14 @@ TEST_F(DaemonStart, OpensTheControlSocketToEverybody) {
     ASSERT_EQ(stat(UTM_APP_CONFIG_SOCKET_PATH, &status), 0);
     EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777));
     EXPECT_EQ(fd_event_max_fd(), listen_fd);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(DaemonStart, TakesOverTheSocketOfAnEarlierRun) {
     ASSERT_EQ(utm_app_config_handler_init(), 0);
     close(listen_fd);
     EXPECT_EQ(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
@@ -278,7 +278,7 @@ TEST_F(DaemonStart, ForgetsDescriptorsOfBefore) {
 TEST_F(DaemonStart, ReportsASocketThatCannotBeBound) {
     fs::create_directory(UTM_APP_CONFIG_SOCKET_PATH);
     EXPECT_LT(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::story(), "log Can't bind unix address: /dev/utm_app_config_socket(98)\n"
+    EXPECT_EQ(world::trace(), "log Can't bind unix address: /dev/utm_app_config_socket(98)\n"
                               "log utm_app_config_socket_init_binding failed\n");
 }
 
@@ -286,7 +286,7 @@ TEST_F(DaemonStart, ReportsASocketThatCannotBeBoundWhileLoggingIsOff) {
     ASSERT_EQ(utm_app_debug_set(0), 0);
     fs::create_directory(UTM_APP_CONFIG_SOCKET_PATH);
     EXPECT_LT(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::story(), "log utm_app_config_socket_init_binding failed\n");
+    EXPECT_EQ(world::trace(), "log utm_app_config_socket_init_binding failed\n");
 }
 
 TEST_F(Daemon, StartsTheControlSocketThread) {
@@ -303,14 +303,14 @@ TEST_F(Daemon, StartsTheControlSocketThread) {
     EXPECT_EQ(attributes, nullptr);
     EXPECT_EQ(body, utm_app_config_handler);
     EXPECT_EQ(argument, nullptr);
-    EXPECT_EQ(world::story(), "log Config handler init success\n");
+    EXPECT_EQ(world::trace(), "log Config handler init success\n");
 }
 
 TEST_F(Daemon, ReportsHowTheThreadStarted) {
     struct {
         int error, result;
         unsigned debug;
-        const char *story;
+        const char *trace;
     } const table[] = {
         {0, 0, 1, "log Config handler init success\n"},
         {0, 0, 0, ""},
@@ -322,7 +322,7 @@ TEST_F(Daemon, ReportsHowTheThreadStarted) {
         ASSERT_EQ(utm_app_debug_set(row.debug), 0);
         world::on_thread([&](auto...) { return row.error; });
         EXPECT_EQ(utm_app_config_handler_start(), row.result);
-        EXPECT_EQ(world::story(), row.story);
+        EXPECT_EQ(world::trace(), row.trace);
     }
 }
 
@@ -335,7 +335,7 @@ TEST_F(Daemon, EndsTheControlSocketThreadWhenSelectFails) {
     fd_event_reset();
     EXPECT_EQ(utm_app_config_handler(nullptr), nullptr);
     EXPECT_EQ(passes, 3);
-    EXPECT_EQ(world::story(), "log utm_app_config_loop failed\n");
+    EXPECT_EQ(world::trace(), "log utm_app_config_loop failed\n");
 }
 
 // ---- Shut-down -----------------------------------------------------------------------------
@@ -358,7 +358,7 @@ TEST_F(DaemonExit, ReleasesEverythingAndSaysSo) {
     world::make_policy(4, {{12, 2, 0}}, profile);
     world::make_profile(3, {world::phone});
     EXPECT_EQ(utm_app_config_handler_exit(), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
                               "event unblock profile 5\n"
                               "log send event: unblock profile 5 to use network\n"
                               "log Delete user profile 5 and unblock all success\n"
@@ -372,7 +372,7 @@ TEST_F(DaemonExit, ReleasesEverythingAndSaysSo) {
 TEST_F(DaemonExit, LogsTheEndWhileLoggingIsOff) {
     ASSERT_EQ(utm_app_debug_set(0), 0);
     EXPECT_EQ(utm_app_config_handler_exit(), 0);
-    EXPECT_EQ(world::story(), "log Config handler exit\n");
+    EXPECT_EQ(world::trace(), "log Config handler exit\n");
 }
 
 TEST_F(DaemonExit, ForgetsTheTopApplications) {

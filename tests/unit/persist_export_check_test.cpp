@@ -30,14 +30,14 @@ protected:
     static bool exports_after(int64_t seconds) {
         std::filesystem::remove(usage_file_path);
         set_last_export(world::default_now - seconds);
-        world::story();
+        world::trace();
         utm_app_export_check();
-        const std::string story = world::story();
-        EXPECT_TRUE(story.empty() || story == written) << story;
-        EXPECT_EQ(std::filesystem::exists(usage_file_path), !story.empty());
+        const std::string trace = world::trace();
+        EXPECT_TRUE(trace.empty() || trace == written) << trace;
+        EXPECT_EQ(std::filesystem::exists(usage_file_path), !trace.empty());
         EXPECT_EQ(last_export_statistics_ts,
-                  story.empty() ? world::default_now - seconds : world::default_now);
-        return !story.empty();
+                  trace.empty() ? world::default_now - seconds : world::default_now);
+        return !trace.empty();
     }
 };
 
@@ -65,7 +65,7 @@ TEST_F(ExportCheck, ExportsOnEveryThirtyFirstTick) {
     for (int tick = 1; tick <= 100; ++tick) {
         world::set_now(world::default_now + 60 * tick);
         utm_app_export_check();
-        if (!world::story().empty())
+        if (!world::trace().empty())
             ticks += std::to_string(tick) + " ";
     }
     EXPECT_EQ(ticks, "31 62 93 ");
@@ -97,34 +97,34 @@ TEST_F(ExportCheck, PostponesTheNextExportByAnIntervalWhenOneFails) {
     std::filesystem::remove_all("/tmp/ApplicationData");
     set_last_export(world::default_now - 1801);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), "log export to /tmp/ApplicationData/app_usage.json failed\n");
+    EXPECT_EQ(world::trace(), "log export to /tmp/ApplicationData/app_usage.json failed\n");
     EXPECT_EQ(last_export_statistics_ts, world::default_now);
     std::filesystem::create_directory("/tmp/ApplicationData");
     world::set_now(world::default_now + 1800);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     world::set_now(world::default_now + 1801);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), written);
+    EXPECT_EQ(world::trace(), written);
 }
 
 TEST_F(ExportCheck, PutsTheExportOffWhenTheUptimeIsUnknown) {
     world::fail_sysinfo(-1);
     set_last_export(world::default_now - 1801);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), "log sysinfo code error = -1\n");
+    EXPECT_EQ(world::trace(), "log sysinfo code error = -1\n");
     EXPECT_FALSE(std::filesystem::exists(usage_file_path));
     EXPECT_EQ(last_export_statistics_ts, world::default_now - 1801);
     world::fail_sysinfo(0);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), written);
+    EXPECT_EQ(world::trace(), written);
 }
 
 TEST_F(ExportCheck, TellsOfAnUnknownUptimeOnlyWhileLoggingIsOn) {
     world::fail_sysinfo(-1);
     ASSERT_EQ(utm_app_debug_set(0), 0);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(ExportCheck, WaitsForTheLongestIntervalThatIsNotCut) {
@@ -162,7 +162,7 @@ TEST_F(ExportCheck, SetsIntervalsOfAMinuteAndMore) {
         EXPECT_EQ(utm_app_set_export_interval(minutes), -1);
         EXPECT_EQ(utm_app_get_export_interval(), int32_max);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(ExportCheck, CountsANewIntervalFromTheLastExport) {
@@ -170,7 +170,7 @@ TEST_F(ExportCheck, CountsANewIntervalFromTheLastExport) {
     set_interval(5);
     EXPECT_EQ(last_export_statistics_ts, world::default_now - 301);
     utm_app_export_check();
-    EXPECT_EQ(world::story(), written);
+    EXPECT_EQ(world::trace(), written);
 }
 
 } // namespace

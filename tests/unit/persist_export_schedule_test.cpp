@@ -19,7 +19,7 @@ TEST_F(ExportInterval, TakesAnyNumberOfMinutesFromOneUp) {
         EXPECT_EQ(utm_app_set_export_interval(minutes), 0);
         EXPECT_EQ(utm_app_get_export_interval(), minutes);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(ExportInterval, StaysAsItWasWhenAValueIsRefused) {
@@ -28,7 +28,7 @@ TEST_F(ExportInterval, StaysAsItWasWhenAValueIsRefused) {
         EXPECT_EQ(utm_app_set_export_interval(minutes), -1);
         EXPECT_EQ(utm_app_get_export_interval(), 45);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(ExportInterval, CountsFromTheLastExportAllTheSame) {

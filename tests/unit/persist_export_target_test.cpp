@@ -23,7 +23,7 @@ protected:
     static void expect_refused(const std::string &path) {
         set_last_export(5);
         EXPECT_EQ(utm_app_export_statistics_to(path.c_str()), -1);
-        EXPECT_EQ(world::story(), "log export to " + path + " failed\n");
+        EXPECT_EQ(world::trace(), "log export to " + path + " failed\n");
         EXPECT_EQ(last_export_statistics_ts, world::default_now);
     }
 };
@@ -81,7 +81,7 @@ TEST_F(ExportTarget, FailsOnAFullDisk) {
 
 TEST_F(ExportTarget, WritesToADeviceThatTakesEverything) {
     EXPECT_EQ(utm_app_export_statistics_to("/dev/null"), 0);
-    EXPECT_EQ(world::story(), "log export to /dev/null success\n");
+    EXPECT_EQ(world::trace(), "log export to /dev/null success\n");
 }
 
 TEST_F(ExportTarget, LeavesNoDescriptorBehind) {

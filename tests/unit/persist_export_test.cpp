@@ -43,7 +43,7 @@ TEST_F(Export, WritesAnEmptyStore) {
     EXPECT_EQ(utm_app_export_statistics(export_path, 0), 0);
     EXPECT_EQ(read_file(export_path),
               "{\"user_profile_list\":[],\"timestamp\":1772625600,\"global_stat\":[]}");
-    EXPECT_EQ(world::story(), "log export to /tmp/usage/export.json success\n");
+    EXPECT_EQ(world::trace(), "log export to /tmp/usage/export.json success\n");
 }
 
 TEST_F(Export, WritesEveryMemberInItsPlace) {
@@ -173,17 +173,17 @@ TEST_F(Export, DoesNothingWhileTheFeatureIsOffUnlessForced) {
     EXPECT_EQ(utm_app_export_statistics_to(export_path), -1);
     EXPECT_EQ(read_file(export_path), "old");
     EXPECT_EQ(last_export_statistics_ts, 5);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(utm_app_export_statistics(export_path, 1), 0);
-    EXPECT_EQ(world::story(), "log export to /tmp/usage/export.json success\n");
+    EXPECT_EQ(world::trace(), "log export to /tmp/usage/export.json success\n");
 }
 
 TEST_F(Export, TellsOfSuccessOnlyWhileLoggingIsOnAndOfFailureAlways) {
     ASSERT_EQ(utm_app_debug_set(0), 0);
     EXPECT_EQ(utm_app_export_statistics_to(export_path), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(utm_app_export_statistics_to("/tmp/usage/none/file.json"), -1);
-    EXPECT_EQ(world::story(), "log export to /tmp/usage/none/file.json failed\n");
+    EXPECT_EQ(world::trace(), "log export to /tmp/usage/none/file.json failed\n");
 }
 
 TEST_F(Export, FailsWithoutAPathAndKeepsTheTimeOfTheLastExport) {
@@ -191,7 +191,7 @@ TEST_F(Export, FailsWithoutAPathAndKeepsTheTimeOfTheLastExport) {
     EXPECT_EQ(utm_app_export_statistics(nullptr, 0), -1);
     EXPECT_EQ(utm_app_export_statistics("", 0), -1);
     EXPECT_EQ(last_export_statistics_ts, 5);
-    EXPECT_EQ(world::story(), "log export to NULL failed\n"
+    EXPECT_EQ(world::trace(), "log export to NULL failed\n"
                               "log export to  failed\n");
 }
 
@@ -224,7 +224,7 @@ TEST_F(Export, FailsWhereverMemoryRunsOut) {
     for (int nth = 1; nth <= calls; ++nth) {
         world::fail_allocation(nth);
         EXPECT_EQ(utm_app_export_statistics_to(export_path), -1) << nth;
-        EXPECT_EQ(world::story(), "log export to /tmp/usage/export.json failed\n") << nth;
+        EXPECT_EQ(world::trace(), "log export to /tmp/usage/export.json failed\n") << nth;
         EXPECT_EQ(read_file(export_path), "old") << nth;
         EXPECT_EQ(last_export_statistics_ts, 5) << nth;
         forget_log();

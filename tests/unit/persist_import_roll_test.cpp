@@ -85,9 +85,9 @@ protected:
     static void expect_from_future(time_t then, time_t now) {
         world::set_now(now);
         const std::string before = export_text();
-        world::story();
+        world::trace();
         EXPECT_EQ(import_text(usage_file::text(file_of(then, 4))), -1);
-        EXPECT_EQ(world::story(), "log Import statistic failed because it is from future\n"
+        EXPECT_EQ(world::trace(), "log Import statistic failed because it is from future\n"
                                   "log import from /tmp/usage/import.json failed\n");
         EXPECT_EQ(export_text(), before);
     }

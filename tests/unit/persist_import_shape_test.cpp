@@ -94,7 +94,7 @@ protected:
             return store;
         EXPECT_EQ(result, -1);
         EXPECT_EQ(store, untouched) << text;
-        EXPECT_TRUE(world::story().ends_with("log import from /tmp/usage/import.json failed\n"));
+        EXPECT_TRUE(world::trace().ends_with("log import from /tmp/usage/import.json failed\n"));
         return "refused\n" + store;
     }
 
@@ -290,7 +290,7 @@ TEST_F(ImportShape, RefusesAFileCutAtAnyByteAndLeavesTheStoreAsItWas) {
     const std::string text = usage_file::text(full_document());
     for (size_t length = 0; length < text.size(); ++length) {
         ASSERT_EQ(import_text(text.substr(0, length)), -1) << length;
-        ASSERT_EQ(world::story(), "log import from /tmp/usage/import.json failed\n") << length;
+        ASSERT_EQ(world::trace(), "log import from /tmp/usage/import.json failed\n") << length;
         ASSERT_EQ(export_text(), before) << length;
         forget_log();
     }

@@ -24,7 +24,7 @@ protected:
     /// Expects that an import from a path fails and leaves the store as it was.
     void expect_refused(const std::string &path) {
         EXPECT_EQ(utm_app_import_statistics(path.c_str()), -1);
-        EXPECT_EQ(world::story(), "log import from " + path + " failed\n");
+        EXPECT_EQ(world::trace(), "log import from " + path + " failed\n");
         EXPECT_EQ(export_text(), before_);
     }
 
@@ -38,7 +38,7 @@ protected:
 TEST_F(ImportSource, FailsWithoutAPath) {
     EXPECT_EQ(utm_app_import_statistics(nullptr), -1);
     EXPECT_EQ(utm_app_import_statistics(""), -1);
-    EXPECT_EQ(world::story(), "log import from NULL failed\n"
+    EXPECT_EQ(world::trace(), "log import from NULL failed\n"
                               "log import from  failed\n");
     EXPECT_EQ(export_text(), before_);
 }
@@ -90,7 +90,7 @@ TEST_F(ImportSource, FollowsALinkToAFileButNotToSomethingElse) {
     expect_refused("/tmp/usage/bad");
     std::filesystem::create_symlink("file.json", "/tmp/usage/good");
     EXPECT_EQ(utm_app_import_statistics("/tmp/usage/good"), 0);
-    EXPECT_EQ(world::story(), "log import from /tmp/usage/good success\n");
+    EXPECT_EQ(world::trace(), "log import from /tmp/usage/good success\n");
 }
 
 TEST_F(ImportSource, LeavesNoDescriptorBehind) {

@@ -39,7 +39,7 @@ TEST_F(Import, CreatesProfilesThatTheStoreLacksWithoutDevicesAndLimits) {
                                {"0A:1B:2C:3D:4E:5F"},
                                usage_file::policy_t{7, {{10, 2, 0}}}}})),
               0);
-    EXPECT_EQ(world::story(), "log import from /tmp/usage/import.json success\n");
+    EXPECT_EQ(world::trace(), "log import from /tmp/usage/import.json success\n");
     EXPECT_EQ(world::render_store(),
               "profile 3: devices 0 [], enabled 0, limit 1440 + 0, used 15/40/200, blocked 0, "
               "collected +60, apps 1, policy none\n" +
@@ -134,7 +134,7 @@ TEST_F(Import, BlocksAgainWhatIsOverItsLimit) {
         profile->daily_limit_enable = 1;
     }
     EXPECT_EQ(import(file_of({{3, 65, 0, 0, {{10, 20}, {11, 20}, {12, 9}}}})), 0);
-    EXPECT_EQ(world::story(), "log block device to use 10 because exceed limit\n"
+    EXPECT_EQ(world::trace(), "log block device to use 10 because exceed limit\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 10 0 18\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 10 0 18\n"
                               "log block device to use 12 because exceed limit\n"
@@ -167,7 +167,7 @@ TEST_F(Import, BlocksNoProfileThatIsBelowItsBudgetOrBlockedAlready) {
         }
     }
     EXPECT_EQ(import(file_of({{3, 59}, {4, 60}})), 0);
-    EXPECT_EQ(world::story(), "log import from /tmp/usage/import.json success\n");
+    EXPECT_EQ(world::trace(), "log import from /tmp/usage/import.json success\n");
 }
 
 TEST_F(Import, CutsARulesLinkToARecordThatIsFreed) {
@@ -207,7 +207,7 @@ TEST_F(Import, DoesNothingWhileTheFeatureIsOff) {
     const std::string before = export_text();
     world::set_active(false);
     EXPECT_EQ(import(file_of({{3, 9, 9, 9}})), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(export_text(), before);
 }
 
@@ -218,7 +218,7 @@ TEST_F(Import, TellsOfItsOutcomeAlsoWhileLoggingIsOff) {
     document_t future = file_of({});
     future.timestamp += 86'400;
     EXPECT_EQ(import(future), -1);
-    EXPECT_EQ(world::story(), "log import from /tmp/usage/import.json success\n"
+    EXPECT_EQ(world::trace(), "log import from /tmp/usage/import.json success\n"
                               "log import from /tmp/usage/import.json failed\n"
                               "log Import statistic failed because it is from future\n"
                               "log import from /tmp/usage/import.json failed\n");
@@ -250,11 +250,11 @@ TEST_F(Import, SurvivesTheFailureOfAnyAllocation) {
     EXPECT_EQ(allocations, 20); // two profiles, fourteen weekdays, four applications
     for (int nth = 1; nth <= allocations; ++nth) {
         empty_store();
-        world::story();
+        world::trace();
         world::fail_allocation(nth);
         EXPECT_EQ(utm_app_import_statistics(import_path), 0) << nth;
-        const std::string story = world::story();
-        EXPECT_TRUE(story.ends_with("log import from /tmp/usage/import.json success\n")) << story;
+        const std::string trace = world::trace();
+        EXPECT_TRUE(trace.ends_with("log import from /tmp/usage/import.json success\n")) << trace;
     }
     world::fail_allocation(0);
     empty_store();

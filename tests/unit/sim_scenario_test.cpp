@@ -2,7 +2,7 @@
 
 #include "sim/router/router_dir.h"
 #include "sim/router/usage.h"
-#include "tests/unit/support/stand_ins.h"
+#include "tests/unit/support/fakes.h"
 #include "tests/unit/support/world.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 
 namespace {
 
-using stand_ins::result;
+using fakes::result;
 
 constexpr char household[] = "person mia 3 Mia\n"
                              "person tom 4 Tom\n"
@@ -31,14 +31,14 @@ class SimScenario : public testing::Test {
 protected:
     void SetUp() override {
         world::reset();
-        stand_ins::reset();
+        fakes::reset();
     }
-    void TearDown() override { stand_ins::remove(); }
+    void TearDown() override { fakes::remove(); }
 
     /// Reads the household's scenario with further lines.
     void live(const std::string &lines) {
         std::string error;
-        stand_ins::write("scenario", household + lines);
+        fakes::write("scenario", household + lines);
         ASSERT_TRUE(scenario_read(path_, &scene_, &error)) << error;
     }
 
@@ -72,7 +72,7 @@ protected:
         return element.app_id == 0 ? element.type : std::to_string(element.app_id);
     }
 
-    const std::string path_ = std::string(stand_ins::router_dir) + "/scenario";
+    const std::string path_ = std::string(fakes::router_dir) + "/scenario";
     scenario scene_;
 };
 
@@ -245,8 +245,8 @@ TEST_F(SimScenario, IsWhatUbusAnswers) {
          "\t\t\t\"total_time_usage\": 1\n\t\t}\n\t]\n}\n"},
     };
     for (const auto &row : table)
-        EXPECT_EQ(stand_ins::run("ubus", {"-t", "2", "call", "lc-dpi.lc-dev-statd",
-                                          "time_usage_hour", row.arguments}),
+        EXPECT_EQ(fakes::run("ubus", {"-t", "2", "call", "lc-dpi.lc-dev-statd", "time_usage_hour",
+                                      row.arguments}),
                   (result{0, row.reply, ""}));
 }
 
@@ -296,18 +296,18 @@ TEST_F(SimScenario, IsCheckedLineByLine) {
         {"date tomorrow", "\"tomorrow\" is no date like 2030-01-31"},
     };
     for (const auto &row : table) {
-        stand_ins::write("scenario", household + std::string(row.line) + "\nnonsense\n");
-        EXPECT_EQ(stand_ins::run("simrouter", {"check", path_}),
+        fakes::write("scenario", household + std::string(row.line) + "\nnonsense\n");
+        EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
                   (result{1, "", path_ + ":9: " + row.wrong + "\n"}));
     }
 }
 
 TEST_F(SimScenario, NeedsADateBeforeATime) {
-    stand_ins::write("scenario", "person mia 3 Mia\n"
-                                 "device tablet mia 00:11:22:33:44:55 tablet\n"
-                                 "online tablet 2026-03-04 17:00 2026-03-04 18:00\n"
-                                 "online tablet 17:00 18:00\n");
-    EXPECT_EQ(stand_ins::run("simrouter", {"check", path_}),
+    fakes::write("scenario", "person mia 3 Mia\n"
+                             "device tablet mia 00:11:22:33:44:55 tablet\n"
+                             "online tablet 2026-03-04 17:00 2026-03-04 18:00\n"
+                             "online tablet 17:00 18:00\n");
+    EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
               (result{1, "", path_ + ":4: a time needs a date line before it\n"}));
 }
 
@@ -320,12 +320,12 @@ TEST_F(SimScenario, IsCountedWhenItIsProper) {
         {household, "2 people, 3 devices, 2 apps, 0 stretches of use\n"},
     };
     for (const auto &row : table) {
-        stand_ins::write("scenario", row.content);
-        EXPECT_EQ(stand_ins::run("simrouter", {"check", path_}), (result{0, row.counts, ""}));
+        fakes::write("scenario", row.content);
+        EXPECT_EQ(fakes::run("simrouter", {"check", path_}), (result{0, row.counts, ""}));
     }
-    stand_ins::write("scenario", household + std::string("\tuse  tablet video 23:30 +1 00:30\n"
-                                                         "online phone 23:00 24:00\n"));
-    EXPECT_EQ(stand_ins::run("simrouter", {"check", path_}),
+    fakes::write("scenario", household + std::string("\tuse  tablet video 23:30 +1 00:30\n"
+                                                     "online phone 23:00 24:00\n"));
+    EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
               (result{0, "2 people, 3 devices, 2 apps, 2 stretches of use\n", ""}));
 }
 
@@ -333,7 +333,7 @@ TEST_F(SimScenario, IsEmptyWithoutAFileButCannotBeCheckedThen) {
     std::string error;
     EXPECT_TRUE(scenario_read(path_, &scene_, &error));
     EXPECT_EQ(scene_.people.size() + scene_.uses.size(), 0U);
-    EXPECT_EQ(stand_ins::run("simrouter", {"check", path_}),
+    EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
               (result{1, "", path_ + ": cannot be read\n"}));
 }
 

@@ -43,7 +43,7 @@ TEST_F(Devices, AreListedInTheOrderInWhichTheyCame) {
     world::make_profile(1);
     EXPECT_EQ(utm_app_add_device(1, world::tablet.data()), 0);
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_EQ(world::story(), "log Add dev mac = 00:11:22:33:44:55 to profile 1 success\n"
+    EXPECT_EQ(world::trace(), "log Add dev mac = 00:11:22:33:44:55 to profile 1 success\n"
                               "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n");
     EXPECT_EQ(devices_text(1), " 2 devices \"001122334455 AABBCCDDEE0F \": "
                                "00:11:22:33:44:55 AA:BB:CC:DD:EE:0F");
@@ -52,14 +52,14 @@ TEST_F(Devices, AreListedInTheOrderInWhichTheyCame) {
 
 TEST_F(Devices, AreRefusedWithoutTheProfile) {
     EXPECT_EQ(utm_app_add_device(9, world::tablet.data()), -1);
-    EXPECT_EQ(world::story(), "log Add dev to profile 9 failed because profile not exist\n");
+    EXPECT_EQ(world::trace(), "log Add dev to profile 9 failed because profile not exist\n");
 }
 
 TEST_F(Devices, AreAddedOnceAndLoggedOnce) {
     world::make_profile(1, {world::tablet});
     const std::string before = store_text();
     EXPECT_EQ(utm_app_add_device(1, world::tablet.data()), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(store_text(), before);
 }
 
@@ -67,7 +67,7 @@ TEST_F(Devices, MayBelongToTwoProfiles) {
     world::make_profile(1, {world::tablet});
     world::make_profile(2);
     EXPECT_EQ(utm_app_add_device(2, world::tablet.data()), 0);
-    EXPECT_EQ(world::story(), "log Add dev mac = 00:11:22:33:44:55 to profile 2 success\n");
+    EXPECT_EQ(world::trace(), "log Add dev mac = 00:11:22:33:44:55 to profile 2 success\n");
     EXPECT_EQ(devices_text(1), devices_text(2));
     EXPECT_EQ(utm_app_delete_device(1, world::tablet.data()), 0);
     EXPECT_EQ(devices_text(2), " 1 devices \"001122334455 \": 00:11:22:33:44:55");
@@ -90,7 +90,7 @@ TEST_F(Devices, JoinTheBlocksOfTheirProfileInOrder) {
     make_profile_with_rules();
     world::set_active(true);
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_EQ(world::story(), "log [WARNING] __block_one_device_to_use_network is not implemented\n"
+    EXPECT_EQ(world::trace(), "log [WARNING] __block_one_device_to_use_network is not implemented\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 13 0 18\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
@@ -101,14 +101,14 @@ TEST_F(Devices, JoinTheBlocksOfTheirProfileInOrder) {
 TEST_F(Devices, JoinNoBlocksWhileTheFeatureIsOff) {
     make_profile_with_rules();
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_EQ(world::story(), "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n");
+    EXPECT_EQ(world::trace(), "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n");
 }
 
 TEST_F(Devices, AreBlockedAlone) {
     world::make_policy(4, {{12, 2, 0}}, world::make_profile(1, {world::tablet}));
     world::set_active(true);
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                               "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n");
 }
 
@@ -124,7 +124,7 @@ TEST_F(Devices, AreWarnedAboutOnlyInAProfileThatIsCutOff) {
         profile->blocked = row.blocked;
         world::set_active(true);
         EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   std::string(row.warned ? "log [WARNING] __block_one_device_to_use_network is "
                                            "not implemented\n"
                                          : "") +
@@ -137,7 +137,7 @@ TEST_F(Devices, AreAddedAlthoughTheirLinesFail) {
     world::set_active(true);
     world::on_system([](const std::string &) { return 256; });
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                               "log Command lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18 return 256\n"
                               "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n");
     EXPECT_EQ(devices_text(1), " 1 devices \"AABBCCDDEE0F \": AA:BB:CC:DD:EE:0F");
@@ -147,7 +147,7 @@ TEST_F(Devices, AreAddedAlthoughTheirLinesFail) {
 
 TEST_F(Devices, AreNotDeletedWithoutTheProfile) {
     EXPECT_EQ(utm_app_delete_device(9, world::tablet.data()), -1);
-    EXPECT_EQ(world::story(), "log Del dev from profile 9 failed because profile not exist\n");
+    EXPECT_EQ(world::trace(), "log Del dev from profile 9 failed because profile not exist\n");
 }
 
 TEST_F(Devices, AreDeletedWithSuccessWhenTheProfileDoesNotHoldThem) {
@@ -155,7 +155,7 @@ TEST_F(Devices, AreDeletedWithSuccessWhenTheProfileDoesNotHoldThem) {
     world::set_active(true);
     const std::string before = store_text();
     EXPECT_EQ(utm_app_delete_device(1, world::phone.data()), 0);
-    EXPECT_EQ(world::story(), "log Del dev AA:BB:CC:DD:EE:0F from profile 1 failed because "
+    EXPECT_EQ(world::trace(), "log Del dev AA:BB:CC:DD:EE:0F from profile 1 failed because "
                               "cannot find dev\n");
     EXPECT_EQ(store_text(), before);
 }
@@ -184,7 +184,7 @@ TEST_F(Devices, LeaveTheOthersInOrder) {
 TEST_F(Devices, StayInTheTextAfterTheLastOneIsDeleted) {
     world::make_profile(1, {world::tablet});
     EXPECT_EQ(utm_app_delete_device(1, world::tablet.data()), 0);
-    EXPECT_EQ(world::story(), "log Del dev 00:11:22:33:44:55 from profile 1 success\n");
+    EXPECT_EQ(world::trace(), "log Del dev 00:11:22:33:44:55 from profile 1 success\n");
     EXPECT_EQ(devices_text(1), " 0 devices \"001122334455 \":");
     EXPECT_EQ(read_devices(1), "0 none");
     EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
@@ -209,7 +209,7 @@ TEST_F(Devices, AreReleasedWhenTheyLeave) {
         profile->blocked = row.blocked;
         world::set_active(row.active);
         EXPECT_EQ(utm_app_delete_device(-3, world::tablet.data()), 0);
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   row.released + "log Del dev 00:11:22:33:44:55 from profile -3 success\n");
     }
 }
@@ -221,7 +221,7 @@ TEST_F(Devices, AreDeletedAlthoughTheirLinesFail) {
     world::set_active(true);
     world::on_system([](const std::string &) { return 32512; });
     EXPECT_EQ(utm_app_delete_device(1, world::tablet.data()), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
                               "log Command lcsh apg acl reset 00:11:22:33:44:55 return 32512 != 0\n"
                               "run profile_daily_limit.sh -C 1\n"
                               "log Del dev 00:11:22:33:44:55 from profile 1 success\n");
@@ -237,7 +237,7 @@ TEST_F(Devices, AreReadFromOneProfileOnly) {
     EXPECT_EQ(read_devices(2), "1 AABBCCDDEE0F");
     EXPECT_EQ(read_devices(3), "0 none");
     EXPECT_EQ(read_devices(4), "-1 none");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Devices, AreSpelledInATextOfThirteenCharactersEach) {

@@ -28,7 +28,7 @@ TEST_F(Enforcement, WritesEachLineForADeviceExactly) {
     utm_app_unblock_app_on_device(&device, 305);
     utm_app_reset_device(&device);
     utm_app_guard_off();
-    EXPECT_EQ(world::story(), "run lcsh apg on\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "run lcsh apg acl set 00:1A:2B:3C:4D:5E 305 0 18\n"
                               "run lcsh apg acl del 00:1A:2B:3C:4D:5E 305 0\n"
                               "run lcsh apg acl reset 00:1A:2B:3C:4D:5E\n"
@@ -41,7 +41,7 @@ TEST_F(Enforcement, WritesExtremeAddressesAndIds) {
     utm_app_block_app_on_device(&device, INT32_MIN);
     utm_app_unblock_app_on_device(&device, INT32_MAX);
     utm_app_block_app_on_device(&device, 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl set FF:FE:AB:00:01:0A -2147483648 0 18\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl set FF:FE:AB:00:01:0A -2147483648 0 18\n"
                               "run lcsh apg acl del FF:FE:AB:00:01:0A 2147483647 0\n"
                               "run lcsh apg acl set FF:FE:AB:00:01:0A 0 0 18\n");
 }
@@ -65,7 +65,7 @@ TEST_F(Enforcement, ReportsLinesThatFail) {
         utm_app_unblock_app_on_device(&device, 305);
         utm_app_reset_device(&device);
         utm_app_guard_off();
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   "run lcsh apg on\n"
                   "run lcsh apg acl set 00:1A:2B:3C:4D:5E 305 0 18\n"
                   "log Command lcsh apg acl set 00:1A:2B:3C:4D:5E 305 0 18 return " +
@@ -86,7 +86,7 @@ TEST_F(Enforcement, GoesOnToTheNextDeviceAfterALineFailed) {
     });
     const mutex_guard lock(utm_app_config_mutex);
     utm_app_block_app_on_devices(&profile->device_list, 12);
-    EXPECT_EQ(world::story(), "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                               "log Command lcsh apg acl set 00:11:22:33:44:55 12 0 18 return 256\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n");
 }
@@ -97,7 +97,7 @@ TEST_F(Enforcement, RunsALineForEveryDeviceInListOrder) {
     utm_app_block_app_on_devices(&profile->device_list, 12);
     utm_app_unblock_app_on_devices(&profile->device_list, 12);
     utm_app_reset_devices(&profile->device_list);
-    EXPECT_EQ(world::story(), "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                               "run lcsh apg acl del AA:BB:CC:DD:EE:0F 12 0\n"
                               "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
@@ -119,7 +119,7 @@ TEST_F(Enforcement, DoesNothingWithoutADeviceOrAProfile) {
     utm_app_reset_device(nullptr);
     utm_app_block_profile(nullptr);
     utm_app_unblock_profile(nullptr);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Enforcement, AnnouncesAProfileAndThenSaysSo) {
@@ -129,7 +129,7 @@ TEST_F(Enforcement, AnnouncesAProfileAndThenSaysSo) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_block_profile(profile);
         utm_app_unblock_profile(profile);
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   "event block profile " + text + "\nlog send event: block profile " + text +
                       " to use network\nevent unblock profile " + text +
                       "\nlog send event: unblock profile " + text + " to use network\n");
@@ -142,7 +142,7 @@ TEST_F(Enforcement, OnlyWarnsThatOneDeviceCannotBeCutOff) {
     const config_device_t device = device_of({0x00, 0x1A, 0x2B, 0x3C, 0x4D, 0x5E});
     __block_one_device_to_use_network(&device);
     __unblock_one_device_to_use_network(&device);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log [WARNING] __block_one_device_to_use_network is not implemented\n"
               "log [WARNING] __unblock_one_device_to_use_network is not implemented\n");
 }
@@ -170,7 +170,7 @@ TEST_F(Enforcement, AppliesTheBlocksOfEveryProfileInOrder) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_apply_all_blocks();
     }
-    EXPECT_EQ(world::story(), "event block profile 5\n"
+    EXPECT_EQ(world::trace(), "event block profile 5\n"
                               "log send event: block profile 5 to use network\n" +
                                   block_lines(both, 12) + block_lines(both, 14) +
                                   "event block profile 3\n"
@@ -188,7 +188,7 @@ TEST_F(Enforcement, LiftsTheBlocksOfEveryProfileInOrderAndKeepsTheFlags) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_lift_all_blocks();
     }
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "event unblock profile 5\n"
               "log send event: unblock profile 5 to use network\n" +
                   unblock_lines(both, 12) + unblock_lines(both, 14) + reset_lines(both) +
@@ -211,7 +211,7 @@ TEST_F(Enforcement, AnnouncesOnlyProfilesThatAreCutOff) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_apply_all_blocks();
         utm_app_lift_all_blocks();
-        EXPECT_EQ(world::story(), row.announced
+        EXPECT_EQ(world::trace(), row.announced
                                       ? "event block profile 1\n"
                                         "log send event: block profile 1 to use network\n"
                                         "event unblock profile 1\n"
@@ -227,14 +227,14 @@ TEST_F(Enforcement, AppliesFlagsAndNotRules) {
     world::make_policy(4, {{12, 2, 0}, {13, 1, 60}}, profile);
     const mutex_guard lock(utm_app_config_mutex);
     utm_app_apply_all_blocks();
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Enforcement, ResetsTheDevicesOfAnyBoundPolicyWhenLifting) {
     world::make_policy(4, {}, world::make_profile(1, both));
     const mutex_guard lock(utm_app_config_mutex);
     utm_app_lift_all_blocks();
-    EXPECT_EQ(world::story(), reset_lines(both));
+    EXPECT_EQ(world::trace(), reset_lines(both));
 }
 
 TEST_F(Enforcement, RunsNoLineForABlockedProfileWithoutDevices) {
@@ -242,7 +242,7 @@ TEST_F(Enforcement, RunsNoLineForABlockedProfileWithoutDevices) {
     const mutex_guard lock(utm_app_config_mutex);
     utm_app_apply_all_blocks();
     utm_app_lift_all_blocks();
-    EXPECT_EQ(world::story(), "event block profile 1\n"
+    EXPECT_EQ(world::trace(), "event block profile 1\n"
                               "log send event: block profile 1 to use network\n"
                               "event unblock profile 1\n"
                               "log send event: unblock profile 1 to use network\n");

@@ -99,10 +99,10 @@ TEST_F(StoreLifetimes, LeaveAPolicyToItsOnlyOwner) {
     world::make_profile(2, {world::tablet});
     EXPECT_EQ(utm_app_add_policy_to_profile(2, 4), -1);
     utm_app_delete_profile(1);
-    world::story();
+    world::trace();
     EXPECT_EQ(utm_app_add_device(2, world::phone.data()), 0);
     utm_app_delete_profile(2);
-    EXPECT_EQ(world::story(), "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 2 success\n" +
+    EXPECT_EQ(world::trace(), "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 2 success\n" +
                                   reset_lines({world::tablet, world::phone}) +
                                   "log Delete user profile 2 and unblock all success\n"
                                   "log Delete profile 2 success\n");

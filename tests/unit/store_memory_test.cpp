@@ -24,7 +24,7 @@ struct memory_case {
     std::function<int32_t()> act;
     int nth;
     int32_t result;
-    const char *story;
+    const char *trace;
     bool is_undone; ///< the store is as if nothing had been asked
 };
 
@@ -114,7 +114,7 @@ TEST_F(StoreMemory, SaysWhatFailed) {
         EXPECT_EQ(row.act(), row.result) << row.name;
         EXPECT_GE(world::allocations(), row.nth) << row.name;
         world::fail_allocation(0);
-        EXPECT_EQ(world::story(), row.story) << row.name;
+        EXPECT_EQ(world::trace(), row.trace) << row.name;
         if (row.is_undone) {
             EXPECT_EQ(store_text(), before) << row.name;
         }
@@ -181,12 +181,12 @@ TEST_F(StoreMemory, ReportsEveryMissingWeekday) {
     std::string expected;
     for (int day = 0; day < days_per_week; ++day)
         expected += "log Add weekday to profile 1 failed because malloc failed\n";
-    EXPECT_EQ(world::story(), expected + "log Create profile 1 success\n");
+    EXPECT_EQ(world::trace(), expected + "log Create profile 1 success\n");
     EXPECT_NE(profile_text(1).find(" week\n"), std::string::npos);
     world::fail_allocations_from(1);
     const mutex_guard lock(utm_app_config_mutex);
     EXPECT_EQ(utm_app_add_weekday_limits(1), -1);
-    EXPECT_EQ(world::story(), expected);
+    EXPECT_EQ(world::trace(), expected);
 }
 
 TEST_F(StoreMemory, KeepsThePreviousTextOfTheDevices) {
@@ -198,7 +198,7 @@ TEST_F(StoreMemory, KeepsThePreviousTextOfTheDevices) {
     world::fail_allocation(1);
     EXPECT_EQ(utm_app_delete_device(1, world::tablet.data()), 0);
     EXPECT_STREQ(profile->device_list_string, "001122334455 ");
-    EXPECT_EQ(world::story(), "log Update device list string failed because malloc failed\n"
+    EXPECT_EQ(world::trace(), "log Update device list string failed because malloc failed\n"
                               "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n"
                               "log Update device list string failed because malloc failed\n"
                               "log Del dev 00:11:22:33:44:55 from profile 1 success\n");

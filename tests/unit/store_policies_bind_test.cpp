@@ -22,7 +22,7 @@ TEST_F(PolicyBinding, BlocksEveryDeviceEvenWhileTheFeatureIsOff) {
         world::make_policy(4, {{12, 2, 0}});
         world::set_active(active);
         EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
-        EXPECT_EQ(world::story(), "log block device to use 12\n"
+        EXPECT_EQ(world::trace(), "log block device to use 12\n"
                                   "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                                   "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                                   "log Add policy 4 to profile 1 success\n");
@@ -35,7 +35,7 @@ TEST_F(PolicyBinding, BlocksRuleByRuleInListOrderAndChangesNoFlag) {
     world::make_usage(profile, {{10, 59}, {20, 60}, {30, 61}, {40, 5}});
     world::make_policy(4, {{10, 1, 60}, {20, 1, 60}, {30, 1, 60}, {40, 2, 0}, {50, 1, 0}});
     EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
-    EXPECT_EQ(world::story(), "log block device to use 40\n"
+    EXPECT_EQ(world::trace(), "log block device to use 40\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 40 0 18\n"
                               "log block device to use 30 because exceed limit\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 30 0 18\n"
@@ -58,7 +58,7 @@ TEST_F(PolicyBinding, WritesItsLinesForAProfileWithoutDevicesToo) {
     world::make_usage(world::make_profile(1), {{20, 60}});
     world::make_policy(4, {{20, 1, 60}, {40, 2, 0}});
     EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
-    EXPECT_EQ(world::story(), "log block device to use 40\n"
+    EXPECT_EQ(world::trace(), "log block device to use 40\n"
                               "log block device to use 20 because exceed limit\n"
                               "log Add policy 4 to profile 1 success\n");
 }
@@ -67,7 +67,7 @@ TEST_F(PolicyBinding, IsRefusedWithoutAChange) {
     struct {
         const char *name;
         int32_t profile_id, policy_id;
-        const char *story;
+        const char *trace;
     } const table[] = {
         {"no profile", 9, 4, "log Add policy 4 to profile 9 failed because profile not exist\n"},
         {"neither", 9, 8, "log Add policy 8 to profile 9 failed because profile not exist\n"},
@@ -85,7 +85,7 @@ TEST_F(PolicyBinding, IsRefusedWithoutAChange) {
     const std::string before = store_text();
     for (const auto &row : table) {
         EXPECT_EQ(utm_app_add_policy_to_profile(row.profile_id, row.policy_id), -1) << row.name;
-        EXPECT_EQ(world::story(), row.story) << row.name;
+        EXPECT_EQ(world::trace(), row.trace) << row.name;
         EXPECT_EQ(store_text(), before) << row.name;
     }
 }
@@ -111,7 +111,7 @@ TEST_F(PolicyBinding, IsStillInForceAfterTheRulesWereDeletedAndRefilled) {
     ASSERT_EQ(utm_app_delete_policy(4), 0);
     const config_policy_rule_t rule = {12, 1, 5};
     ASSERT_EQ(utm_app_add_apps_to_policy(4, &rule, 1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
                               "log Policy 4 add app 12 action 1 limit 5 success\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                               "log Add apps to policy 4 success\n");
@@ -137,7 +137,7 @@ TEST_F(PolicyBinding, BlocksWhatIsOverItsLimitAfterAnImportWhateverTheAction) {
         world::set_active(active);
         const std::string before = store_text();
         relink_and_enforce(profile);
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   "log block device to use 60 because exceed limit\n" + block_lines(both, 60) +
                       "log block device to use 30 because exceed limit\n" + block_lines(both, 30) +
                       "log block device to use 20 because exceed limit\n" + block_lines(both, 20));
@@ -152,7 +152,7 @@ TEST_F(PolicyBinding, LinksAnewAfterAnImport) {
     for (config_app_usage_t &usage : apps_of(profile))
         usage.policy_app = nullptr;
     relink_and_enforce(profile);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(profile_text(1).substr(profile_text(1).find(" 2 apps")),
               " 2 apps: 20 used 5/0/0 blocked 0 ruled; 10 used 5/0/0 blocked 0 ruled;\n");
 }
@@ -162,7 +162,7 @@ TEST_F(PolicyBinding, DoesNothingAfterAnImportWithoutAPolicy) {
     world::make_usage(profile, {{10, 500}});
     const std::string before = store_text();
     relink_and_enforce(profile);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(store_text(), before);
 }
 

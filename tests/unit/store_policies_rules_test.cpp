@@ -124,7 +124,7 @@ TEST_F(PolicyRules, ThatAreNewBlockWhatTheyBlockNow) {
         SCOPED_TRACE(name_of(row));
         config_app_policy_t *policy = make_state(row, {});
         EXPECT_EQ(set_rule(policy, row), 0);
-        EXPECT_EQ(world::story(), log_line("add", row) + lines_of(row.lines));
+        EXPECT_EQ(world::trace(), log_line("add", row) + lines_of(row.lines));
         EXPECT_EQ(usage_and_policy(), expected_usage(row, true) + expected_policy(row, true));
     }
 }
@@ -160,7 +160,7 @@ TEST_F(PolicyRules, ThatAreUpdatedBringTheDevicesInLine) {
             SCOPED_TRACE(name_of(row) + ", before " + std::to_string(action_before));
             config_app_policy_t *policy = make_state(row, {{12, action_before, 77}});
             EXPECT_EQ(set_rule(policy, row), 0);
-            EXPECT_EQ(world::story(), log_line("update", row) + lines_of(row.lines));
+            EXPECT_EQ(world::trace(), log_line("update", row) + lines_of(row.lines));
             EXPECT_EQ(usage_and_policy(), expected_usage(row, true) + expected_policy(row, true));
         }
 }
@@ -182,7 +182,7 @@ TEST_F(PolicyRules, ThatAreRemovedReleaseTheDevices) {
             SCOPED_TRACE(name_of(row) + ", before " + std::to_string(action_before));
             config_app_policy_t *policy = make_state(row, {{12, action_before, 77}});
             EXPECT_EQ(set_rule(policy, row), 0);
-            EXPECT_EQ(world::story(), log_line("update", row) + lines_of(row.lines));
+            EXPECT_EQ(world::trace(), log_line("update", row) + lines_of(row.lines));
             EXPECT_EQ(usage_and_policy(), expected_usage(row, false) + expected_policy(row, false));
         }
 }
@@ -198,7 +198,7 @@ TEST_F(PolicyRules, ThatDoNotExistAreRemovedWithoutATrace) {
         SCOPED_TRACE(name_of(row));
         config_app_policy_t *policy = make_state(row, {});
         EXPECT_EQ(set_rule(policy, row), 0);
-        EXPECT_EQ(world::story(), "");
+        EXPECT_EQ(world::trace(), "");
         EXPECT_EQ(usage_and_policy(), expected_usage(row, false) + expected_policy(row, false));
     }
 }
@@ -216,7 +216,7 @@ TEST_F(PolicyRules, AreRefusedWithoutPolicyOrRuleOrKnownAction) {
         for (const config_policy_rule_t &rule : odd)
             EXPECT_EQ(utm_app_set_rule(policy, &rule), -1) << rule.action;
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(store_text(), before);
 }
 
@@ -241,7 +241,7 @@ TEST_F(PolicyRules, UnblockEveryDeviceWhenABlockBecomesALimitNotYetReached) {
     world::set_active(true);
     const config_policy_rule_t rules[] = {{12, 2, 0}, {12, 1, 31}};
     EXPECT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0);
-    EXPECT_EQ(world::story(), "log Policy 4 add app 12 action 2 limit 0 success\n"
+    EXPECT_EQ(world::trace(), "log Policy 4 add app 12 action 2 limit 0 success\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                               "log Policy 4 update app 12 action 1 limit 31 success\n"
@@ -257,7 +257,7 @@ TEST_F(PolicyRules, SucceedAlthoughTheirLinesFail) {
     world::on_system([](const std::string &) { return 256; });
     const config_policy_rule_t rules[] = {{12, 2, 0}, {12, 0, 0}};
     EXPECT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Policy 4 add app 12 action 2 limit 0 success\n"
               "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
               "log Command lcsh apg acl set 00:11:22:33:44:55 12 0 18 return 256\n"

@@ -38,7 +38,7 @@ int32_t add_apps(int32_t policy_id, const std::vector<config_policy_rule_t> &rul
 TEST_F(Policies, ReturnTheIdOfANewPolicy) {
     for (const int32_t id : {4, 1, INT32_MAX}) {
         EXPECT_EQ(utm_app_create_policy(id), id);
-        EXPECT_EQ(world::story(), "log Create policy " + std::to_string(id) + " success\n");
+        EXPECT_EQ(world::trace(), "log Create policy " + std::to_string(id) + " success\n");
         EXPECT_EQ(policy_text(id), "policy " + std::to_string(id) + ": profile none, 0 apps:\n");
     }
 }
@@ -46,7 +46,7 @@ TEST_F(Policies, ReturnTheIdOfANewPolicy) {
 TEST_F(Policies, RefuseIdsBelowOne) {
     for (const int32_t id : {0, -1, INT32_MIN}) {
         EXPECT_EQ(utm_app_create_policy(id), -1);
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   "log Create policy " + std::to_string(id) + " failed because id <= 0\n");
     }
     EXPECT_EQ(store_text(), "");
@@ -56,7 +56,7 @@ TEST_F(Policies, RefuseAnIdThatIsTaken) {
     world::make_policy(4, {{12, 1, 30}});
     const std::string before = store_text();
     EXPECT_EQ(utm_app_create_policy(4), -1);
-    EXPECT_EQ(world::story(), "log Create policy 4 failed because policy already exist\n");
+    EXPECT_EQ(world::trace(), "log Create policy 4 failed because policy already exist\n");
     EXPECT_EQ(store_text(), before);
 }
 
@@ -65,7 +65,7 @@ TEST_F(Policies, RefuseAnIdThatIsTaken) {
 TEST_F(Policies, AddRulesInTheOrderGiven) {
     world::make_policy(4, {});
     EXPECT_EQ(add_apps(4, {{10, 1, 30}, {20, 2, 0}, {30, 1, -5}}), 0);
-    EXPECT_EQ(world::story(), "log Policy 4 add app 10 action 1 limit 30 success\n"
+    EXPECT_EQ(world::trace(), "log Policy 4 add app 10 action 1 limit 30 success\n"
                               "log Policy 4 add app 20 action 2 limit 0 success\n"
                               "log Policy 4 add app 30 action 1 limit -5 success\n"
                               "log Add apps to policy 4 success\n");
@@ -75,7 +75,7 @@ TEST_F(Policies, AddRulesInTheOrderGiven) {
 TEST_F(Policies, UpdateARuleThatIsThereAlreadyInsteadOfDoublingIt) {
     world::make_policy(4, {{10, 1, 30}, {20, 2, 0}});
     EXPECT_EQ(add_apps(4, {{10, 2, 7}, {10, 1, 8}}), 0);
-    EXPECT_EQ(world::story(), "log Policy 4 update app 10 action 2 limit 7 success\n"
+    EXPECT_EQ(world::trace(), "log Policy 4 update app 10 action 2 limit 7 success\n"
                               "log Policy 4 update app 10 action 1 limit 8 success\n"
                               "log Add apps to policy 4 success\n");
     EXPECT_EQ(apps_of_policy(4), "2: 20/2/0 10/1/8");
@@ -87,7 +87,7 @@ TEST_F(Policies, RejectActionsOutsideOfTheirRange) {
     for (const int32_t action : {3, -1, 255, 256, INT32_MAX, INT32_MIN})
         for (const int32_t app_id : {10, 20}) {
             EXPECT_EQ(add_apps(4, {{app_id, action, 5}}), -1) << action;
-            EXPECT_EQ(world::story(), "log Add apps to policy 4 failed\n");
+            EXPECT_EQ(world::trace(), "log Add apps to policy 4 failed\n");
         }
     EXPECT_EQ(store_text(), before);
 }
@@ -95,7 +95,7 @@ TEST_F(Policies, RejectActionsOutsideOfTheirRange) {
 TEST_F(Policies, StoreTheValidRulesAroundARejectedOne) {
     world::make_policy(4, {});
     EXPECT_EQ(add_apps(4, {{10, 1, 30}, {20, 3, 0}, {25, -1, 0}, {30, 2, 0}}), -1);
-    EXPECT_EQ(world::story(), "log Policy 4 add app 10 action 1 limit 30 success\n"
+    EXPECT_EQ(world::trace(), "log Policy 4 add app 10 action 1 limit 30 success\n"
                               "log Policy 4 add app 30 action 2 limit 0 success\n"
                               "log Add apps to policy 4 failed\n");
     EXPECT_EQ(apps_of_policy(4), "2: 30/2/0 10/1/30");
@@ -107,7 +107,7 @@ TEST_F(Policies, AddNoRulesWithSuccess) {
     const config_policy_rule_t rule = {20, 2, 0};
     for (const int32_t count : {0, -1, INT32_MIN}) {
         EXPECT_EQ(utm_app_add_apps_to_policy(4, &rule, count), 0);
-        EXPECT_EQ(world::story(), "log Add apps to policy 4 success\n");
+        EXPECT_EQ(world::trace(), "log Add apps to policy 4 success\n");
     }
     EXPECT_EQ(store_text(), before);
 }
@@ -117,7 +117,7 @@ TEST_F(Policies, RefuseRulesForAMissingPolicy) {
     EXPECT_EQ(utm_app_add_apps_to_policy(4, &rule, 1), -1);
     EXPECT_EQ(utm_app_add_apps_to_policy(4, &rule, 0), -1);
     EXPECT_EQ(utm_app_update_app_in_policy(4, &rule), -1);
-    EXPECT_EQ(world::story(), "log Add apps to policy 4 failed\n"
+    EXPECT_EQ(world::trace(), "log Add apps to policy 4 failed\n"
                               "log Add apps to policy 4 failed\n"
                               "log Update app to policy 4 failed\n");
 }
@@ -126,7 +126,7 @@ TEST_F(Policies, UpdateOneRuleUnderItsOwnLines) {
     struct {
         config_policy_rule_t rule;
         int32_t result;
-        const char *story, *apps;
+        const char *trace, *apps;
     } const table[] = {
         {{10, 2, 7},
          0,
@@ -150,7 +150,7 @@ TEST_F(Policies, UpdateOneRuleUnderItsOwnLines) {
         SetUp();
         world::make_policy(4, {{10, 1, 30}});
         EXPECT_EQ(utm_app_update_app_in_policy(4, &row.rule), row.result);
-        EXPECT_EQ(world::story(), row.story);
+        EXPECT_EQ(world::trace(), row.trace);
         EXPECT_EQ(apps_of_policy(4), row.apps);
     }
 }
@@ -159,7 +159,7 @@ TEST_F(Policies, FailWithoutALineWhenNoRuleIsGiven) {
     world::make_policy(4, {});
     EXPECT_EQ(utm_app_update_app_in_policy(4, nullptr), -1);
     EXPECT_EQ(utm_app_update_app_in_policy(5, nullptr), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 // ---- Reading rules -------------------------------------------------------------------------
@@ -170,26 +170,26 @@ TEST_F(Policies, HaveNoRulesToReadWhenMissingOrEmpty) {
     EXPECT_EQ(apps_of_policy(4), "-1 none");
     EXPECT_EQ(apps_of_policy(5), "-1 none");
     EXPECT_EQ(apps_of_policy(6), "-1 none");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Policies, ReadTheRulesNewestFirst) {
     world::make_policy(4, {{10, 1, 1}, {20, 2, 2}, {30, 1, 3}});
     EXPECT_EQ(apps_of_policy(4), "3: 30/1/3 20/2/2 10/1/1");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 // ---- Deleting, which only removes the rules ------------------------------------------------
 
 TEST_F(Policies, FailToDeleteAMissingPolicy) {
     EXPECT_EQ(utm_app_delete_policy(4), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Policies, KeepThePolicyAndItsCountWhenTheRulesAreDeleted) {
     world::make_policy(4, {{10, 1, 30}, {20, 2, 0}, {30, 1, 5}});
     EXPECT_EQ(utm_app_delete_policy(4), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(policy_text(4), "policy 4: profile none, 3 apps:\n");
     EXPECT_EQ(apps_of_policy(4), "3: 0/0/0 0/0/0 0/0/0");
 }
@@ -222,7 +222,7 @@ TEST_F(Policies, ReleaseTheBoundProfileWhenTheRulesAreDeleted) {
         usage_of(profile, 50)->blocked = 1; // no rule, and released all the same
         world::set_active(active);
         EXPECT_EQ(utm_app_delete_policy(4), 0);
-        EXPECT_EQ(world::story(), reset_lines(both));
+        EXPECT_EQ(world::trace(), reset_lines(both));
         EXPECT_EQ(store_text(),
                   "profile 1: enable 0, limit 1440+0, used 0/0/0, blocked 0, since 1772625600, "
                   "policy 4\n"
@@ -241,7 +241,7 @@ TEST_F(Policies, KeepTheWholeProfileCutOffWhenTheRulesAreDeleted) {
     profile->blocked = 1;
     world::make_policy(4, {{10, 2, 0}}, profile);
     EXPECT_EQ(utm_app_delete_policy(4), 0);
-    EXPECT_EQ(world::story(), reset_lines(both));
+    EXPECT_EQ(world::trace(), reset_lines(both));
     EXPECT_EQ(profile->blocked, 1);
 }
 
@@ -258,7 +258,7 @@ TEST_F(Policies, AreFoundThroughTheirProfile) {
         EXPECT_EQ(utm_app_get_policy_of_profile(row.profile_id, &policy_id), row.result);
         EXPECT_EQ(policy_id, row.policy_id) << row.profile_id;
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 } // namespace

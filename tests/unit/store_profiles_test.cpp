@@ -29,7 +29,7 @@ std::string new_profile_text(int32_t id) {
 
 TEST_F(Profiles, StartWithoutALimitInForce) {
     EXPECT_EQ(utm_app_create_profile(7), 0);
-    EXPECT_EQ(world::story(), "log Create profile 7 success\n");
+    EXPECT_EQ(world::trace(), "log Create profile 7 success\n");
     EXPECT_EQ(store_text(), new_profile_text(7));
 }
 
@@ -37,7 +37,7 @@ TEST_F(Profiles, TakeAnyId) {
     std::string all;
     for (const int32_t id : {0, -3, INT32_MIN, INT32_MAX}) {
         EXPECT_EQ(utm_app_create_profile(id), 0);
-        EXPECT_EQ(world::story(), "log Create profile " + std::to_string(id) + " success\n");
+        EXPECT_EQ(world::trace(), "log Create profile " + std::to_string(id) + " success\n");
         all += new_profile_text(id);
     }
     EXPECT_EQ(store_text(), all);
@@ -54,7 +54,7 @@ TEST_F(Profiles, AreLeftAloneWhenTheyAreCreatedAgain) {
     EXPECT_EQ(utm_app_create_profile(7), 0);
     world::set_now(world::default_now + 60);
     EXPECT_EQ(utm_app_create_profile(7), 0);
-    EXPECT_EQ(world::story(), "log Create profile 7 success\n"
+    EXPECT_EQ(world::trace(), "log Create profile 7 success\n"
                               "log Create profile 7 success\n");
     EXPECT_EQ(store_text(), new_profile_text(7));
 }
@@ -78,14 +78,14 @@ TEST_F(Profiles, CanBeMadeOutsideOfAnyList) {
     for (const config_list_node_t *head :
          {&profile->weekday_list, &profile->device_list, &profile->app_stat_list})
         EXPECT_TRUE(list_is_empty(head));
-    EXPECT_EQ(store_text() + world::story(), "");
+    EXPECT_EQ(store_text() + world::trace(), "");
     free(profile);
 }
 
 TEST_F(Profiles, GetNoWeekdaysWhenMissing) {
     const mutex_guard lock(utm_app_config_mutex);
     EXPECT_EQ(utm_app_add_weekday_limits(7), -1);
-    EXPECT_EQ(world::story(), "log Add weekday to profile 7 failed because profile not exist\n");
+    EXPECT_EQ(world::trace(), "log Add weekday to profile 7 failed because profile not exist\n");
 }
 
 TEST_F(Profiles, GetTheirSevenWeekdaysAppended) {
@@ -95,7 +95,7 @@ TEST_F(Profiles, GetTheirSevenWeekdaysAppended) {
         const mutex_guard lock(utm_app_config_mutex);
         EXPECT_EQ(utm_app_add_weekday_limits(7), 0);
     }
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_NE(profile_text(7).find(" week 0=60 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440 "
                                    "0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"),
               std::string::npos)
@@ -107,7 +107,7 @@ TEST_F(Profiles, GetTheirSevenWeekdaysAppended) {
 TEST_F(Profiles, AreDeletedWithSuccessWhenMissing) {
     world::make_profile(1);
     EXPECT_EQ(utm_app_delete_profile(9), 0);
-    EXPECT_EQ(world::story(), "log Delete profile 9 success\n");
+    EXPECT_EQ(world::trace(), "log Delete profile 9 success\n");
     EXPECT_EQ(store_text(), new_profile_text(1));
 }
 
@@ -119,7 +119,7 @@ TEST_F(Profiles, LeaveNothingBehind) {
     world::make_policy(5, {});
     world::make_profile(3);
     EXPECT_EQ(utm_app_delete_profile(2), 0);
-    EXPECT_EQ(world::story(), reset_lines(both) +
+    EXPECT_EQ(world::trace(), reset_lines(both) +
                                   "log Delete user profile 2 and unblock all success\n"
                                   "log Delete profile 2 success\n");
     EXPECT_EQ(store_text(),
@@ -152,7 +152,7 @@ TEST_F(Profiles, ReleaseTheirDevicesWhetherOrNotTheFeatureIsActive) {
             profile->blocked = row.blocked;
             world::set_active(active);
             EXPECT_EQ(utm_app_delete_profile(1), 0);
-            EXPECT_EQ(world::story(), row.released +
+            EXPECT_EQ(world::trace(), row.released +
                                           "log Delete user profile 1 and unblock all success\n"
                                           "log Delete profile 1 success\n")
                 << row.name << active;
@@ -163,7 +163,7 @@ TEST_F(Profiles, AreDeletedAlthoughTheirLinesFail) {
     world::make_profile(1, {world::tablet});
     world::on_system([](const std::string &) { return 256; });
     EXPECT_EQ(utm_app_delete_profile(1), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
                               "log Command lcsh apg acl reset 00:11:22:33:44:55 return 256 != 0\n"
                               "log Delete user profile 1 and unblock all success\n"
                               "log Delete profile 1 success\n");
@@ -187,7 +187,7 @@ TEST_F(Profiles, AreFlushedInListOrder) {
     world::make_policy(4, {{12, 2, 0}}, world::make_profile(9, {world::tablet}));
     world::make_policy(6, {});
     EXPECT_EQ(utm_app_flush_profiles(), 0);
-    EXPECT_EQ(world::story(), "run lcsh apg acl reset AA:BB:CC:DD:EE:0F\n"
+    EXPECT_EQ(world::trace(), "run lcsh apg acl reset AA:BB:CC:DD:EE:0F\n"
                               "event unblock profile 5\n"
                               "log send event: unblock profile 5 to use network\n"
                               "log Delete user profile 5 and unblock all success\n"
@@ -200,7 +200,7 @@ TEST_F(Profiles, AreFlushedInListOrder) {
 
 TEST_F(Profiles, AreFlushedWithSuccessWhenThereAreNone) {
     EXPECT_EQ(utm_app_flush_profiles(), 0);
-    EXPECT_EQ(world::story(), "log Flush all profiles success\n");
+    EXPECT_EQ(world::trace(), "log Flush all profiles success\n");
 }
 
 } // namespace

@@ -39,7 +39,7 @@ std::string apps(config_user_profile_t *profile) {
 TEST_F(Accounting, FailsWithoutAProfile) {
     EXPECT_EQ(use(nullptr, 1), -1);
     EXPECT_EQ(use_app(nullptr, 10, 1), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 struct budget_case_t {
@@ -52,7 +52,7 @@ struct budget_case_t {
     int32_t used;
     int32_t minutes;
     const char *state; ///< used, then blocked
-    const char *story;
+    const char *trace;
 };
 
 TEST_F(Accounting, BlocksAProfileThatHasUsedUpItsBudget) {
@@ -86,7 +86,7 @@ TEST_F(Accounting, BlocksAProfileThatHasUsedUpItsBudget) {
         EXPECT_EQ(std::to_string(profile->daily_used) + " " + std::to_string(profile->blocked),
                   c.state)
             << c.name;
-        EXPECT_EQ(world::story(), c.story) << c.name;
+        EXPECT_EQ(world::trace(), c.trace) << c.name;
     }
 }
 
@@ -94,7 +94,7 @@ TEST_F(Accounting, BlocksAProfileWithoutDevicesToo) {
     config_user_profile_t *profile = make_profile(5);
     profile->daily_limit_enable = 1;
     EXPECT_EQ(use(profile, 1440), 0);
-    EXPECT_EQ(world::story(), "log Block profile 5 to use network because 1440 exceed 1440\n"
+    EXPECT_EQ(world::trace(), "log Block profile 5 to use network because 1440 exceed 1440\n"
                               "event block profile 5\n"
                               "log send event: block profile 5 to use network\n");
 }
@@ -105,10 +105,10 @@ TEST_F(Accounting, SaturatesAProfilesUseAndBudget) {
     profile->daily_extend = int32_max;
     profile->daily_used = int32_max - 1;
     EXPECT_EQ(use(profile, 0), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(use(profile, int32_max), 0);
     EXPECT_EQ(profile->daily_used, int32_max);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Block profile 5 to use network because 2147483647 exceed 2147483647\n"
               "event block profile 5\n"
               "log send event: block profile 5 to use network\n");
@@ -127,7 +127,7 @@ TEST_F(Accounting, AddsToAnApplicationsRecordAndPushesNewOnesToTheFront) {
                              "  app 20: used 0/0/0, blocked 0, days [] next 0\n"
                              "  app 10: used 7/0/0, blocked 0, days [] next 0\n");
     EXPECT_EQ(profile->app_count, 3);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Accounting, SaturatesAnApplicationsUse) {
@@ -151,15 +151,15 @@ TEST_F(Accounting, IntroducesANewApplicationToItsRule) {
     config_user_profile_t *profile = make_profile(5, {world::tablet, world::phone});
     make_policy(4, {{10, POLICY_ACTION_LIMIT, 5}}, profile);
     EXPECT_EQ(use_app(profile, 10, 4), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(use_app(profile, 10, 1), 0);
     EXPECT_EQ(apps(profile), "  app 10: used 5/0/0, blocked 1, days [] next 0, rule 1/5\n");
-    EXPECT_EQ(world::story(), "log Block app 10 for profile 5 because 5 exceed 5\n"
+    EXPECT_EQ(world::trace(), "log Block app 10 for profile 5 because 5 exceed 5\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 10 0 18\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 10 0 18\n");
     // Once is enough.
     EXPECT_EQ(use_app(profile, 10, 1), 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 struct rule_case_t {
@@ -208,7 +208,7 @@ TEST_F(Accounting, BlocksAnApplicationOnlyForALimitThatIsReached) {
         EXPECT_EQ(apps(profile), "  app " + std::to_string(c.app_id) + ": used " +
                                      std::to_string(c.minutes) + "/0/0, " + c.app + "\n")
             << c.name;
-        EXPECT_EQ(world::story(), "") << c.name;
+        EXPECT_EQ(world::trace(), "") << c.name;
     }
 }
 
@@ -216,7 +216,7 @@ TEST_F(Accounting, BlocksAnApplicationWhoseLimitIsZeroAtItsFirstReport) {
     config_user_profile_t *profile = make_profile(5, {world::phone});
     make_policy(4, {{10, POLICY_ACTION_LIMIT, 0}}, profile);
     EXPECT_EQ(use_app(profile, 10, 0), 0);
-    EXPECT_EQ(world::story(), "log Block app 10 for profile 5 because 0 exceed 0\n"
+    EXPECT_EQ(world::trace(), "log Block app 10 for profile 5 because 0 exceed 0\n"
                               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 10 0 18\n");
 }
 
@@ -230,7 +230,7 @@ TEST_F(Accounting, MarksAnApplicationBlockedWithoutADeviceAndWhenTheLineFails) {
     EXPECT_EQ(use_app(failing, 10, 5), 0);
     EXPECT_EQ(apps(alone), "  app 10: used 5/0/0, blocked 1, days [] next 0, rule 1/5\n");
     EXPECT_EQ(apps(failing), "  app 10: used 5/0/0, blocked 1, days [] next 0, rule 1/5\n");
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Block app 10 for profile 5 because 5 exceed 5\n"
               "log Block app 10 for profile 6 because 5 exceed 5\n"
               "run lcsh apg acl set AA:BB:CC:DD:EE:0F 10 0 18\n"

@@ -47,7 +47,7 @@ struct memory_case_t {
     int nth;
     int allocations; ///< made in all
     int32_t result;
-    std::string story;
+    std::string trace;
     std::string store;
 };
 
@@ -76,7 +76,7 @@ TEST_F(CollectorWithoutMemory, NamesTheAllocationThatFailedAndKeepsTheStoreWhole
         world::fail_allocation(c.nth);
         EXPECT_EQ(utm_app_update_app_status(), c.result) << c.nth;
         EXPECT_EQ(world::allocations(), c.allocations) << c.nth;
-        EXPECT_EQ(world::story(), c.story) << c.nth;
+        EXPECT_EQ(world::trace(), c.trace) << c.nth;
         EXPECT_EQ(world::render_store(), c.store) << c.nth;
         EXPECT_EQ(world::open_pipes(), 0) << c.nth;
     }
@@ -88,13 +88,13 @@ TEST_F(CollectorWithoutMemory, BuildsADeviceTextThatCouldNotBeHadBefore) {
     ASSERT_EQ(utm_app_add_device(3, world::phone.data()), 0);
     world::fail_allocation(2); // the first one is the reply's
     EXPECT_EQ(utm_app_update_app_status(), -1);
-    EXPECT_EQ(world::story(), "log Update device list string failed because malloc failed\n"
+    EXPECT_EQ(world::trace(), "log Update device list string failed because malloc failed\n"
                               "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 3 success\n"
                               "log Update device list string failed because malloc failed\n"
                               "log Update app status failed because malloc failed\n");
     world::fail_allocation(0);
     EXPECT_EQ(utm_app_update_app_status(), 0);
-    EXPECT_EQ(world::story(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+    EXPECT_EQ(world::trace(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                               "'{\"s\":1772625540,\"e\":1772625540,\"mac\":\"AABBCCDDEE0F \"}'\n");
 }
 
@@ -102,7 +102,7 @@ TEST_F(CollectorWithoutMemory, LeavesTheRoutersPipeOpen) {
     world::set_now(default_now + 60);
     world::fail_allocation(1);
     EXPECT_EQ(utm_app_update_global_app_status(), -1);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               query_of_router +
                   std::string("log Update global app status failed because malloc failed\n"));
     EXPECT_EQ(world::render_store(), "router: apps 0, collected +0\n");
@@ -115,7 +115,7 @@ TEST_F(CollectorWithoutMemory, LosesTheRoutersFigureInSilence) {
     world::on_popen([](const std::string &) { return one_figure; });
     world::fail_allocation(3); // behind the reply buffer and the index
     EXPECT_EQ(utm_app_update_global_app_status(), 0);
-    EXPECT_EQ(world::story(), query_of_router);
+    EXPECT_EQ(world::trace(), query_of_router);
     EXPECT_EQ(world::render_store(), "router: apps 0, collected +60\n");
     EXPECT_EQ(world::open_pipes(), 0);
 }
@@ -151,16 +151,16 @@ TEST_F(CollectorWithoutMemory, EndsTheDaemonWhenAProfilesReplyDoesNotFit) {
     // The buffer, the line, the step to 2048 bytes and the one to 3072.
     EXPECT_EXIT(collect_without_memory(utm_app_update_app_status, 4),
                 testing::KilledBySignal(SIGABRT), "pipes open: 0");
-    EXPECT_EQ(world::story(), "log Update app status failed because realloc 3072 failed\n");
+    EXPECT_EQ(world::trace(), "log Update app status failed because realloc 3072 failed\n");
     EXPECT_EXIT(collect_without_memory(utm_app_update_app_status, 3),
                 testing::KilledBySignal(SIGABRT), "pipes open: 0");
-    EXPECT_EQ(world::story(), "log Update app status failed because realloc 2048 failed\n");
+    EXPECT_EQ(world::trace(), "log Update app status failed because realloc 2048 failed\n");
 }
 
 TEST_F(CollectorWithoutMemory, EndsTheDaemonWhenTheRoutersReplyDoesNotFit) {
     EXPECT_EXIT(collect_without_memory(utm_app_update_global_app_status, 3),
                 testing::KilledBySignal(SIGABRT), "pipes open: 0");
-    EXPECT_EQ(world::story(), "log Update global app status failed because realloc 3072 failed\n");
+    EXPECT_EQ(world::trace(), "log Update global app status failed because realloc 3072 failed\n");
 }
 
 } // namespace

@@ -34,7 +34,7 @@ void answer(std::vector<std::string> replies) {
 
 TEST_F(Collector, DoesNothingWithoutAProfile) {
     EXPECT_EQ(utm_app_update_app_status(), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Collector, AddsUpWhatADeviceUsed) {
@@ -53,7 +53,7 @@ TEST_F(Collector, AddsUpWhatADeviceUsed) {
               "  app 20: used 5/0/0, blocked 0, days [] next 0\n"
               "  app 10: used 4/0/0, blocked 0, days [] next 0\n"
               "router: apps 0, collected +0\n");
-    EXPECT_EQ(world::story(), query(R"("s":1772625540,"e":1772625600)", "AABBCCDDEE0F "));
+    EXPECT_EQ(world::trace(), query(R"("s":1772625540,"e":1772625600)", "AABBCCDDEE0F "));
     EXPECT_EQ(world::open_pipes(), 0);
 }
 
@@ -66,7 +66,7 @@ TEST_F(Collector, AsksForEachProfilesOwnInterval) {
     world::set_now(default_now);
     EXPECT_EQ(utm_app_update_app_status(), 0);
     const std::string back = R"("s":1772625600,"e":1772625540)";
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               query(R"("s":1772599940,"e":1772625600)", "001122334455 AABBCCDDEE0F ") +
                   "event unblock profile -5\n" // it was collected in 1970
                   "log send event: unblock profile -5 to use network\n" +
@@ -95,7 +95,7 @@ TEST_F(Collector, NeverQueriesAProfileWithoutDevicesButRollsItOver) {
               "collected +43200, apps 1, policy none\n"
               "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
               "  app 10: used 0/4/0, blocked 0, days [0:4] next 1\n");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Collector, RollsOverBeforeItAsksAndAddsToTheNewDay) {
@@ -112,7 +112,7 @@ TEST_F(Collector, RollsOverBeforeItAsksAndAddsToTheNewDay) {
               "blocked 0, collected +43200, apps 1, policy none\n"
               "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
               "  app 10: used 2/4/0, blocked 0, days [0:4] next 1\n");
-    EXPECT_EQ(world::story(), "event unblock profile 3\n"
+    EXPECT_EQ(world::trace(), "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n"
                               "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n" +
@@ -130,7 +130,7 @@ TEST_F(Collector, BlocksWhatTheFiguresUseUpInTheirOrder) {
     answer({R"({"data":[{"type":"APP","app_id":10,"total_time_usage":1},)"
             R"({"type":"INTERNET","app_id":0,"total_time_usage":1}]})"});
     EXPECT_EQ(utm_app_update_app_status(), 0);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               query(R"("s":1772625540,"e":1772625540)", "001122334455 AABBCCDDEE0F ") +
                   "log Block app 10 for profile 3 because 5 exceed 5\n"
                   "run lcsh apg acl set 00:11:22:33:44:55 10 0 18\n"
@@ -152,7 +152,7 @@ TEST_F(Collector, EndsThePassWhereAQueryCannotBeMade) {
     EXPECT_EQ(utm_app_update_app_status(), -1);
     const std::string line =
         query(R"("s":1772625540,"e":1772668740)", "AABBCCDDEE0F ").substr(strlen("query "));
-    EXPECT_EQ(world::story(), "event unblock profile 1\n"
+    EXPECT_EQ(world::trace(), "event unblock profile 1\n"
                               "log send event: unblock profile 1 to use network\n"
                               "query " +
                                   line +
@@ -212,7 +212,7 @@ TEST_F(Collector, AddsUpTheRoutersApplicationsAlone) {
     EXPECT_EQ(world::render_store(), "router: apps 2, collected +60\n"
                                      "  app 20: used 5/0/0, blocked 0, days [] next 0\n"
                                      "  app 10: used 5/0/0, blocked 0, days [] next 0\n");
-    EXPECT_EQ(world::story(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+    EXPECT_EQ(world::trace(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                               "'{\"s\":1772625540,\"e\":1772625600}'\n");
     EXPECT_EQ(world::open_pipes(), 0);
 }
@@ -222,7 +222,7 @@ TEST_F(Collector, LeavesTheRoutersIntervalToTheNextTickWhenItsQueryFails) {
     world::fail_popen(1);
     EXPECT_EQ(utm_app_update_global_app_status(), -1);
     EXPECT_EQ(world::render_store(), "router: apps 0, collected +0\n");
-    EXPECT_EQ(world::story(), "query failed ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+    EXPECT_EQ(world::trace(), "query failed ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                               "'{\"s\":1772625540,\"e\":1772625600}'\n"
                               "log Update global app status failed because popen failed\n");
 }

@@ -44,14 +44,14 @@ protected:
         return lines;
     }
 
-    /// @return those lines of the story that begin so, without that beginning
-    static std::string story_of(const std::string &start) {
-        std::string story = world::story();
+    /// @return those lines of the trace that begin so, without that beginning
+    static std::string trace_of(const std::string &start) {
+        std::string trace = world::trace();
         std::string lines;
-        for (size_t at = 0; at < story.size(); at = story.find('\n', at) + 1)
-            if (story.compare(at, start.size(), start) == 0)
+        for (size_t at = 0; at < trace.size(); at = trace.find('\n', at) + 1)
+            if (trace.compare(at, start.size(), start) == 0)
                 lines +=
-                    story.substr(at + start.size(), story.find('\n', at) + 1 - at - start.size());
+                    trace.substr(at + start.size(), trace.find('\n', at) + 1 - at - start.size());
         return lines;
     }
 };
@@ -67,22 +67,22 @@ TEST_F(IntegrationPage, ShowsEveryLineOfTheShellForRules) {
         utm_app_reset_device(&device);
         utm_app_guard_off();
     }
-    EXPECT_EQ(lines_beginning("lcsh apg"), story_of("run "));
+    EXPECT_EQ(lines_beginning("lcsh apg"), trace_of("run "));
 }
 
 TEST_F(IntegrationPage, ShowsTheLineThatLoadsSignatures) {
     world::exchange(world::path_request(46, "/tmp/signatures.bin"));
-    EXPECT_EQ(lines_beginning("lcsh load"), story_of("query "));
+    EXPECT_EQ(lines_beginning("lcsh load"), trace_of("query "));
 }
 
 TEST_F(IntegrationPage, ShowsTheHelperScriptsLine) {
     config_user_profile_t *profile = world::make_profile(3, {tablet});
     profile->daily_limit_enable = 1;
     profile->blocked = 1;
-    world::story();
+    world::trace();
     ASSERT_EQ(utm_app_delete_device(3, tablet.data()), 0);
     EXPECT_EQ("lcsh apg acl reset 02:00:00:00:00:1A\n" + lines_beginning("profile_daily_limit.sh "),
-              story_of("run "));
+              trace_of("run "));
 }
 
 TEST_F(IntegrationPage, ShowsTheQueries) {
@@ -90,10 +90,10 @@ TEST_F(IntegrationPage, ShowsTheQueries) {
     world::make_profile(3, {tablet, phone});
     utm_app_config_global_app_stat_last_ts = world::default_now - 60;
     world::set_now(world::default_now);
-    world::story();
+    world::trace();
     ASSERT_EQ(utm_app_update_app_status(), 0);
     ASSERT_EQ(utm_app_update_global_app_status(), 0);
-    EXPECT_EQ(block("sh"), story_of("query "));
+    EXPECT_EQ(block("sh"), trace_of("query "));
 }
 
 TEST_F(IntegrationPage, ShowsAReplyThatIsReadAsItSays) {

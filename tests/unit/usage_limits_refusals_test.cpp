@@ -30,7 +30,7 @@ TEST_F(LimitRefusals, AnEnableFlagIsZeroOrOne) {
     for (const int32_t enable : {2, -1, int32_min, int32_max})
         for (const int32_t id : {5, 6}) {
             EXPECT_EQ(utm_app_set_daily_limit_enable(id, enable), -1) << enable;
-            EXPECT_EQ(world::story(),
+            EXPECT_EQ(world::trace(),
                       "log set daily limit for profile " + std::to_string(id) + " failed\n");
         }
     EXPECT_EQ(world::render(*profile), before);
@@ -41,7 +41,7 @@ TEST_F(LimitRefusals, ADailyLimitIsOneMinuteToOneDay) {
     for (const int32_t minutes : {0, 1441, -1, int32_min, int32_max})
         for (const int32_t id : {5, 6}) {
             EXPECT_EQ(utm_app_set_daily_limit(id, minutes), -1) << minutes;
-            EXPECT_EQ(world::story(), "log Set daily limit " + std::to_string(minutes) +
+            EXPECT_EQ(world::trace(), "log Set daily limit " + std::to_string(minutes) +
                                           " for profile " + std::to_string(id) +
                                           " failed because range error\n");
         }
@@ -68,7 +68,7 @@ TEST_F(LimitRefusals, AWeekdaysMinutesAreCheckedBeforeTheDay) {
     const std::string before = world::render(*profile);
     for (const refused_weekday_t &c : cases) {
         EXPECT_EQ(utm_app_set_weekday_daily_limit(5, c.weekday, c.minutes), -1);
-        EXPECT_EQ(world::story(), std::string("log ") + c.line + " failed because range error\n");
+        EXPECT_EQ(world::trace(), std::string("log ") + c.line + " failed because range error\n");
     }
     EXPECT_EQ(world::render(*profile), before);
 }
@@ -78,7 +78,7 @@ TEST_F(LimitRefusals, ABonusIsOneTo360Minutes) {
     for (const int32_t minutes : {0, 361, -1, int32_min, int32_max})
         for (const int32_t id : {5, 6}) {
             EXPECT_EQ(utm_app_add_extend(id, minutes), -1) << minutes;
-            EXPECT_EQ(world::story(), "log Add extend " + std::to_string(minutes) +
+            EXPECT_EQ(world::trace(), "log Add extend " + std::to_string(minutes) +
                                           " for profile " + std::to_string(id) +
                                           " failed because range error\n");
         }
@@ -89,10 +89,10 @@ TEST_F(LimitRefusals, AnUnknownProfileIsNamedByTheBonusAloneAmongTheSetters) {
     EXPECT_EQ(utm_app_set_daily_limit_enable(6, 1), -1);
     EXPECT_EQ(utm_app_set_daily_limit(6, 60), -1);
     EXPECT_EQ(utm_app_set_weekday_daily_limit(6, 3, 60), -1);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(utm_app_add_extend(6, 30), -1);
     EXPECT_EQ(utm_app_reset_extend(6), -1);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Add extend 30 to profile 6 failed because profile is not existed\n"
               "log Reset profile 6 extend failed because profile is not existed\n");
 }
@@ -102,9 +102,9 @@ TEST_F(LimitRefusals, AGetterLeavesItsResultAloneWithoutTheProfile) {
     EXPECT_EQ(utm_app_get_daily_limit_enable(6, &value), -1);
     EXPECT_EQ(utm_app_get_daily_limit(6, &value), -1);
     EXPECT_EQ(utm_app_get_weekday_daily_limit(6), nullptr);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
     EXPECT_EQ(utm_app_get_extend(6, &value), -1);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Get extended for profile 6 failed because profile is not existed\n");
     EXPECT_EQ(value, 99);
 }
@@ -112,7 +112,7 @@ TEST_F(LimitRefusals, AGetterLeavesItsResultAloneWithoutTheProfile) {
 TEST_F(LimitRefusals, TheEnableFlagNeedsAPlaceToGo) {
     EXPECT_EQ(utm_app_get_daily_limit_enable(5, nullptr), -1);
     EXPECT_EQ(utm_app_get_daily_limit_enable(6, nullptr), -1);
-    EXPECT_EQ(world::story(), "log get daily limit for profile 5 enable failed\n"
+    EXPECT_EQ(world::trace(), "log get daily limit for profile 5 enable failed\n"
                               "log get daily limit for profile 6 enable failed\n");
 }
 
@@ -120,7 +120,7 @@ TEST_F(LimitRefusals, TheWeekdaysNeedMemory) {
     const std::string before = world::render(*profile);
     world::fail_allocation(1);
     EXPECT_EQ(utm_app_get_weekday_daily_limit(5), nullptr);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Get weekday daily limit of profile 5 failed because malloc failed\n");
     EXPECT_EQ(world::render(*profile), before);
 }
@@ -134,7 +134,7 @@ TEST_F(LimitRefusals, TheGettersReadAKnownProfile) {
     EXPECT_EQ(value, 60);
     EXPECT_EQ(utm_app_get_extend(5, &value), 0);
     EXPECT_EQ(value, 7);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 /// "0:1440 1:1440 ...", as the getter hands the pairs out.

@@ -102,7 +102,7 @@ TEST_F(Limits, EnablingBlocksAndDisablingUnblocks) {
         config_user_profile_t *profile = start(c.from);
         EXPECT_EQ(utm_app_set_daily_limit_enable(5, c.enable), 0) << c.name;
         EXPECT_EQ(state_of(profile), c.state + all_day) << c.name;
-        EXPECT_EQ(world::story(), c.event + "log Set daily limit enable " +
+        EXPECT_EQ(world::trace(), c.event + "log Set daily limit enable " +
                                       std::to_string(c.enable) + " for profile 5 success\n")
             << c.name;
     }
@@ -169,7 +169,7 @@ TEST_F(Limits, ADailyLimitHoldsForEveryDayAndAtOnce) {
         config_user_profile_t *profile = start(c.from);
         EXPECT_EQ(utm_app_set_daily_limit(5, c.minutes), 0) << c.name;
         EXPECT_EQ(state_of(profile), c.state) << c.name;
-        EXPECT_EQ(world::story(), c.event + "log Set daily limit to " + std::to_string(c.minutes) +
+        EXPECT_EQ(world::trace(), c.event + "log Set daily limit to " + std::to_string(c.minutes) +
                                       " for profile 5 success\n")
             << c.name;
     }
@@ -246,7 +246,7 @@ TEST_F(Limits, AWeekdaysLimitHoldsAtOnceOnItsOwnDay) {
         config_user_profile_t *profile = start(c.from);
         EXPECT_EQ(utm_app_set_weekday_daily_limit(5, c.weekday, c.minutes), 0) << c.name;
         EXPECT_EQ(state_of(profile), c.state) << c.name;
-        EXPECT_EQ(world::story(), c.event + "log Set weekday daily limit to " +
+        EXPECT_EQ(world::trace(), c.event + "log Set weekday daily limit to " +
                                       std::to_string(c.minutes) + " for profile 5 success\n")
             << c.name;
     }
@@ -284,7 +284,7 @@ TEST_F(Limits, ABonusFreesABlockedProfileAtOnce) {
         EXPECT_EQ(utm_app_add_extend(5, c.minutes), 0) << c.name;
         EXPECT_EQ(state_of(profile), c.state + all_day) << c.name;
         const std::string minutes = std::to_string(c.minutes);
-        EXPECT_EQ(world::story(),
+        EXPECT_EQ(world::trace(),
                   c.event + "log Add extend " + minutes + " to profile 5, now " + minutes + "\n")
             << c.name;
     }
@@ -296,7 +296,7 @@ TEST_F(Limits, BonusesAddUpWithoutABoundButInt32) {
     EXPECT_EQ(utm_app_add_extend(5, 360), 0);
     profile->daily_extend = int32_max - 5;
     EXPECT_EQ(utm_app_add_extend(5, 360), 0);
-    EXPECT_EQ(world::story(), "log Add extend 360 to profile 5, now 360\n"
+    EXPECT_EQ(world::trace(), "log Add extend 360 to profile 5, now 360\n"
                               "log Add extend 360 to profile 5, now 720\n"
                               "log Add extend 360 to profile 5, now 2147483647\n");
 }
@@ -339,7 +339,7 @@ TEST_F(Limits, TakingTheBonusBackMayBlock) {
         config_user_profile_t *profile = start(c.from);
         EXPECT_EQ(utm_app_reset_extend(5), 0) << c.name;
         EXPECT_EQ(state_of(profile), c.state + all_day) << c.name;
-        EXPECT_EQ(world::story(), c.event + "log Reset profile 5 , now 0\n") << c.name;
+        EXPECT_EQ(world::trace(), c.event + "log Reset profile 5 , now 0\n") << c.name;
     }
 }
 
@@ -350,7 +350,7 @@ TEST_F(Limits, ADayWithoutAnEntryTakesNoLimit) {
             entry.day = int32_min;
     EXPECT_EQ(utm_app_set_weekday_daily_limit(5, 3, 30), 0);
     EXPECT_EQ(state_of(profile), "enabled 0, limit 1440 + 0, blocked 0" + all_day);
-    EXPECT_EQ(world::story(), "log Set weekday daily limit to 30 for profile 5 success\n");
+    EXPECT_EQ(world::trace(), "log Set weekday daily limit to 30 for profile 5 success\n");
 }
 
 } // namespace

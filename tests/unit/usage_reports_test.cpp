@@ -75,14 +75,14 @@ TEST_F(Reports, ReadAProfilesCounters) {
     int32_t daily = 0, weekly = 0, monthly = 0;
     EXPECT_EQ(utm_app_get_usage(5, &daily, &weekly, &monthly), 0);
     EXPECT_EQ(daily * 100 + weekly * 10 + monthly, 123);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Reports, LeaveTheCountersAloneWithoutTheProfile) {
     int32_t daily = 7, weekly = 8, monthly = 9;
     EXPECT_EQ(utm_app_get_usage(5, &daily, &weekly, &monthly), -1);
     EXPECT_EQ(daily * 100 + weekly * 10 + monthly, 789);
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Get usage for profile 5 failed because profile is not existed\n");
 }
 
@@ -119,7 +119,7 @@ TEST_F(Reports, KnowNoOtherPeriod) {
         EXPECT_EQ(app_usage(5, period), "none, -1") << period;
     for (const int32_t period : {0, 30, 1000, 2000})
         EXPECT_EQ(app_usage(6, period), "none, -1") << period;
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Reports, RankApplicationsByMinutes) {
@@ -180,7 +180,7 @@ TEST_F(Reports, NeedMemory) {
     EXPECT_EQ(app_usage(5, 0), "none, -1");
     world::fail_allocation(1);
     EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_DAY), "none, 1");
-    EXPECT_EQ(world::story(),
+    EXPECT_EQ(world::trace(),
               "log Get app usage of profile 5 failed because malloc failed\n"
               "log Get prev day usage for profile 5 failed because malloc failed\n");
     EXPECT_EQ(world::render_store(), before);
@@ -235,7 +235,7 @@ TEST_F(Reports, GiveNoRowsWithoutApplicationsOrTheProfile) {
     make_profile(5)->app_count = 3;
     EXPECT_EQ(prev_day(5, UTM_APP_CONFIG_PREV_BY_DAY), "none, 0");
     EXPECT_EQ(prev_day(6, UTM_APP_CONFIG_PREV_BY_DAY), "none, 77");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 } // namespace

@@ -50,7 +50,7 @@ TEST_F(RouterRollover, RollsEveryRecordOverAndBlocksNothing) {
     EXPECT_EQ(world::render_router(), "router: apps 2, collected +0\n"
                                       "  app 20: used 0/5/0, blocked 0, days [0:5] next 1\n"
                                       "  app 10: used 0/54/600, blocked 0, days [0:4] next 1\n");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(RouterRollover, ClosesWeeksAndMonthsWhereTheyEndTogether) {

@@ -57,7 +57,7 @@ TEST_F(Rollover, LeavesAProfileAloneUntilTheDayHasChanged) {
     // A month to the day counts as the same day.
     roll(profile, local(2026, 3, 5, 10), local(2026, 4, 5, 10));
     EXPECT_EQ(world::render(*profile), before);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Rollover, MovesADayIntoTheWeekAndTheRing) {
@@ -72,7 +72,7 @@ TEST_F(Rollover, MovesADayIntoTheWeekAndTheRing) {
               "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
               "  app 10: used 0/4/0, blocked 0, days [0:4] next 1\n"
               "  app 20: used 0/0/0, blocked 0, days [] next 1\n");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 struct calendar_case_t {
@@ -198,7 +198,7 @@ TEST_F(Rollover, KeepsTheLimitWhenTheWeekdayHasNoEntry) {
 TEST_F(Rollover, UnblocksAProfileWithDevicesEvenWhenItIsNotBlocked) {
     config_user_profile_t *profile = make_profile(3, {world::phone});
     roll(profile, wednesday, thursday);
-    EXPECT_EQ(world::story(), "event unblock profile 3\n"
+    EXPECT_EQ(world::trace(), "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n");
 }
 
@@ -207,7 +207,7 @@ TEST_F(Rollover, UnblocksABlockedProfileWithDevicesTwice) {
     profile->blocked = 1;
     roll(profile, wednesday, thursday);
     EXPECT_EQ(profile->blocked, 0);
-    EXPECT_EQ(world::story(), "event unblock profile 3\n"
+    EXPECT_EQ(world::trace(), "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n"
                               "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n");
@@ -218,7 +218,7 @@ TEST_F(Rollover, ClearsTheBlockOfAProfileWithoutDevicesInSilence) {
     profile->blocked = 1;
     roll(profile, wednesday, thursday);
     EXPECT_EQ(profile->blocked, 0);
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Rollover, ReleasesLimitedApplicationsAndKeepsBlockedOnes) {
@@ -239,7 +239,7 @@ TEST_F(Rollover, ReleasesLimitedApplicationsAndKeepsBlockedOnes) {
               "  app 20: used 0/5/0, blocked 1, days [0:5] next 1, rule 2/0\n"
               "  app 30: used 0/6/0, blocked 1, days [0:6] next 1\n"
               "  app 40: used 0/7/0, blocked 0, days [0:7] next 1, rule 1/9\n");
-    EXPECT_EQ(world::story(), "event unblock profile 3\n"
+    EXPECT_EQ(world::trace(), "event unblock profile 3\n"
                               "log send event: unblock profile 3 to use network\n"
                               "run lcsh apg acl del 00:11:22:33:44:55 10 0\n"
                               "run lcsh apg acl del AA:BB:CC:DD:EE:0F 10 0\n");
@@ -253,7 +253,7 @@ TEST_F(Rollover, ReleasesALimitedApplicationOfAProfileWithoutDevicesInSilence) {
     roll(profile, wednesday, thursday);
     EXPECT_EQ(world::render(*app_of(profile, 10)),
               "app 10: used 0/4/0, blocked 0, days [0:4] next 1, rule 1/4");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(Rollover, SaturatesEveryFigure) {

@@ -47,7 +47,7 @@ TEST_F(TopApps, AddUpPerApplicationAndRankByMinutes) {
 
 TEST_F(TopApps, AreNoneWithoutAnApplication) {
     EXPECT_EQ(ranking(), "none, 0");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(TopApps, CountTheDayTheWeekAndTheMonth) {
@@ -92,7 +92,7 @@ TEST_F(TopApps, LoseANewApplicationWithoutMemory) {
     add(9, 3);
     EXPECT_EQ(world::render_router(), "router: apps 1, collected +0\n"
                                       "  app 7: used 5/0/0, blocked 0, days [] next 0\n");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(TopApps, KeepTheCountWithoutMemoryForARanking) {
@@ -100,7 +100,7 @@ TEST_F(TopApps, KeepTheCountWithoutMemoryForARanking) {
     add(9, 3);
     world::fail_allocation(1);
     EXPECT_EQ(ranking(), "none, 2");
-    EXPECT_EQ(world::story(), "log Get top apps failed because malloc failed\n");
+    EXPECT_EQ(world::trace(), "log Get top apps failed because malloc failed\n");
 }
 
 TEST_F(TopApps, StartFromScratchAfterAReset) {
@@ -111,7 +111,7 @@ TEST_F(TopApps, StartFromScratchAfterAReset) {
     add(7, 1);
     EXPECT_EQ(world::render_router(), "router: apps 1, collected +0\n"
                                       "  app 7: used 1/0/0, blocked 0, days [] next 0\n");
-    EXPECT_EQ(world::story(), "log Reset top apps success\n");
+    EXPECT_EQ(world::trace(), "log Reset top apps success\n");
 }
 
 TEST_F(TopApps, AreClearedInSilence) {
@@ -122,7 +122,7 @@ TEST_F(TopApps, AreClearedInSilence) {
         utm_app_clear_global_app_stat();
     }
     EXPECT_EQ(world::render_router(), "router: apps 0, collected +0\n");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::trace(), "");
 }
 
 struct order_case_t {

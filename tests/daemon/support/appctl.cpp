@@ -66,7 +66,7 @@ void set_environment(const appctl_setting &setting) {
         setenv(name.c_str(), value.c_str(), 1);
 }
 
-/// Makes the new process ready to become the client.
+/// Prepares the new process for the exec of the client.
 void prepare(const appctl_setting &setting, int terminal_fd) {
     if (!setting.out_path.empty())
         dup2(open(setting.out_path.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
@@ -88,12 +88,12 @@ std::ostream &operator<<(std::ostream &to, const appctl_end &end) {
 }
 
 appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &setting,
-                  sim_patience patience) {
+                  sim_timeout timeout) {
     std::vector<std::string> command_line = {UTM_APPCTL};
     command_line.insert(command_line.end(), words.begin(), words.end());
     const terminal screen(setting.terminal_columns);
     const sim_outcome outcome = sim_run(
-        command_line, [&] { prepare(setting, screen.theirs); }, patience);
+        command_line, [&] { prepare(setting, screen.theirs); }, timeout);
     return {.status = outcome.how.status,
             .out = screen.ours >= 0 ? screen.text() : outcome.out,
             .err = outcome.err};

@@ -29,13 +29,13 @@ struct appctl_setting {
     std::string out_path = {};   ///< a device that is its standard output; `out` is empty then
     int terminal_columns = 0;    ///< its standard output is a terminal so wide; 0: a pipe
     std::string clock_path = {}; ///< the page of a virtual clock
-    /// Run in the new process just before it becomes the client.
+    /// Run in the new process just before exec.
     std::function<void()> in_child = {};
 };
 
 /// Runs the client with these words and waits until it has ended.
 appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &setting = {},
-                  sim_patience patience = {});
+                  sim_timeout timeout = {});
 
 /// A run that did what it was asked, without a word on standard error.
 appctl_end done(const std::string &out = "");

@@ -145,7 +145,7 @@ void daemon_test::SetUp() {
         fs::remove_all(left);
     ASSERT_EQ(mkdir(ROUTER_DIR, 0777), 0) << strerror(errno);
     options.binary = UTM_DAEMON;
-    options.stand_ins = UTM_STAND_INS;
+    options.fakes = UTM_FAKES;
     options.router_dir = ROUTER_DIR;
     options.preload = UTM_PRELOAD;
 }

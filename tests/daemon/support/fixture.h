@@ -68,7 +68,7 @@ void prescribe(const char *which, const std::string &reply);
 /// @return a reply of the statistics service with one figure per application: (id, minutes)
 std::string usage_reply(const std::vector<std::pair<int, int>> &apps);
 
-/// Makes stand-ins whose command line contains `part` wait; `open_gates` lets all of them go.
+/// Makes fakes whose command line contains `part` wait; `open_gates` lets all of them go.
 void shut_gate(const std::string &part);
 void open_gates();
 

@@ -121,7 +121,7 @@ bool switch_feature(state_t &state, int32_t value) {
     state.active = on;
     if (on != old) {
         guard(state, on);
-        state.story += on ? "status_changed 1 1\n" : "status_changed 1 0\n";
+        state.trace += on ? "status_changed 1 1\n" : "status_changed 1 0\n";
         for (const profile_t &profile : state.profiles) {
             if (profile.enabled && profile.blocked)
                 announce(state, profile, on);

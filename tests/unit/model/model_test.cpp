@@ -1,5 +1,5 @@
 /// The daemon against the model: thousands of random operations, and both must agree on every
-/// reply, every line of the story and the whole store after each of them.
+/// reply, every line of the trace and the whole store after each of them.
 
 #include "tests/unit/model/operations.h"
 #include "tests/unit/model/rules.h"
@@ -103,7 +103,7 @@ void restart(time_t now) {
 
 /// All that can be seen of an operation.
 struct outcome_t {
-    std::string text;                         ///< replies, story and store
+    std::string text;                         ///< replies, trace and store
     std::map<std::string, std::string> files; ///< their texts by path
 
     bool operator==(const outcome_t &) const = default;
@@ -127,14 +127,14 @@ outcome_t perform(const operation_t &operation) {
                                                     utm_app_update_global_app_status()};
         utm_app_export_check();
     }
-    const std::string story = world::story();
-    return {"replies:\n" + replies + "story:\n" + story + "store:\n" + world::render_store() +
+    const std::string trace = world::trace();
+    return {"replies:\n" + replies + "trace:\n" + trace + "store:\n" + world::render_store() +
                 clockwork(last_export_statistics_ts),
             model::files_on_disk()};
 }
 
 outcome_t predict(model::state_t &state, const operation_t &operation) {
-    state.story.clear();
+    state.trace.clear();
     state.answers = operation.answers;
     state.now = operation.now;
     state.uptime = operation.uptime;
@@ -148,7 +148,7 @@ outcome_t predict(model::state_t &state, const operation_t &operation) {
     if (operation.kind == kind_t::tick)
         model::tick(state);
     outcome_t outcome;
-    outcome.text = "replies:\n" + replies + "story:\n" + state.story + "store:\n" +
+    outcome.text = "replies:\n" + replies + "trace:\n" + state.trace + "store:\n" +
                    model::render(state) + clockwork(state.last_export);
     for (const auto &[path, file] : state.files)
         outcome.files[path] = file->text;
@@ -164,11 +164,11 @@ std::string text_beside(const outcome_t &outcome, const outcome_t &other) {
     return text;
 }
 
-/// The story reads the log again for each line: it is kept short.
+/// The trace reads the log again for each line: it is kept short.
 void empty_log() {
     if (truncate(debug_log_path, 0) != 0)
         abort();
-    world::story();
+    world::trace();
 }
 
 struct seed_t {

@@ -102,7 +102,7 @@ bool delete_device(state_t &state, int32_t profile_id, const std::string &mac) {
     if (state.active) {
         reset_device(state, mac);
         if (profile->blocked && profile->enabled)
-            state.story += "run profile_daily_limit.sh -C " + std::to_string(profile_id) + "\n";
+            state.trace += "run profile_daily_limit.sh -C " + std::to_string(profile_id) + "\n";
     }
     log(state, "Del dev %s from profile %d success", mac.c_str(), profile_id);
     return true;

@@ -28,7 +28,7 @@ __attribute__((format(printf, 1, 2))) std::string text_of(const char *format, ..
 
 /// Runs a line; a status that is not 0 is logged with `complaint` behind it.
 void run(state_t &state, const std::string &line, const char *complaint) {
-    state.story += "run " + line + "\n";
+    state.trace += "run " + line + "\n";
     if (const int status = status_of(line); status != 0 && complaint != nullptr)
         log(state, "Command %s return %d%s", line.c_str(), status, complaint);
 }
@@ -133,14 +133,14 @@ void log(state_t &state, const char *format, ...) {
         return;
     va_list arguments;
     va_start(arguments, format);
-    state.story += "log " + format_of(format, arguments) + "\n";
+    state.trace += "log " + format_of(format, arguments) + "\n";
     va_end(arguments);
 }
 
 void log_always(state_t &state, const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    state.story += "log " + format_of(format, arguments) + "\n";
+    state.trace += "log " + format_of(format, arguments) + "\n";
     va_end(arguments);
 }
 
@@ -181,7 +181,7 @@ int status_of(const std::string &line) {
 
 void announce(state_t &state, const profile_t &profile, bool block) {
     const char *what = block ? "block" : "unblock";
-    state.story += text_of("event %s profile %d\n", what, profile.id);
+    state.trace += text_of("event %s profile %d\n", what, profile.id);
     log(state, "send event: %s profile %d to use network", what, profile.id);
 }
 
@@ -191,7 +191,7 @@ answer_t ask(state_t &state, const std::string &line) {
         answer = state.answers.front();
         state.answers.erase(state.answers.begin());
     }
-    state.story += (answer.fails ? "query failed " : "query ") + line + "\n";
+    state.trace += (answer.fails ? "query failed " : "query ") + line + "\n";
     return answer;
 }
 

@@ -2,7 +2,7 @@
 /// A second telling of the rules: what the daemon has to do, written down without its records.
 ///
 /// The model keeps the family's state in plain values and predicts everything that can be seen of
-/// an operation: the replies of a command, and the story of log lines, command lines, events and
+/// an operation: the replies of a command, and the trace of log lines, command lines, events and
 /// queries. It is the slow and obvious version. Where it and the daemon disagree, one is wrong.
 
 #include <array>
@@ -124,7 +124,7 @@ struct state_t {
     long uptime = 0;               ///< seconds since the router booted
     int sysinfo_result = 0;        ///< not 0 when the router does not tell its uptime
     std::vector<answer_t> answers; ///< of the programs that the next operation starts, in turn
-    std::string story;             ///< what the operation has done so far
+    std::string trace;             ///< what the operation has done so far
     std::set<std::string> met;     ///< rules that have come up and leave no line of their own
 };
 

@@ -1,5 +1,5 @@
 #pragma once
-/// Stand-ins behind the socket calls. Each passes through to the real call, which is noted, unless
+/// Fakes behind the socket calls. Each passes through to the real call, which is noted, unless
 /// it is set to fail.
 
 #include <atomic>

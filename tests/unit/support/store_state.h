@@ -34,7 +34,7 @@ std::string store_text();
 /// @return the profile's usage record of an application, or null
 config_app_usage_t *usage_of(config_user_profile_t *profile, int32_t app_id);
 
-/// The story's lines for one command on each of the devices, in order.
+/// The trace's lines for one command on each of the devices, in order.
 std::string block_lines(const std::vector<std::vector<uint8_t>> &macs, int32_t app_id);
 std::string unblock_lines(const std::vector<std::vector<uint8_t>> &macs, int32_t app_id);
 std::string reset_lines(const std::vector<std::vector<uint8_t>> &macs);

@@ -96,9 +96,9 @@ void usage_file_fixture::empty_store() {
 }
 
 void usage_file_fixture::forget_log() {
-    world::story();
+    world::trace();
     std::ofstream{debug_log_path};
-    world::story();
+    world::trace();
 }
 
 void usage_file_fixture::set_last_export(int64_t seconds) {

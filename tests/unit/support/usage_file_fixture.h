@@ -23,14 +23,14 @@ protected:
     /// @return the import's result
     static int32_t import_text(const std::string &text);
 
-    /// Exports to `export_path`, without a trace in the story.
+    /// Exports to `export_path`, without a line in the trace.
     /// @return the file's bytes
     static std::string export_text();
 
-    /// Frees every record of the store, without a trace in the story.
+    /// Frees every record of the store, without a line in the trace.
     static void empty_store();
 
-    /// Empties the log and the story, which both grow slow in a test of thousands of steps.
+    /// Empties the log and the trace, which both grow slow in a test of thousands of steps.
     static void forget_log();
 
     /// Sets the time of the last export.

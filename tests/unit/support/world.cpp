@@ -37,8 +37,8 @@ int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
 namespace {
 
 struct state_t {
-    std::string told;
-    size_t log_told = 0; ///< bytes of the log file that are in the story already
+    std::string trace;
+    size_t log_traced = 0; ///< bytes of the log file that are in the trace already
     time_t now = world::default_now;
     std::function<int(const std::string &)> answer_system;
     std::function<std::string(const std::string &)> answer_popen;
@@ -58,20 +58,20 @@ struct state_t {
 
 state_t state;
 
-/// Writes what the log has gained into the story, so that both keep one order.
-void tell_log() {
+/// Writes what the log has gained into the trace, so that both keep one order.
+void record_log() {
     const std::string text = world::log();
-    if (text.size() < state.log_told)
-        state.log_told = 0;
-    std::istringstream lines(text.substr(state.log_told));
-    state.log_told = text.size();
+    if (text.size() < state.log_traced)
+        state.log_traced = 0;
+    std::istringstream lines(text.substr(state.log_traced));
+    state.log_traced = text.size();
     for (std::string line; std::getline(lines, line);)
-        state.told += "log " + line + "\n";
+        state.trace += "log " + line + "\n";
 }
 
-void tell(const std::string &line) {
-    tell_log();
-    state.told += line + "\n";
+void record(const std::string &line) {
+    record_log();
+    state.trace += line + "\n";
 }
 
 bool is_log_command(const std::string &line) {
@@ -112,23 +112,23 @@ void empty_log() {
 
 } // namespace
 
-// ---- What the linker puts behind the daemon's doors ----------------------------------------
+// ---- What the linker puts in place of these calls ----------------------------------------
 
 extern "C" {
 
 int __wrap_system(const char *line) {
     if (is_log_command(line) && !state.intercept_log_commands)
         return __real_system(line);
-    tell(std::string("run ") + line);
+    record(std::string("run ") + line);
     return state.answer_system ? state.answer_system(line) : 0;
 }
 
 FILE *__wrap_popen(const char *line, const char *) {
     if (state.popen_until_failure > 0 && --state.popen_until_failure == 0) {
-        tell(std::string("query failed ") + line);
+        record(std::string("query failed ") + line);
         return nullptr;
     }
-    tell(std::string("query ") + line);
+    record(std::string("query ") + line);
     FILE *pipe = stream_of(state.answer_popen ? state.answer_popen(line) : std::string());
     state.pipes.insert(pipe);
     return pipe;
@@ -190,13 +190,13 @@ int __wrap_send_utm_notify_event(const utm_notify_event_t *event) {
     expected.profile_id = event->profile_id;
     expected.action = event->action;
     const bool is_clean = memcmp(event, &expected, sizeof(expected)) == 0;
-    tell(std::string("event ") + (event->action == 0 ? "block" : "unblock") + " profile " +
-         std::to_string(event->profile_id) + (is_clean ? "" : " (with stray bytes)"));
+    record(std::string("event ") + (event->action == 0 ? "block" : "unblock") + " profile " +
+           std::to_string(event->profile_id) + (is_clean ? "" : " (with stray bytes)"));
     return 0;
 }
 
 int __wrap_send_utm_notify_event_status_changed(int feature, int status) {
-    tell("status_changed " + std::to_string(feature) + " " + std::to_string(status));
+    record("status_changed " + std::to_string(feature) + " " + std::to_string(status));
     return 0;
 }
 
@@ -226,16 +226,16 @@ void reset() {
     utm_app_store_init(default_now);
 }
 
-std::string story() {
-    tell_log();
-    return std::exchange(state.told, {});
+std::string trace() {
+    record_log();
+    return std::exchange(state.trace, {});
 }
 
 void quietly(const std::function<void()> &act) {
-    const std::string before = story();
+    const std::string before = trace();
     act();
-    story();
-    state.told = before;
+    trace();
+    state.trace = before;
 }
 
 std::string log() {
@@ -334,14 +334,14 @@ void close_pipes() {
 }
 
 config_user_profile_t *make_profile(int32_t id, const std::vector<mac_t> &devices) {
-    const std::string before = story();
+    const std::string before = trace();
     if (utm_app_create_profile(id) != 0)
         abort();
     for (const mac_t &mac : devices)
         if (utm_app_add_device(id, mac.data()) != 0)
             abort();
-    story();
-    state.told = before;
+    trace();
+    state.trace = before;
     const mutex_guard lock(utm_app_config_mutex);
     return utm_app_find_profile(id);
 }
@@ -360,15 +360,15 @@ void make_usage(config_user_profile_t *profile, const std::vector<config_app_min
 
 config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rule_t> &rules,
                                  config_user_profile_t *profile) {
-    const std::string before = story();
+    const std::string before = trace();
     if (utm_app_create_policy(id) != id)
         abort();
     if (utm_app_add_apps_to_policy(id, rules.data(), static_cast<int32_t>(rules.size())) != 0)
         abort();
     if (profile != nullptr && utm_app_add_policy_to_profile(profile->user_profile_id, id) != 0)
         abort();
-    story();
-    state.told = before;
+    trace();
+    state.trace = before;
     const mutex_guard lock(utm_app_config_mutex);
     return utm_app_find_policy(id);
 }

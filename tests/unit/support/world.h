@@ -1,8 +1,8 @@
 #pragma once
-/// The world that a unit test sees: stand-ins behind the daemon's doors to the outside.
+/// The world that a unit test sees: fakes in place of the calls to the outside.
 ///
 /// The linker puts these behind `system`, `popen`, the clock, the notification calls and the
-/// allocator. Everything that the daemon does to the outside becomes one line of the *story*, in
+/// allocator. Everything that the daemon does to the outside is one line of the *trace*, in
 /// the order in which it happened, log lines included:
 ///
 ///     log Create profile 3 success
@@ -11,7 +11,7 @@
 ///     status_changed 1 1
 ///     query ubus -t 2 call ...
 ///
-/// A test builds the smallest state, acts once, and compares the whole story.
+/// A test builds the smallest state, acts once, and compares the whole trace.
 
 #include "store/records.h"
 
@@ -25,17 +25,17 @@
 
 namespace world {
 
-/// Back to the beginning: an empty store, the feature and every stand-in's settings at their
+/// Back to the beginning: an empty store, the feature and every fake's settings at their
 /// start values, debug logging on, an empty log, the clock at `default_now`, the zone UTC.
 void reset();
 
 /// Wednesday, 4 March 2026, 12:00:00 UTC.
 inline constexpr time_t default_now = 1'772'625'600;
 
-/// What happened since the last call of `story` or `reset`, one line each.
-std::string story();
+/// What happened since the last call of `trace` or `reset`, one line each.
+std::string trace();
 
-/// Does something without a trace in the story (the log keeps its lines).
+/// Does something without a line in the trace (the log keeps its lines).
 void quietly(const std::function<void()> &act);
 
 /// The log file's whole text.
@@ -54,7 +54,7 @@ time_t local(const int (&fields)[6]);
 
 /// Answers `system`: the raw wait status for a command line. Lines of the log itself (mkdir,
 /// touch, mv) really run and are not asked for, unless `intercept_log_commands` is set; then they
-/// do not run and appear in the story.
+/// do not run and appear in the trace.
 void on_system(std::function<int(const std::string &line)> answer);
 void intercept_log_commands();
 
@@ -85,7 +85,7 @@ void set_uptime(long seconds);
 /// Makes `sysinfo` fail with a result; 0 lets it succeed again.
 void fail_sysinfo(int result);
 
-/// Answers `sleep`, which returns at once and is no part of the story.
+/// Answers `sleep`, which returns at once and is no part of the trace.
 void on_sleep(std::function<void(unsigned seconds)> answer);
 
 /// Answers `select` with the sets left as they are, so that all that is watched is ready. Without
@@ -109,14 +109,14 @@ inline const mac_t tablet = {0x00, 0x11, 0x22, 0x33, 0x44, 0x55};
 inline const mac_t phone = {0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0x0F};
 inline const std::vector<mac_t> both = {tablet, phone};
 
-/// Creates a profile with devices, without a trace in the story.
+/// Creates a profile with devices, without a line in the trace.
 config_user_profile_t *make_profile(int32_t id, const std::vector<mac_t> &devices = {});
 
 /// Gives a profile usage records, the first one given being the first in the list.
 void make_usage(config_user_profile_t *profile, const std::vector<config_app_minutes_t> &apps);
 
 /// Creates a policy whose rules are added in the order given, bound when a profile is given;
-/// without a trace in the story.
+/// without a line in the trace.
 config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rule_t> &rules,
                                  config_user_profile_t *profile = nullptr);
 

@@ -1,4 +1,4 @@
-#include "tests/unit/support/stand_ins.h"
+#include "tests/unit/support/fakes.h"
 
 #include "sim/harness/daemon_process.h"
 #include "sim/harness/files.h"
@@ -40,7 +40,7 @@ std::string take(const std::string &path) {
 
 } // namespace
 
-namespace stand_ins {
+namespace fakes {
 
 void reset() {
     fs::remove_all(router_dir);
@@ -63,7 +63,7 @@ void PrintTo(const result &shown, std::ostream *stream) {
 }
 
 result run(const std::string &program, const std::vector<std::string> &arguments) {
-    std::string path = sim_built_options(router_dir).stand_ins + "/" + program;
+    std::string path = sim_built_options(router_dir).fakes + "/" + program;
     std::vector<std::string> kept = arguments;
     std::vector<char *> argv = {path.data()};
     for (std::string &argument : kept)
@@ -89,4 +89,4 @@ std::string journal() {
     return take(std::string(router_dir) + "/journal");
 }
 
-} // namespace stand_ins
+} // namespace fakes

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace stand_ins {
+namespace fakes {
 
 /// The simulated router's directory.
 inline constexpr char router_dir[] = "/tmp/router";
@@ -38,4 +38,4 @@ result run_line(const std::string &line);
 /// @return the journal since the last call of `journal` or `reset`
 std::string journal();
 
-} // namespace stand_ins
+} // namespace fakes

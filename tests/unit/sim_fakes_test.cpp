@@ -1,6 +1,6 @@
 #include "sim/router/command.h"
 #include "sim/router/router_dir.h"
-#include "tests/unit/support/stand_ins.h"
+#include "tests/unit/support/fakes.h"
 #include "tests/unit/support/world.h"
 
 #include <cstdlib>
@@ -10,18 +10,18 @@
 
 namespace {
 
-using stand_ins::journal;
-using stand_ins::result;
-using stand_ins::run;
-using stand_ins::run_line;
+using fakes::journal;
+using fakes::result;
+using fakes::run;
+using fakes::run_line;
 
-class SimStandIns : public testing::Test {
+class SimFakes : public testing::Test {
 protected:
     void SetUp() override {
         world::reset();
-        stand_ins::reset();
+        fakes::reset();
     }
-    void TearDown() override { stand_ins::remove(); }
+    void TearDown() override { fakes::remove(); }
 };
 
 /// What a program does with a command line that it does not know.
@@ -40,7 +40,7 @@ const std::string guard_off = "the application guard is off: no application is h
 
 // ---- lcsh ----------------------------------------------------------------------------------
 
-TEST_F(SimStandIns, LcshAcceptsTheDaemonsCommandLines) {
+TEST_F(SimFakes, LcshAcceptsTheDaemonsCommandLines) {
     for (const std::string line : {
              "lcsh apg on",
              "lcsh apg off",
@@ -56,7 +56,7 @@ TEST_F(SimStandIns, LcshAcceptsTheDaemonsCommandLines) {
     }
 }
 
-TEST_F(SimStandIns, LcshRefusesEverythingElse) {
+TEST_F(SimFakes, LcshRefusesEverythingElse) {
     for (const std::string line : {
              "lcsh",
              "lcsh apg",
@@ -102,7 +102,7 @@ TEST_F(SimStandIns, LcshRefusesEverythingElse) {
     EXPECT_EQ(blocked(), "nothing is blocked\n" + guard_off);
 }
 
-TEST_F(SimStandIns, QuotesArgumentsThatAShellWouldTakeApart) {
+TEST_F(SimFakes, QuotesArgumentsThatAShellWouldTakeApart) {
     struct {
         std::vector<std::string> arguments;
         std::string line;
@@ -119,9 +119,9 @@ TEST_F(SimStandIns, QuotesArgumentsThatAShellWouldTakeApart) {
     }
 }
 
-TEST_F(SimStandIns, LcshLoadsAFileThatHoldsSomething) {
-    stand_ins::write("full", "x");
-    stand_ins::write("empty", "");
+TEST_F(SimFakes, LcshLoadsAFileThatHoldsSomething) {
+    fakes::write("full", "x");
+    fakes::write("empty", "");
     struct {
         const char *path, *answer;
     } const table[] = {
@@ -148,7 +148,7 @@ constexpr char is_a_other[] = "an application (-7) is blocked on a device (00:11
 constexpr char is_b[] = "an application (305) is blocked on a device (AA:BB:CC:DD:EE:FF)\n";
 constexpr char is_none[] = "nothing is blocked\n";
 
-TEST_F(SimStandIns, KeepWhatTheCommandsMade) {
+TEST_F(SimFakes, KeepWhatTheCommandsMade) {
     const std::string a = is_a;
     const std::string other = is_a_other;
     struct {
@@ -183,10 +183,10 @@ TEST_F(SimStandIns, KeepWhatTheCommandsMade) {
     }
 }
 
-TEST_F(SimStandIns, NameWhatIsBlockedAsTheScenarioDoes) {
-    stand_ins::write("scenario", "person mia 3 Mia\n"
-                                 "device tablet mia 00:11:22:33:44:55 Mia's tablet\n"
-                                 "app video 305 moving pictures\n");
+TEST_F(SimFakes, NameWhatIsBlockedAsTheScenarioDoes) {
+    fakes::write("scenario", "person mia 3 Mia\n"
+                             "device tablet mia 00:11:22:33:44:55 Mia's tablet\n"
+                             "app video 305 moving pictures\n");
     run_line(set_a);
     run_line(set_b);
     sim_router_set(sim_blocked_fact(3).name, true);
@@ -198,8 +198,8 @@ TEST_F(SimStandIns, NameWhatIsBlockedAsTheScenarioDoes) {
                              guard_off);
 }
 
-TEST_F(SimStandIns, FailAsTheFaultFileAsks) {
-    stand_ins::write("fail", "3 acl set\n4 apg\nnothing\n0 load\n");
+TEST_F(SimFakes, FailAsTheFaultFileAsks) {
+    fakes::write("fail", "3 acl set\n4 apg\nnothing\n0 load\n");
     struct {
         const char *line;
         int status;
@@ -213,7 +213,7 @@ TEST_F(SimStandIns, FailAsTheFaultFileAsks) {
     EXPECT_EQ(blocked(), is_none + guard_off);
 }
 
-TEST_F(SimStandIns, ComplainWithoutARouter) {
+TEST_F(SimFakes, ComplainWithoutARouter) {
     unsetenv(SIM_ROUTER_VARIABLE);
     for (const std::string line :
          {"lcsh apg on", "profile_daily_limit.sh -C 3", "lcsh load /tmp/router"})
@@ -236,7 +236,7 @@ std::string query_line(const std::string &arguments) {
     return "ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '" + arguments + "'";
 }
 
-TEST_F(SimStandIns, UbusAcceptsTheDaemonsQueries) {
+TEST_F(SimFakes, UbusAcceptsTheDaemonsQueries) {
     for (const std::string arguments : {
              R"({"s":1772625540,"e":1772625600})",
              R"({"s":0,"e":0})",
@@ -249,7 +249,7 @@ TEST_F(SimStandIns, UbusAcceptsTheDaemonsQueries) {
     }
 }
 
-TEST_F(SimStandIns, UbusRefusesQueriesThatAreWrittenInAnotherWay) {
+TEST_F(SimFakes, UbusRefusesQueriesThatAreWrittenInAnotherWay) {
     for (const std::string arguments : {
              R"({})",
              R"({"s":1})",
@@ -285,7 +285,7 @@ TEST_F(SimStandIns, UbusRefusesQueriesThatAreWrittenInAnotherWay) {
     }
 }
 
-TEST_F(SimStandIns, UbusRefusesOtherCalls) {
+TEST_F(SimFakes, UbusRefusesOtherCalls) {
     const std::string good = R"({"s":1,"e":2})";
     struct {
         std::vector<std::string> arguments;
@@ -312,20 +312,20 @@ TEST_F(SimStandIns, UbusRefusesOtherCalls) {
     }
 }
 
-TEST_F(SimStandIns, UbusPrintsThePrescribedReplyOfTheKind) {
+TEST_F(SimFakes, UbusPrintsThePrescribedReplyOfTheKind) {
     const std::string router = R"({"s":1,"e":2})";
     const std::string devices = R"({"s":1,"e":2,"mac":"001122334455 "})";
-    stand_ins::write("reply", "both");
+    fakes::write("reply", "both");
     EXPECT_EQ(run("ubus", query(router)), (result{0, "both", ""}));
     EXPECT_EQ(run("ubus", query(devices)), (result{0, "both", ""}));
-    stand_ins::write("reply.router", std::string("r\0r", 3));
-    stand_ins::write("reply.profile", "");
+    fakes::write("reply.router", std::string("r\0r", 3));
+    fakes::write("reply.profile", "");
     EXPECT_EQ(run("ubus", query(router)), (result{0, std::string("r\0r", 3), ""}));
     EXPECT_EQ(run("ubus", query(devices)), done);
 }
 
-TEST_F(SimStandIns, UbusRefusesToCountAnImproperScenario) {
-    stand_ins::write("scenario", "# nobody\nuse tablet video 17:05 20:00\n");
+TEST_F(SimFakes, UbusRefusesToCountAnImproperScenario) {
+    fakes::write("scenario", "# nobody\nuse tablet video 17:05 20:00\n");
     const std::string line = query_line(R"({"s":1,"e":2})");
     EXPECT_EQ(run("ubus", query(R"({"s":1,"e":2})")),
               refusal(line, "/tmp/router/scenario:2: there is no device tablet"));
@@ -334,14 +334,14 @@ TEST_F(SimStandIns, UbusRefusesToCountAnImproperScenario) {
 
 // ---- profile_daily_limit.sh ----------------------------------------------------------------
 
-TEST_F(SimStandIns, TheScriptAcceptsAProfileId) {
+TEST_F(SimFakes, TheScriptAcceptsAProfileId) {
     for (const std::string id : {"0", "3", "-1", "2147483647", "-2147483648"}) {
         EXPECT_EQ(run("profile_daily_limit.sh", {"-C", id}), done);
         EXPECT_EQ(journal(), "profile_daily_limit.sh -C " + id + "\n");
     }
 }
 
-TEST_F(SimStandIns, TheScriptRefusesEverythingElse) {
+TEST_F(SimFakes, TheScriptRefusesEverythingElse) {
     for (const std::string end :
          {"", " -C", " 3", " -c 3", " -C3", " 3 -C", " -C x", " -C 3x", " -C x3", " -C +3", " -C -",
           " -C --3", " -C 3-", " -C 3.0", " -C 3 4", " -R 3", " --C 3"}) {
@@ -358,8 +358,8 @@ TEST_F(SimStandIns, TheScriptRefusesEverythingElse) {
                          "refused profile_daily_limit.sh -C \n");
 }
 
-TEST_F(SimStandIns, TheScriptFailsAsTheFaultFileAsks) {
-    stand_ins::write("fail", "7 limit.sh -C 3\n");
+TEST_F(SimFakes, TheScriptFailsAsTheFaultFileAsks) {
+    fakes::write("fail", "7 limit.sh -C 3\n");
     EXPECT_EQ(run_line("profile_daily_limit.sh -C 3").status, 7);
     EXPECT_EQ(run_line("profile_daily_limit.sh -C 4").status, 0);
 }
