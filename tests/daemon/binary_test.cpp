@@ -54,31 +54,31 @@ void expect_hardened_link(const std::string &binary) {
 
 } // namespace
 
-TEST(daemon_binary, it_needs_libc_json_c_and_the_notification_library_and_nothing_else) {
+TEST(DaemonBinary, ItNeedsLibcJsonCAndTheNotificationLibraryAndNothingElse) {
     EXPECT_THAT(needed_libraries(UTM_DAEMON),
                 testing::UnorderedElementsAre(testing::AnyOf("libc.so.6", "libc.so"),
                                               "libjson-c.so.5", "libqvutm_notify.so"));
 }
 
-TEST(daemon_binary, the_client_needs_libc_and_json_c_and_nothing_else) {
+TEST(DaemonBinary, TheClientNeedsLibcAndJsonCAndNothingElse) {
     EXPECT_THAT(
         needed_libraries(UTM_APPCTL),
         testing::UnorderedElementsAre(testing::AnyOf("libc.so.6", "libc.so"), "libjson-c.so.5"));
 }
 
-TEST(daemon_binary, it_and_the_client_are_linked_hardened) {
+TEST(DaemonBinary, ItAndTheClientAreLinkedHardened) {
     expect_hardened_link(UTM_DAEMON);
     expect_hardened_link(UTM_APPCTL);
 }
 
-TEST(daemon_binary, it_and_the_client_protect_their_stacks) {
+TEST(DaemonBinary, ItAndTheClientProtectTheirStacks) {
     for (const std::string binary : {UTM_DAEMON, UTM_APPCTL})
         EXPECT_THAT(output_of("LC_ALL=C readelf -W --dyn-syms '" + binary + "'"),
                     testing::HasSubstr(" __stack_chk_fail"))
             << binary;
 }
 
-TEST(daemon_binary, it_keeps_no_door_for_tests) {
+TEST(DaemonBinary, ItKeepsNoDoorForTests) {
     const std::string symbols = output_of("strings '" UTM_DAEMON "'");
 
     ASSERT_NE(symbols.find("/dev/utm_app_config_socket"), std::string::npos);

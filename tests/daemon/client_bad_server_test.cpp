@@ -43,7 +43,7 @@ const appctl_end WEEK = done("DAY        MINUTES  TIME\n"
 
 } // namespace
 
-TEST(client_bad_server, a_reply_may_come_byte_by_byte) {
+TEST(ClientBadServer, AReplyMayComeByteByByte) {
     const std::string reply = wire_of({.status = 0, .activate = 1});
     const fake_server server(FAKE_SOCKET, [&reply](int fd, const std::string &) {
         for (const char byte : reply)
@@ -53,12 +53,12 @@ TEST(client_bad_server, a_reply_may_come_byte_by_byte) {
     EXPECT_EQ(ask_fake({"status"}), done("limits     on\ndebug log  off\n"));
 }
 
-TEST(client_bad_server, a_list_may_come_in_one_piece) {
+TEST(ClientBadServer, AListMayComeInOnePiece) {
     const fake_server server(FAKE_SOCKET, sends(week_of_limits()));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
 }
 
-TEST(client_bad_server, pieces_need_not_end_where_replies_do) {
+TEST(ClientBadServer, PiecesNeedNotEndWhereRepliesDo) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string bytes = week_of_limits();
         for (size_t at = 0; at < bytes.size(); at += 1000)
@@ -68,24 +68,24 @@ TEST(client_bad_server, pieces_need_not_end_where_replies_do) {
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
 }
 
-TEST(client_bad_server, what_comes_behind_the_end_is_not_read) {
+TEST(ClientBadServer, WhatComesBehindTheEndIsNotRead) {
     const fake_server one(FAKE_SOCKET, sends(status_reply(0) + status_reply(1)));
     EXPECT_EQ(ask_fake({"ping"}), done());
 }
 
-TEST(client_bad_server, a_list_behind_its_end_is_not_read) {
+TEST(ClientBadServer, AListBehindItsEndIsNotRead) {
     const fake_server list(FAKE_SOCKET, sends(week_of_limits() + week_of_limits()));
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
 }
 
-TEST(client_bad_server, a_connection_closed_at_once_is_a_broken_reply) {
+TEST(ClientBadServer, AConnectionClosedAtOnceIsABrokenReply) {
     const fake_server server(FAKE_SOCKET, sends(""));
     EXPECT_EQ(ask_fake({"ping"}), closed_without_reply(0));
     EXPECT_EQ(ask_fake({"usage", "3", "--history"}), closed_without_reply(37));
     EXPECT_EQ(ask_fake({"signature", "load", "/tmp/a"}), closed_without_reply(46));
 }
 
-TEST(client_bad_server, a_reply_that_breaks_off_is_not_used) {
+TEST(ClientBadServer, AReplyThatBreaksOffIsNotUsed) {
     for (const int count : {1, 135, 136, 137, 831}) {
         const fake_server server(FAKE_SOCKET,
                                  sends(status_reply(0).substr(0, static_cast<size_t>(count))));
@@ -95,14 +95,14 @@ TEST(client_bad_server, a_reply_that_breaks_off_is_not_used) {
     }
 }
 
-TEST(client_bad_server, a_list_that_breaks_off_prints_nothing) {
+TEST(ClientBadServer, AListThatBreaksOffPrintsNothing) {
     const std::string entry = wire_of({.status = DATA, .app_id = 305, .app_minutes = 9});
     const fake_server server(FAKE_SOCKET, sends(entry + entry + entry.substr(0, 100)));
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), closed_after(100));
     EXPECT_EQ(ask_fake({"usage", "3", "--history"}), closed_after(100));
 }
 
-TEST(client_bad_server, the_short_reply_of_a_failed_load_is_a_refusal) {
+TEST(ClientBadServer, TheShortReplyOfAFailedLoadIsARefusal) {
     const appctl_end refused =
         fails(1, "the daemon refused: the DPI engine did not load the signatures; does the file "
                  "exist, and is it a signature file?");
@@ -116,7 +116,7 @@ TEST(client_bad_server, the_short_reply_of_a_failed_load_is_a_refusal) {
     EXPECT_EQ(ask_fake({"signature", "load", "/tmp/a"}), closed_after(135));
 }
 
-TEST(client_bad_server, an_unknown_status_is_a_broken_reply) {
+TEST(ClientBadServer, AnUnknownStatusIsABrokenReply) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(7)));
     const appctl_end unknown = fails(
         4, "the daemon's reply has the unknown status 7: are both programs of the same version?");
@@ -124,13 +124,13 @@ TEST(client_bad_server, an_unknown_status_is_a_broken_reply) {
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), unknown);
 }
 
-TEST(client_bad_server, a_list_is_no_answer_to_a_single_question) {
+TEST(ClientBadServer, AListIsNoAnswerToASingleQuestion) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(DATA) + status_reply(0)));
     EXPECT_EQ(ask_fake({"ping"}), fails(4, "the daemon began a list where one reply was expected: "
                                            "are both programs of the same version?"));
 }
 
-TEST(client_bad_server, a_list_that_ends_with_a_refusal_prints_nothing) {
+TEST(ClientBadServer, AListThatEndsWithARefusalPrintsNothing) {
     const std::string entries = status_reply(DATA) + status_reply(DATA);
     const fake_server server(FAKE_SOCKET,
                              sends(entries + status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
@@ -138,7 +138,7 @@ TEST(client_bad_server, a_list_that_ends_with_a_refusal_prints_nothing) {
     EXPECT_EQ(ask_fake({"usage", "3", "--apps", "--json"}), fails(1, NO_PROFILE));
 }
 
-TEST(client_bad_server, a_history_that_ends_with_a_refusal_prints_nothing) {
+TEST(ClientBadServer, AHistoryThatEndsWithARefusalPrintsNothing) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &request) {
         const bool is_history = request[0] == UTM_APP_CONFIG_GET_PREV_DAY_USAGE;
         put(fd, is_history ? status_reply(DATA) + status_reply(1) : status_reply(0));
@@ -146,7 +146,7 @@ TEST(client_bad_server, a_history_that_ends_with_a_refusal_prints_nothing) {
     EXPECT_EQ(ask_fake({"usage", "3", "--history"}), fails(1, NO_PROFILE));
 }
 
-TEST(client_bad_server, a_week_of_more_than_seven_days_is_not_believed) {
+TEST(ClientBadServer, AWeekOfMoreThanSevenDaysIsNotBelieved) {
     const std::string entry = wire_of({.status = DATA, .weekday = 1, .weekday_minutes = 1});
     std::string bytes;
     for (int i = 0; i < 8; ++i)
@@ -155,7 +155,7 @@ TEST(client_bad_server, a_week_of_more_than_seven_days_is_not_believed) {
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), fails(4, TOO_LONG));
 }
 
-TEST(client_bad_server, a_list_without_end_is_given_up) {
+TEST(ClientBadServer, AListWithoutEndIsGivenUp) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string entry = wire_of({.status = DATA, .app_id = 305, .app_minutes = 1});
         while (put(fd, entry)) {
@@ -166,14 +166,14 @@ TEST(client_bad_server, a_list_without_end_is_given_up) {
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), fails(4, TOO_LONG));
 }
 
-TEST(client_bad_server, a_refusal_that_never_should_be_is_told) {
+TEST(ClientBadServer, ARefusalThatNeverShouldBeIsTold) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_FAIL)));
     EXPECT_EQ(
         ask_fake({"ping"}),
         fails(1, "the daemon refused: it should not; are both programs of the same version?"));
 }
 
-TEST(client_bad_server, only_a_signature_can_fail_to_load) {
+TEST(ClientBadServer, OnlyASignatureCanFailToLoad) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED)));
     EXPECT_EQ(ask_fake({"limit", "show", "3"}),
               fails(4, "the daemon's reply has the unknown status 255: are both programs of the "

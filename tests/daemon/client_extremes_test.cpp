@@ -22,7 +22,7 @@ std::string list_of(const std::vector<fake_reply> &entries) {
 
 } // namespace
 
-TEST(client_extremes, the_largest_minutes_add_up) {
+TEST(ClientExtremes, TheLargestMinutesAddUp) {
     const fake_server server(FAKE_SOCKET, sends(single_reply(INT32_MAX)));
     EXPECT_EQ(ask_fake({"usage", "3"}), done("today       2147483647    35791394h7m\n"
                                              "this week   4294967294   71582788h14m\n"
@@ -36,7 +36,7 @@ TEST(client_extremes, the_largest_minutes_add_up) {
                    "\n"));
 }
 
-TEST(client_extremes, the_smallest_minutes_add_up) {
+TEST(ClientExtremes, TheSmallestMinutesAddUp) {
     const fake_server server(FAKE_SOCKET, sends(single_reply(INT32_MIN)));
     EXPECT_EQ(ask_fake({"usage", "3", "-j"}),
               done(R"({"profile":3,"today":-2147483648,"week":-4294967296,"month":-6442450944,)"
@@ -48,7 +48,7 @@ TEST(client_extremes, the_smallest_minutes_add_up) {
     EXPECT_EQ(ask_fake({"interval", "show"}), done("-2147483648 (-35791394h8m)\n"));
 }
 
-TEST(client_extremes, weekdays_that_do_not_exist_have_no_name) {
+TEST(ClientExtremes, WeekdaysThatDoNotExistHaveNoName) {
     const fake_server server(
         FAKE_SOCKET,
         sends(list_of({{.status = DATA, .weekday = 99, .weekday_minutes = INT32_MAX},
@@ -62,7 +62,7 @@ TEST(client_extremes, weekdays_that_do_not_exist_have_no_name) {
                    "\n"));
 }
 
-TEST(client_extremes, applications_of_any_number_add_up) {
+TEST(ClientExtremes, ApplicationsOfAnyNumberAddUp) {
     const fake_reply most = {.status = DATA, .app_id = INT32_MIN, .app_minutes = INT32_MAX};
     const fake_reply nothing = {.status = DATA};
     const fake_server server(FAKE_SOCKET, sends(list_of({most, most, nothing})));
@@ -72,7 +72,7 @@ TEST(client_extremes, applications_of_any_number_add_up) {
                                                        "total        4294967294  71582788h14m\n"));
 }
 
-TEST(client_extremes, bars_are_drawn_for_what_was_used_alone) {
+TEST(ClientExtremes, BarsAreDrawnForWhatWasUsedAlone) {
     const fake_reply entry = {
         .status = DATA, .app_id = -1, .history = {INT32_MAX, INT32_MIN, -1, 1}};
     const fake_server server(FAKE_SOCKET, sends(list_of({entry})));
@@ -84,7 +84,7 @@ TEST(client_extremes, bars_are_drawn_for_what_was_used_alone) {
                    "########################################\n"));
 }
 
-TEST(client_extremes, a_history_of_the_largest_minutes_adds_up) {
+TEST(ClientExtremes, AHistoryOfTheLargestMinutesAddsUp) {
     const fake_reply entry = {
         .status = DATA, .app_id = 305, .history = {INT32_MAX, 0, 0, INT32_MIN}};
     const fake_server server(FAKE_SOCKET, sends(list_of({entry, entry})));

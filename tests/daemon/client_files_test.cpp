@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class client_files : public client_test {
+class ClientFiles : public client_test {
 protected:
     void SetUp() override {
         client_test::SetUp();
@@ -56,7 +56,7 @@ std::vector<std::string> names_in(const char *folder) {
 
 } // namespace
 
-TEST_F(client_files, a_relative_path_is_the_clients_own) {
+TEST_F(ClientFiles, ARelativePathIsTheClientsOwn) {
     must({"activate", "on"});
 
     EXPECT_EQ(ctl({"export", "usage.json"}, {.directory = "/tmp/here"}), done());
@@ -65,7 +65,7 @@ TEST_F(client_files, a_relative_path_is_the_clients_own) {
     EXPECT_EQ(ctl({"import", "here/usage.json"}, {.directory = "/tmp"}), done());
 }
 
-TEST_F(client_files, usage_moves_from_one_life_to_the_next) {
+TEST_F(ClientFiles, UsageMovesFromOneLifeToTheNext) {
     must({"activate", "on"});
     add_mia();
     use(25, {{305, 20}});
@@ -80,13 +80,13 @@ TEST_F(client_files, usage_moves_from_one_life_to_the_next) {
                    "\n"));
 }
 
-TEST_F(client_files, nothing_is_written_while_limits_are_off) {
+TEST_F(ClientFiles, NothingIsWrittenWhileLimitsAreOff) {
     EXPECT_EQ(ctl({"export", "/tmp/here/usage.json"}), fails(1, NOT_WRITTEN));
     EXPECT_EQ(ctl({"import", "/tmp/here/usage.json"}), fails(1, NOT_READ));
     EXPECT_TRUE(fs::is_empty("/tmp/here"));
 }
 
-TEST_F(client_files, files_that_cannot_be_are_refused) {
+TEST_F(ClientFiles, FilesThatCannotBeAreRefused) {
     must({"activate", "on"});
     ASSERT_TRUE(sim_write_file("/tmp/here/damaged", "{\"user_profile_list\":"));
 
@@ -95,7 +95,7 @@ TEST_F(client_files, files_that_cannot_be_are_refused) {
     EXPECT_EQ(ctl({"import", "/tmp/here/damaged"}), fails(1, NOT_READ));
 }
 
-TEST_F(client_files, a_path_that_does_not_fit_is_not_cut) {
+TEST_F(ClientFiles, APathThatDoesNotFitIsNotCut) {
     must({"activate", "on"});
     const std::string longest = "/tmp/here/" + std::string(117, 'a');
     EXPECT_EQ(ctl({"export", longest}), done());
@@ -110,7 +110,7 @@ TEST_F(client_files, a_path_that_does_not_fit_is_not_cut) {
     EXPECT_EQ(ctl({"export", ""}), fails(2, "the path is empty: name a file"));
 }
 
-TEST_F(client_files, a_report_of_now_leaves_no_file_behind) {
+TEST_F(ClientFiles, AReportOfNowLeavesNoFileBehind) {
     must({"activate", "on"});
     add_mia();
 
@@ -122,7 +122,7 @@ TEST_F(client_files, a_report_of_now_leaves_no_file_behind) {
     EXPECT_TRUE(fs::is_empty("/tmp/here"));
 }
 
-TEST_F(client_files, a_report_shows_what_the_daemon_exports_of_now) {
+TEST_F(ClientFiles, AReportShowsWhatTheDaemonExportsOfNow) {
     must({"activate", "on"});
     add_mia();
     use(25, {{305, 20}});
@@ -136,12 +136,12 @@ TEST_F(client_files, a_report_shows_what_the_daemon_exports_of_now) {
     EXPECT_EQ(ctl({"report", "usage.json"}, {.directory = "/tmp/here"}), of_now);
 }
 
-TEST_F(client_files, a_report_that_is_refused_leaves_no_file_behind) {
+TEST_F(ClientFiles, AReportThatIsRefusedLeavesNoFileBehind) {
     EXPECT_EQ(ctl({"report"}, {.environment = {{"TMPDIR", "/tmp/here"}}}), fails(1, NO_REPORT));
     EXPECT_TRUE(fs::is_empty("/tmp/here"));
 }
 
-TEST_F(client_files, a_report_that_nobody_can_read_leaves_no_file_behind) {
+TEST_F(ClientFiles, AReportThatNobodyCanReadLeavesNoFileBehind) {
     must({"activate", "on"});
     const appctl_setting full = {.environment = {{"TMPDIR", "/tmp/here"}}, .out_path = "/dev/full"};
 
@@ -151,7 +151,7 @@ TEST_F(client_files, a_report_that_nobody_can_read_leaves_no_file_behind) {
     EXPECT_TRUE(fs::is_empty("/tmp/here"));
 }
 
-TEST_F(client_files, a_report_that_is_broken_off_leaves_no_file_behind) {
+TEST_F(ClientFiles, AReportThatIsBrokenOffLeavesNoFileBehind) {
     must({"activate", "on"});
     for (const int signal_number : {SIGHUP, SIGINT, SIGTERM}) {
         const int blocker = occupy_the_socket_thread();
@@ -172,7 +172,7 @@ TEST_F(client_files, a_report_that_is_broken_off_leaves_no_file_behind) {
     }
 }
 
-TEST_F(client_files, a_report_without_a_folder_says_which) {
+TEST_F(ClientFiles, AReportWithoutAFolderSaysWhich) {
     const std::string too_long = "/tmp/" + std::string(120, 'a');
     EXPECT_EQ(ctl({"report"}, {.environment = {{"TMPDIR", "/tmp/here/none"}}}),
               fails(4, "cannot create a folder in /tmp/here/none (No such file or directory); set "
@@ -183,7 +183,7 @@ TEST_F(client_files, a_report_without_a_folder_says_which) {
     EXPECT_THAT(log_lines(), testing::IsEmpty());
 }
 
-TEST_F(client_files, a_relative_temporary_folder_is_not_used) {
+TEST_F(ClientFiles, ARelativeTemporaryFolderIsNotUsed) {
     must({"activate", "on"});
     const int blocker = occupy_the_socket_thread();
     auto report = std::async(std::launch::async, [this] {
@@ -203,7 +203,7 @@ TEST_F(client_files, a_relative_temporary_folder_is_not_used) {
     close(blocker);
 }
 
-TEST_F(client_files, the_folder_of_a_report_is_nobody_elses_business) {
+TEST_F(ClientFiles, TheFolderOfAReportIsNobodyElsesBusiness) {
     must({"activate", "on"});
     const int blocker = occupy_the_socket_thread();
     auto report = std::async(std::launch::async, [this] {
@@ -220,7 +220,7 @@ TEST_F(client_files, the_folder_of_a_report_is_nobody_elses_business) {
     close(blocker);
 }
 
-TEST_F(client_files, a_report_that_takes_too_long_leaves_no_file_behind) {
+TEST_F(ClientFiles, AReportThatTakesTooLongLeavesNoFileBehind) {
     must({"activate", "on"});
     const int blocker = occupy_the_socket_thread();
 
@@ -233,7 +233,7 @@ TEST_F(client_files, a_report_that_takes_too_long_leaves_no_file_behind) {
     close(blocker);
 }
 
-TEST_F(client_files, a_report_whose_reader_has_gone_leaves_no_file_behind) {
+TEST_F(ClientFiles, AReportWhoseReaderHasGoneLeavesNoFileBehind) {
     must({"activate", "on"});
     const appctl_setting unread = {.environment = {{"TMPDIR", "/tmp/here"}}, .in_child = [] {
                                        int ends[2];
@@ -247,7 +247,7 @@ TEST_F(client_files, a_report_whose_reader_has_gone_leaves_no_file_behind) {
     EXPECT_TRUE(fs::is_empty("/tmp/here"));
 }
 
-TEST_F(client_files, a_report_of_a_file_needs_no_daemon_but_the_file) {
+TEST_F(ClientFiles, AReportOfAFileNeedsNoDaemonButTheFile) {
     const appctl_end end = ctl({"report", "/tmp/here/none", "-s", "/tmp/nobody"});
 
     EXPECT_EQ(end.status, 2);

@@ -5,7 +5,7 @@
 
 namespace {
 
-class client_history : public client_test {
+class ClientHistory : public client_test {
 protected:
     void SetUp() override {
         client_test::SetUp();
@@ -58,7 +58,7 @@ const std::pair<std::string, std::string> UTF_8 = {"LC_ALL", "C.UTF-8"};
 
 } // namespace
 
-TEST_F(client_history, thirty_days_are_a_chart_that_ends_with_today) {
+TEST_F(ClientHistory, ThirtyDaysAreAChartThatEndsWithToday) {
     use_three_days();
 
     EXPECT_EQ(ctl({"usage", "3", "--history"}), done(ASCII_CHART));
@@ -68,7 +68,7 @@ TEST_F(client_history, thirty_days_are_a_chart_that_ends_with_today) {
     EXPECT_EQ(ctl({"usage", "--history", "--days", "3"}), done(ASCII_CHART));
 }
 
-TEST_F(client_history, a_utf_8_locale_gets_eighths_of_a_block) {
+TEST_F(ClientHistory, AUtf8LocaleGetsEighthsOfABlock) {
     use_three_days();
 
     EXPECT_EQ(ctl({"usage", "3", "--history"}, {.environment = {UTF_8}}), done(BLOCK_CHART));
@@ -76,7 +76,7 @@ TEST_F(client_history, a_utf_8_locale_gets_eighths_of_a_block) {
               done(ASCII_CHART));
 }
 
-TEST_F(client_history, a_terminal_gets_colours_and_no_line_that_is_too_long) {
+TEST_F(ClientHistory, ATerminalGetsColoursAndNoLineThatIsTooLong) {
     UTM_NEEDS("pseudo-terminals", have_terminals());
     use_three_days();
     const std::string narrow =
@@ -88,7 +88,7 @@ TEST_F(client_history, a_terminal_gets_colours_and_no_line_that_is_too_long) {
     EXPECT_EQ(ctl({"usage", "3", "--history"}, {.terminal_columns = 40}), done(narrow));
 }
 
-TEST_F(client_history, who_wants_no_colours_gets_none) {
+TEST_F(ClientHistory, WhoWantsNoColoursGetsNone) {
     UTM_NEEDS("pseudo-terminals", have_terminals());
     use_three_days();
     const std::vector<std::string> verb = {"usage", "3", "--history"};
@@ -101,7 +101,7 @@ TEST_F(client_history, who_wants_no_colours_gets_none) {
               done(COLOUR_CHART));
 }
 
-TEST_F(client_history, a_pipe_is_as_wide_as_the_environment_says) {
+TEST_F(ClientHistory, APipeIsAsWideAsTheEnvironmentSays) {
     use(60, {{305, 60}});
     const auto last_line = [this](const char *columns) {
         return sim_split_lines(
@@ -116,7 +116,7 @@ TEST_F(client_history, a_pipe_is_as_wide_as_the_environment_says) {
         EXPECT_EQ(last_line(senseless), "Tue  1 Jan  60  1h  " + repeat("#", 60)) << senseless;
 }
 
-TEST_F(client_history, applications_have_charts_of_their_own) {
+TEST_F(ClientHistory, ApplicationsHaveChartsOfTheirOwn) {
     use_three_days();
     ASSERT_TRUE(sim_write_file("/tmp/apps", "306 chat\n"));
 
@@ -127,7 +127,7 @@ TEST_F(client_history, applications_have_charts_of_their_own) {
                          "  45    45m  " + repeat("#", 29))));
 }
 
-TEST_F(client_history, four_weeks_are_a_chart_that_ends_with_this_one) {
+TEST_F(ClientHistory, FourWeeksAreAChartThatEndsWithThisOne) {
     use_three_days();
 
     EXPECT_EQ(ctl({"usage", "3", "--history", "weeks"}), done("3 weeks ago    0     0m\n"
@@ -137,7 +137,7 @@ TEST_F(client_history, four_weeks_are_a_chart_that_ends_with_this_one) {
                                                               repeat("#", 55) + "\n"));
 }
 
-TEST_F(client_history, weeks_may_be_an_option_of_their_own) {
+TEST_F(ClientHistory, WeeksMayBeAnOptionOfTheirOwn) {
     use(15, {{306, 15}});
     const appctl_end weeks = ctl({"usage", "3", "--history=weeks"});
 
@@ -146,7 +146,7 @@ TEST_F(client_history, weeks_may_be_an_option_of_their_own) {
     EXPECT_EQ(ctl({"usage", "3", "--weeks"}), fails(2, "--weeks needs --history"));
 }
 
-TEST_F(client_history, a_week_that_is_over_moves_up) {
+TEST_F(ClientHistory, AWeekThatIsOverMovesUp) {
     use_three_days();
     for (int day = 0; day < 4; ++day) // to Monday
         sleep_over();
@@ -159,7 +159,7 @@ TEST_F(client_history, a_week_that_is_over_moves_up) {
                    "\n"));
 }
 
-TEST_F(client_history, days_are_a_document_with_the_newest_last) {
+TEST_F(ClientHistory, DaysAreADocumentWithTheNewestLast) {
     use_three_days();
     const std::string quiet = repeat("0,", 28);
 
@@ -173,7 +173,7 @@ TEST_F(client_history, days_are_a_document_with_the_newest_last) {
     EXPECT_TRUE(is_document(end.out));
 }
 
-TEST_F(client_history, who_used_nothing_has_an_empty_chart) {
+TEST_F(ClientHistory, WhoUsedNothingHasAnEmptyChart) {
     const appctl_end empty = done("3 weeks ago  0  0m\n"
                                   "2 weeks ago  0  0m\n"
                                   "last week    0  0m\n"
@@ -185,7 +185,7 @@ TEST_F(client_history, who_used_nothing_has_an_empty_chart) {
                    "\n"));
 }
 
-TEST_F(client_history, hundreds_of_applications_are_read_to_the_last) {
+TEST_F(ClientHistory, HundredsOfApplicationsAreReadToTheLast) {
     std::vector<std::pair<int, int>> apps;
     for (int app = 1; app <= 700; ++app)
         apps.push_back({app, 2});
@@ -195,7 +195,7 @@ TEST_F(client_history, hundreds_of_applications_are_read_to_the_last) {
               "Tue  1 Jan  1400  23h20m  " + repeat("#", 54));
 }
 
-TEST_F(client_history, days_keep_their_names_when_the_clocks_change) {
+TEST_F(ClientHistory, DaysKeepTheirNamesWhenTheClocksChange) {
     // In Central Europe half an hour of the third of April is over; three days before, the clocks
     // went forward. So many times 24 hours ago is late on the day before.
     sim_clock_jump(&clock, 1901399400 - sim_clock_now(clock)); // 2030-04-02 22:30 UTC
@@ -212,7 +212,7 @@ TEST_F(client_history, days_keep_their_names_when_the_clocks_change) {
     EXPECT_EQ(lines[30], "Wed  3 Apr  0  0m");
 }
 
-TEST_F(client_history, days_and_weeks_are_all_the_units) {
+TEST_F(ClientHistory, DaysAndWeeksAreAllTheUnits) {
     for (const char *unit : {"day", "months", "4", ""})
         EXPECT_EQ(ctl({"usage", "3", "--history=" + std::string(unit)}),
                   fails(2, "\"" + std::string(unit) +
@@ -220,7 +220,7 @@ TEST_F(client_history, days_and_weeks_are_all_the_units) {
     EXPECT_EQ(log_count("[socket] Receive cmd type=37"), 0u);
 }
 
-TEST_F(client_history, a_unit_stands_right_behind_its_option) {
+TEST_F(ClientHistory, AUnitStandsRightBehindItsOption) {
     const appctl_end too_many = ctl({"usage", "3", "4"});
     EXPECT_THAT(too_many.err, testing::StartsWith("utm_appctl: too many operands\n"));
     EXPECT_EQ(too_many.status, 2);

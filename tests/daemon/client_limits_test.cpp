@@ -4,7 +4,7 @@
 
 namespace {
 
-class client_limits : public client_test {
+class ClientLimits : public client_test {
 protected:
     void SetUp() override {
         client_test::SetUp();
@@ -23,7 +23,7 @@ appctl_end no_time(const std::string &text) {
 
 } // namespace
 
-TEST_F(client_limits, minutes_may_be_written_in_three_ways) {
+TEST_F(ClientLimits, MinutesMayBeWrittenInThreeWays) {
     for (const char *text : {"90", "90m", "1h30m"}) {
         must({"limit", "set", "3", "1"});
         EXPECT_EQ(ctl({"limit", "set", "3", text}), done());
@@ -31,7 +31,7 @@ TEST_F(client_limits, minutes_may_be_written_in_three_ways) {
     }
 }
 
-TEST_F(client_limits, a_limit_is_a_minute_to_a_day) {
+TEST_F(ClientLimits, ALimitIsAMinuteToADay) {
     EXPECT_EQ(ctl({"limit", "set", "3", "1m"}), done());
     EXPECT_EQ(ctl({"limit", "set", "3", "24h"}), done());
     EXPECT_EQ(ctl({"limit", "set", "3", "0"}), fails(1, BAD_LIMIT));
@@ -42,14 +42,14 @@ TEST_F(client_limits, a_limit_is_a_minute_to_a_day) {
     EXPECT_EQ(ctl({"limit", "show", "3"}), done("limit    1440 (24h)\nenabled  no\n"));
 }
 
-TEST_F(client_limits, a_limit_is_enabled_and_disabled) {
+TEST_F(ClientLimits, ALimitIsEnabledAndDisabled) {
     EXPECT_EQ(ctl({"limit", "enable", "3"}), done());
     EXPECT_EQ(ctl({"limit", "show", "3"}), done("limit    1440 (24h)\nenabled  yes\n"));
     EXPECT_EQ(ctl({"limit", "disable", "3"}), done());
     EXPECT_EQ(ctl({"limit", "show", "3"}), done("limit    1440 (24h)\nenabled  no\n"));
 }
 
-TEST_F(client_limits, a_limit_is_a_document) {
+TEST_F(ClientLimits, ALimitIsADocument) {
     must({"limit", "set", "3", "1h30m"});
     must({"limit", "enable", "3"});
 
@@ -59,7 +59,7 @@ TEST_F(client_limits, a_limit_is_a_document) {
     EXPECT_TRUE(is_document(end.out));
 }
 
-TEST_F(client_limits, a_limit_cuts_the_profile_off) {
+TEST_F(ClientLimits, ALimitCutsTheProfileOff) {
     must({"activate", "on"});
     must({"limit", "set", "3", "10"});
     unlink("/tmp/router/journal");
@@ -79,7 +79,7 @@ TEST_F(client_limits, a_limit_cuts_the_profile_off) {
     EXPECT_EQ(journal(), expected);
 }
 
-TEST_F(client_limits, every_weekday_has_its_own) {
+TEST_F(ClientLimits, EveryWeekdayHasItsOwn) {
     EXPECT_EQ(ctl({"limit", "set", "3", "2h"}), done());
     EXPECT_EQ(ctl({"weekday", "set", "3", "0", "3h"}), done());
     EXPECT_EQ(ctl({"weekday", "set", "3", "Monday", "45"}), done());
@@ -95,7 +95,7 @@ TEST_F(client_limits, every_weekday_has_its_own) {
                                                   "Saturday        90  1h30m\n"));
 }
 
-TEST_F(client_limits, weekdays_are_a_document) {
+TEST_F(ClientLimits, WeekdaysAreADocument) {
     must({"weekday", "set", "3", "wed", "75"});
 
     const appctl_end end = ctl({"weekday", "show", "3", "--json"});
@@ -112,7 +112,7 @@ TEST_F(client_limits, weekdays_are_a_document) {
     EXPECT_TRUE(is_document(end.out));
 }
 
-TEST_F(client_limits, a_weekday_that_is_none_is_not_asked_for) {
+TEST_F(ClientLimits, AWeekdayThatIsNoneIsNotAskedFor) {
     for (const char *day : {"7", "mo", "", "00", "mondays", "funday"})
         EXPECT_EQ(ctl({"weekday", "set", "3", day, "60"}),
                   fails(2, "\"" + std::string(day) +
@@ -123,7 +123,7 @@ TEST_F(client_limits, a_weekday_that_is_none_is_not_asked_for) {
     EXPECT_EQ(log_count("[socket] Receive cmd type=30"), 1u);
 }
 
-TEST_F(client_limits, a_bonus_adds_up_and_is_taken_back) {
+TEST_F(ClientLimits, ABonusAddsUpAndIsTakenBack) {
     EXPECT_EQ(ctl({"extend", "show", "3"}), done("0 (0m)\n"));
     EXPECT_EQ(ctl({"extend", "add", "3", "1h"}), done());
     EXPECT_EQ(ctl({"extend", "add", "3", "15"}), done());
@@ -135,7 +135,7 @@ TEST_F(client_limits, a_bonus_adds_up_and_is_taken_back) {
     EXPECT_EQ(ctl({"extend", "show", "3"}), done("0 (0m)\n"));
 }
 
-TEST_F(client_limits, a_bonus_is_six_hours_at_most) {
+TEST_F(ClientLimits, ABonusIsSixHoursAtMost) {
     EXPECT_EQ(ctl({"extend", "add", "3", "6h"}), done());
     EXPECT_EQ(ctl({"extend", "reset", "3"}), done());
     EXPECT_EQ(ctl({"extend", "add", "3", "6h1m"}), fails(1, BAD_BONUS));
@@ -143,7 +143,7 @@ TEST_F(client_limits, a_bonus_is_six_hours_at_most) {
     EXPECT_EQ(ctl({"extend", "show", "3"}), done("0 (0m)\n"));
 }
 
-TEST_F(client_limits, a_profile_that_does_not_exist_is_told_once) {
+TEST_F(ClientLimits, AProfileThatDoesNotExistIsToldOnce) {
     const std::vector<std::vector<std::string>> verbs = {
         {"limit", "show", "9"},    {"limit", "show", "9", "--json"}, {"limit", "enable", "9"},
         {"limit", "disable", "9"}, {"weekday", "show", "9"},         {"weekday", "show", "9", "-j"},

@@ -58,7 +58,7 @@ void respect_permissions() {
 
 } // namespace
 
-TEST(client_no_answer, a_socket_that_is_not_there_has_no_daemon) {
+TEST(ClientNoAnswer, ASocketThatIsNotThereHasNoDaemon) {
     unlink(UTM_APP_CONFIG_SOCKET_PATH); // of a test before this one
     EXPECT_EQ(appctl({"ping", "-s", "/tmp/none"}),
               no_daemon("/tmp/none", "No such file or directory"));
@@ -68,19 +68,19 @@ TEST(client_no_answer, a_socket_that_is_not_there_has_no_daemon) {
               no_daemon("/dev/null/none", "Not a directory"));
 }
 
-TEST(client_no_answer, a_file_is_no_socket) {
+TEST(ClientNoAnswer, AFileIsNoSocket) {
     ASSERT_TRUE(sim_write_file("/tmp/file", ""));
     EXPECT_EQ(appctl({"usage", "3", "-j", "-s", "/tmp/file"}),
               no_daemon("/tmp/file", "Connection refused"));
 }
 
-TEST(client_no_answer, a_socket_that_a_daemon_left_behind_has_none) {
+TEST(ClientNoAnswer, ASocketThatADaemonLeftBehindHasNone) {
     close(listen_at(FAKE_SOCKET, 1));
     EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}), no_daemon(FAKE_SOCKET, "Connection refused"));
     unlink(FAKE_SOCKET);
 }
 
-TEST(client_no_answer, a_socket_that_may_not_be_used_has_other_advice) {
+TEST(ClientNoAnswer, ASocketThatMayNotBeUsedHasOtherAdvice) {
     const int listener = listen_at(FAKE_SOCKET, 1);
     chmod(FAKE_SOCKET, 0);
 
@@ -93,7 +93,7 @@ TEST(client_no_answer, a_socket_that_may_not_be_used_has_other_advice) {
     unlink(FAKE_SOCKET);
 }
 
-TEST(client_no_answer, too_long_a_path_is_not_cut) {
+TEST(ClientNoAnswer, TooLongAPathIsNotCut) {
     const std::string longest = "/tmp/" + std::string(102, 'a');
     EXPECT_EQ(appctl({"ping", "-s", longest}), no_daemon(longest, "No such file or directory"));
     EXPECT_EQ(appctl({"ping", "-s", longest + "a"}),
@@ -101,18 +101,18 @@ TEST(client_no_answer, too_long_a_path_is_not_cut) {
                                  "characters"));
 }
 
-TEST(client_no_answer, an_empty_path_names_no_socket) {
+TEST(ClientNoAnswer, AnEmptyPathNamesNoSocket) {
     EXPECT_EQ(appctl({"ping", "-s", ""}), fails(2, "the socket path is empty: give it after -s"));
 }
 
-TEST(client_no_answer, a_report_without_a_daemon_leaves_no_file_behind) {
+TEST(ClientNoAnswer, AReportWithoutADaemonLeavesNoFileBehind) {
     std::filesystem::create_directory("/tmp/here");
     EXPECT_EQ(appctl({"report", "-s", "/tmp/none"}, {.environment = {{"TMPDIR", "/tmp/here"}}}),
               no_daemon("/tmp/none", "No such file or directory"));
     EXPECT_TRUE(std::filesystem::remove("/tmp/here")) << "it is not empty";
 }
 
-TEST(client_no_answer, a_connection_closed_unread_is_a_broken_reply) {
+TEST(ClientNoAnswer, AConnectionClosedUnreadIsABrokenReply) {
     const int listener = listen_at(FAKE_SOCKET, 1);
     std::thread closer([listener] { close(accept(listener, nullptr, nullptr)); });
 
@@ -125,7 +125,7 @@ TEST(client_no_answer, a_connection_closed_unread_is_a_broken_reply) {
     unlink(FAKE_SOCKET);
 }
 
-TEST(client_no_answer, a_server_that_says_nothing_is_given_up) {
+TEST(ClientNoAnswer, AServerThatSaysNothingIsGivenUp) {
     const fake_server server(FAKE_SOCKET,
                              [](int fd, const std::string &) { client_goes(fd, 20'000); });
     EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
@@ -133,7 +133,7 @@ TEST(client_no_answer, a_server_that_says_nothing_is_given_up) {
     EXPECT_EQ(impatient({"signature", "load", "/tmp/a"}), TIMED_OUT);
 }
 
-TEST(client_no_answer, a_server_that_stops_in_the_middle_is_given_up) {
+TEST(ClientNoAnswer, AServerThatStopsInTheMiddleIsGivenUp) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA, .weekday_minutes = 1}));
         client_goes(fd, 20'000);
@@ -141,7 +141,7 @@ TEST(client_no_answer, a_server_that_stops_in_the_middle_is_given_up) {
     EXPECT_EQ(impatient({"weekday", "show", "3"}), TIMED_OUT);
 }
 
-TEST(client_no_answer, a_server_that_drips_is_given_up) {
+TEST(ClientNoAnswer, AServerThatDripsIsGivenUp) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         while (put(fd, std::string(1, '\0')) && !client_goes(fd, 100)) {
         }
@@ -149,7 +149,7 @@ TEST(client_no_answer, a_server_that_drips_is_given_up) {
     EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
 }
 
-TEST(client_no_answer, a_list_of_nothing_without_end_is_given_up) {
+TEST(ClientNoAnswer, AListOfNothingWithoutEndIsGivenUp) {
     // The one entry of a profile that used nothing, again and again: it takes no memory.
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         while (put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA}))) {
@@ -158,7 +158,7 @@ TEST(client_no_answer, a_list_of_nothing_without_end_is_given_up) {
     EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
 }
 
-TEST(client_no_answer, a_queue_that_stays_full_is_given_up) {
+TEST(ClientNoAnswer, AQueueThatStaysFullIsGivenUp) {
     const int listener = listen_at(FAKE_SOCKET, 1);
     sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
     std::copy(std::begin(FAKE_SOCKET), std::end(FAKE_SOCKET), address.sun_path);

@@ -4,7 +4,7 @@
 
 namespace {
 
-using client_people = client_test;
+using ClientPeople = client_test;
 
 appctl_end no_number(const std::string &text) {
     return fails(2, "\"" + text + "\" is not a profile's number: give a whole number, such as 3");
@@ -17,14 +17,14 @@ appctl_end no_mac(const std::string &text) {
 
 } // namespace
 
-TEST_F(client_people, a_profile_comes_and_goes) {
+TEST_F(ClientPeople, AProfileComesAndGoes) {
     EXPECT_EQ(ctl({"profile", "add", "3"}), done());
     EXPECT_EQ(ctl({"limit", "show", "3"}), done("limit    1440 (24h)\nenabled  no\n"));
     EXPECT_EQ(ctl({"profile", "del", "3"}), done());
     EXPECT_EQ(ctl({"limit", "show", "3"}), fails(1, NO_PROFILE));
 }
 
-TEST_F(client_people, a_profile_has_any_number_of_32_bits) {
+TEST_F(ClientPeople, AProfileHasAnyNumberOf32Bits) {
     for (const char *id : {"0", "+7", "2147483647"})
         EXPECT_EQ(ctl({"profile", "add", id}), done());
     EXPECT_EQ(ctl({"profile", "add", "--", "-2147483648"}), done());
@@ -37,7 +37,7 @@ TEST_F(client_people, a_profile_has_any_number_of_32_bits) {
     EXPECT_EQ(log_lines(), expected);
 }
 
-TEST_F(client_people, what_is_no_number_is_not_asked_for) {
+TEST_F(ClientPeople, WhatIsNoNumberIsNotAskedFor) {
     for (const char *text : {"mia", "", "3 ", " 3", "0x3", "2147483648", "1e3", "3.0"})
         EXPECT_EQ(ctl({"profile", "add", text}), no_number(text));
     EXPECT_EQ(ctl({"profile", "del", "--", "-2147483649"}), no_number("-2147483649"));
@@ -46,7 +46,7 @@ TEST_F(client_people, what_is_no_number_is_not_asked_for) {
     EXPECT_THAT(log_lines(), testing::IsEmpty());
 }
 
-TEST_F(client_people, a_device_may_be_written_in_any_usual_way) {
+TEST_F(ClientPeople, ADeviceMayBeWrittenInAnyUsualWay) {
     must({"profile", "add", "3"});
     EXPECT_EQ(ctl({"device", "add", "3", "02:00:00:00:00:1a", "02-00-00-00-00-1B",
                    "02.00.00.00.00.1c", "0200.0000.001d", "020000-00001E", "02000000001F"}),
@@ -59,7 +59,7 @@ TEST_F(client_people, a_device_may_be_written_in_any_usual_way) {
     EXPECT_EQ(sim_read_file(LOG_PATH), expected);
 }
 
-TEST_F(client_people, one_bad_address_keeps_all_from_being_sent) {
+TEST_F(ClientPeople, OneBadAddressKeepsAllFromBeingSent) {
     must({"profile", "add", "3"});
     for (const char *bad : {"02:00:00:00:00", "02:00:00:00:00:1a:2b", "02:00-00:00:00:1a", "",
                             "02:00:00:00:00:1g", "2:0:0:0:0:1a", "tablet"})
@@ -67,13 +67,13 @@ TEST_F(client_people, one_bad_address_keeps_all_from_being_sent) {
     EXPECT_EQ(log_lines().size(), 2u) << "the profile's alone";
 }
 
-TEST_F(client_people, an_address_does_not_go_on_in_the_next_operand) {
+TEST_F(ClientPeople, AnAddressDoesNotGoOnInTheNextOperand) {
     must({"profile", "add", "3"});
     EXPECT_EQ(ctl({"device", "add", "3", "02", "fe", "80", "7f", "00", "1a"}), no_mac("02"));
     EXPECT_EQ(ctl({"device", "add", "3", "02fe80", "7f001a"}), no_mac("02fe80"));
 }
 
-TEST_F(client_people, a_device_that_leaves_is_released) {
+TEST_F(ClientPeople, ADeviceThatLeavesIsReleased) {
     add_mia();
     must({"activate", "on"});
     unlink("/tmp/router/journal");
@@ -83,7 +83,7 @@ TEST_F(client_people, a_device_that_leaves_is_released) {
     EXPECT_THAT(journal(), testing::ElementsAre("lcsh apg acl reset 02:00:00:00:00:0A"));
 }
 
-TEST_F(client_people, a_device_of_a_blocked_profile_is_let_go_by_the_helper) {
+TEST_F(ClientPeople, ADeviceOfABlockedProfileIsLetGoByTheHelper) {
     add_mia();
     must({"limit", "set", "3", "10"});
     must({"limit", "enable", "3"});
@@ -97,7 +97,7 @@ TEST_F(client_people, a_device_of_a_blocked_profile_is_let_go_by_the_helper) {
                                                 "profile_daily_limit.sh -C 3"));
 }
 
-TEST_F(client_people, devices_need_a_profile) {
+TEST_F(ClientPeople, DevicesNeedAProfile) {
     EXPECT_EQ(ctl({"device", "add", "9", "02:00:00:00:00:0A", "02:00:00:00:00:0B"}),
               fails(1, NO_PROFILE));
     EXPECT_EQ(ctl({"device", "del", "9", "02:00:00:00:00:0A"}), fails(1, NO_PROFILE));

@@ -4,7 +4,7 @@
 
 namespace {
 
-class client_policies : public client_test {
+class ClientPolicies : public client_test {
 protected:
     void SetUp() override {
         client_test::SetUp();
@@ -32,7 +32,7 @@ constexpr char BOUND_ALREADY[] =
 
 } // namespace
 
-TEST_F(client_policies, a_policy_is_created_once) {
+TEST_F(ClientPolicies, APolicyIsCreatedOnce) {
     EXPECT_EQ(ctl({"policy", "create", "7"}), done());
     const appctl_end refused =
         fails(1, "the daemon refused: the policy exists already, or its number is less than 1");
@@ -42,7 +42,7 @@ TEST_F(client_policies, a_policy_is_created_once) {
               fails(2, "\"seven\" is not a policy's number: give a whole number, such as 3"));
 }
 
-TEST_F(client_policies, rules_reach_the_router) {
+TEST_F(ClientPolicies, RulesReachTheRouter) {
     bind();
 
     EXPECT_EQ(ctl({"policy", "rule", "7", "305=block", "306=0"}), done());
@@ -60,7 +60,7 @@ Add apps to policy 7 success
                                                 "lcsh apg acl del 02:00:00:00:00:0A 305 0"));
 }
 
-TEST_F(client_policies, applications_go_by_name_whatever_the_case) {
+TEST_F(ClientPolicies, ApplicationsGoByNameWhateverTheCase) {
     must({"policy", "create", "7"});
     unlink(LOG_PATH);
 
@@ -74,7 +74,7 @@ Add apps to policy 7 success
 )");
 }
 
-TEST_F(client_policies, an_unknown_name_is_not_sent) {
+TEST_F(ClientPolicies, AnUnknownNameIsNotSent) {
     must({"policy", "create", "7"});
     EXPECT_EQ(ctl({"policy", "rule", "7", "305=5", "musik=block", "--names", "/tmp/apps"}),
               fails(2, "\"musik\": unknown application; give its number, or name it in a "
@@ -82,7 +82,7 @@ TEST_F(client_policies, an_unknown_name_is_not_sent) {
     EXPECT_EQ(log_count("[socket] Receive cmd type=43"), 0u);
 }
 
-TEST_F(client_policies, what_is_no_rule_is_not_sent) {
+TEST_F(ClientPolicies, WhatIsNoRuleIsNotSent) {
     const std::string long_name(64, 'x');
     for (const std::string &text :
          {std::string("305"), std::string("=block"), std::string("305="), std::string("305=65536"),
@@ -91,14 +91,14 @@ TEST_F(client_policies, what_is_no_rule_is_not_sent) {
     EXPECT_THAT(log_lines(), testing::IsEmpty());
 }
 
-TEST_F(client_policies, the_largest_limit_arrives) {
+TEST_F(ClientPolicies, TheLargestLimitArrives) {
     must({"policy", "create", "7"});
     EXPECT_EQ(ctl({"policy", "rule", "7", "305=65535", "2147483647=1092h15m"}), done());
     EXPECT_EQ(log_count("Policy 7 add app 305 action 1 limit 65535 success"), 1u);
     EXPECT_EQ(log_count("Policy 7 add app 2147483647 action 1 limit 65535 success"), 1u);
 }
 
-TEST_F(client_policies, more_than_ten_rules_go_in_several_requests_in_their_order) {
+TEST_F(ClientPolicies, MoreThanTenRulesGoInSeveralRequestsInTheirOrder) {
     must({"policy", "create", "7"});
     unlink(LOG_PATH);
     std::vector<std::string> words = {"policy", "rule", "7"};
@@ -118,7 +118,7 @@ TEST_F(client_policies, more_than_ten_rules_go_in_several_requests_in_their_orde
     EXPECT_EQ(log_lines(), expected);
 }
 
-TEST_F(client_policies, a_refusal_ends_the_requests) {
+TEST_F(ClientPolicies, ARefusalEndsTheRequests) {
     std::vector<std::string> words = {"policy", "rule", "8"};
     for (int app = 1; app <= 11; ++app)
         words.push_back(std::to_string(app) + "=block");
@@ -129,7 +129,7 @@ TEST_F(client_policies, a_refusal_ends_the_requests) {
     EXPECT_EQ(log_count("[socket] Receive cmd type=43"), 1u);
 }
 
-TEST_F(client_policies, a_policy_is_bound_once_and_for_good) {
+TEST_F(ClientPolicies, APolicyIsBoundOnceAndForGood) {
     add_mia();
     must({"policy", "create", "7"});
     EXPECT_EQ(ctl({"policy", "bind", "3", "8"}), fails(1, BOUND_ALREADY));
@@ -138,7 +138,7 @@ TEST_F(client_policies, a_policy_is_bound_once_and_for_good) {
     EXPECT_EQ(ctl({"policy", "bind", "3", "7"}), fails(1, BOUND_ALREADY));
 }
 
-TEST_F(client_policies, clearing_a_policy_lets_its_applications_go) {
+TEST_F(ClientPolicies, ClearingAPolicyLetsItsApplicationsGo) {
     bind();
     must({"policy", "rule", "7", "305=block", "306=block"});
     unlink("/tmp/router/journal");

@@ -38,7 +38,7 @@ utm_app_config_cmd plain(const sim_request &request) {
 
 } // namespace
 
-TEST(client_requests, of_the_daemon) {
+TEST(ClientRequests, OfTheDaemon) {
     expect_sent({"ping"}, {plain({.type = UTM_APP_CONFIG_PING})});
     expect_sent({"status"}, {plain({.type = UTM_APP_CONFIG_GET_STATUS})});
     expect_sent({"activate", "on"}, {plain({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1})});
@@ -49,7 +49,7 @@ TEST(client_requests, of_the_daemon) {
                 {plain({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 120})});
 }
 
-TEST(client_requests, of_people_and_devices) {
+TEST(ClientRequests, OfPeopleAndDevices) {
     const sim_mac mac = {0x02, 0xfe, 0x80, 0x7f, 0x00, 0x1a};
     const sim_mac other = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
     expect_sent({"profile", "add", "3"},
@@ -63,7 +63,7 @@ TEST(client_requests, of_people_and_devices) {
                 {sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 3, mac)});
 }
 
-TEST(client_requests, of_limits) {
+TEST(ClientRequests, OfLimits) {
     expect_sent({"limit", "show", "3"},
                 {plain({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}),
                  plain({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, .arg0 = 3})});
@@ -86,7 +86,7 @@ TEST(client_requests, of_limits) {
                 {plain({.type = UTM_APP_CONFIG_RESET_EXTEND, .arg0 = 3})});
 }
 
-TEST(client_requests, of_usage) {
+TEST(ClientRequests, OfUsage) {
     const uint8_t apps = UTM_APP_CONFIG_GET_APP_USAGE;
     const uint8_t history = UTM_APP_CONFIG_GET_PREV_DAY_USAGE;
     expect_sent({"usage", "3"}, {plain({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 3}),
@@ -102,7 +102,7 @@ TEST(client_requests, of_usage) {
                 {plain({.type = history, .arg0 = 3, .arg1 = 1})});
 }
 
-TEST(client_requests, of_policies) {
+TEST(ClientRequests, OfPolicies) {
     expect_sent({"policy", "create", "7"},
                 {plain({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 7})});
     expect_sent({"policy", "bind", "3", "7"},
@@ -113,7 +113,7 @@ TEST(client_requests, of_policies) {
                 {sim_rules_command(7, {{305, 1, 65}, {306, 2, 0}, {307, 0, 0}, {308, 1, 65535}})});
 }
 
-TEST(client_requests, of_more_rules_than_one_has_room_for) {
+TEST(ClientRequests, OfMoreRulesThanOneHasRoomFor) {
     word_list words = {"policy", "rule", "7"};
     std::vector<utm_app_config_app_entry> rules;
     for (uint32_t app = 1; app <= 20; ++app) {
@@ -124,7 +124,7 @@ TEST(client_requests, of_more_rules_than_one_has_room_for) {
                         sim_rules_command(7, {rules.begin() + 10, rules.end()})});
 }
 
-TEST(client_requests, of_files) {
+TEST(ClientRequests, OfFiles) {
     const std::string longest = "/" + std::string(126, 'a');
     expect_sent({"signature", "load", "/tmp/a"},
                 {sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/a")});

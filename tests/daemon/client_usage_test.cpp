@@ -7,7 +7,7 @@
 
 namespace {
 
-class client_usage : public client_test {
+class ClientUsage : public client_test {
 protected:
     void SetUp() override {
         client_test::SetUp();
@@ -28,7 +28,7 @@ protected:
 
 } // namespace
 
-TEST_F(client_usage, a_profile_without_a_limit_has_no_time_left_to_show) {
+TEST_F(ClientUsage, AProfileWithoutALimitHasNoTimeLeftToShow) {
     EXPECT_EQ(ctl({"usage", "3"}), done("today               0   0m\n"
                                         "this week           0   0m\n"
                                         "this month          0   0m\n"
@@ -36,7 +36,7 @@ TEST_F(client_usage, a_profile_without_a_limit_has_no_time_left_to_show) {
                                         "extend              0   0m\n"));
 }
 
-TEST_F(client_usage, days_add_up_to_weeks_and_months) {
+TEST_F(ClientUsage, DaysAddUpToWeeksAndMonths) {
     use_two_days();
     must({"limit", "enable", "3"});
 
@@ -48,7 +48,7 @@ TEST_F(client_usage, days_add_up_to_weeks_and_months) {
                                         "left         55    55m\n"));
 }
 
-TEST_F(client_usage, sums_are_a_document) {
+TEST_F(ClientUsage, SumsAreADocument) {
     use_two_days();
 
     const appctl_end end = ctl({"usage", "3", "--json"});
@@ -59,7 +59,7 @@ TEST_F(client_usage, sums_are_a_document) {
     EXPECT_TRUE(is_document(end.out));
 }
 
-TEST_F(client_usage, nothing_is_left_beyond_the_limit) {
+TEST_F(ClientUsage, NothingIsLeftBeyondTheLimit) {
     must({"limit", "set", "3", "10"});
     must({"limit", "enable", "3"});
     use(25, {});
@@ -72,7 +72,7 @@ TEST_F(client_usage, nothing_is_left_beyond_the_limit) {
                                         "left         0   0m\n"));
 }
 
-TEST_F(client_usage, applications_go_by_number_where_they_have_no_name) {
+TEST_F(ClientUsage, ApplicationsGoByNumberWhereTheyHaveNoName) {
     use_two_days();
 
     EXPECT_EQ(ctl({"usage", "3", "--apps"}), done("APPLICATION  MINUTES   TIME\n"
@@ -81,7 +81,7 @@ TEST_F(client_usage, applications_go_by_number_where_they_have_no_name) {
                                                   "total             80  1h20m\n"));
 }
 
-TEST_F(client_usage, names_are_cleaned_and_aligned) {
+TEST_F(ClientUsage, NamesAreCleanedAndAligned) {
     use_two_days();
 
     EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--names", "/tmp/apps"}),
@@ -91,7 +91,7 @@ TEST_F(client_usage, names_are_cleaned_and_aligned) {
                    "total            135  2h15m\n"));
 }
 
-TEST_F(client_usage, every_period_has_its_applications) {
+TEST_F(ClientUsage, EveryPeriodHasItsApplications) {
     use_two_days();
     const std::string week = "APPLICATION  MINUTES   TIME\n"
                              "306              120     2h\n"
@@ -108,7 +108,7 @@ TEST_F(client_usage, every_period_has_its_applications) {
         EXPECT_EQ(ctl({"usage", "3", quiet}), done(nothing)) << quiet;
 }
 
-TEST_F(client_usage, applications_are_a_document) {
+TEST_F(ClientUsage, ApplicationsAreADocument) {
     use_two_days();
 
     const appctl_end end = ctl({"usage", "3", "--day", "1", "-j", "-n", "/tmp/apps"});
@@ -125,21 +125,21 @@ TEST_F(client_usage, applications_are_a_document) {
                    "\n"));
 }
 
-TEST_F(client_usage, who_used_nothing_has_no_applications) {
+TEST_F(ClientUsage, WhoUsedNothingHasNoApplications) {
     EXPECT_EQ(ctl({"usage", "3", "--apps"}), done("APPLICATION  MINUTES  TIME\n"
                                                   "total              0    0m\n"));
     EXPECT_EQ(ctl({"usage", "3", "--month", "--json"}),
               done("{\"profile\":3,\"unit\":\"month\",\"ago\":0,\"applications\":[]}\n"));
 }
 
-TEST_F(client_usage, a_profile_that_does_not_exist_is_told_once) {
+TEST_F(ClientUsage, AProfileThatDoesNotExistIsToldOnce) {
     for (const char *option :
          {"-j", "--apps", "--day=1", "--week=1", "--month", "--history", "--history=weeks"})
         EXPECT_EQ(ctl({"usage", "9", option}), fails(1, NO_PROFILE)) << option;
     EXPECT_EQ(ctl({"usage", "9"}), fails(1, NO_PROFILE));
 }
 
-TEST_F(client_usage, periods_exclude_each_other) {
+TEST_F(ClientUsage, PeriodsExcludeEachOther) {
     const char *const several = "--day, --week and --month cannot be combined: give one of them";
     EXPECT_EQ(ctl({"usage", "3", "--day", "1", "--month"}), fails(2, several));
     EXPECT_EQ(ctl({"usage", "3", "--week", "1", "--month"}), fails(2, several));
@@ -150,7 +150,7 @@ TEST_F(client_usage, periods_exclude_each_other) {
                                " and --history cannot be combined: give one of them"));
 }
 
-TEST_F(client_usage, periods_beyond_what_is_kept_are_not_asked_for) {
+TEST_F(ClientUsage, PeriodsBeyondWhatIsKeptAreNotAskedFor) {
     for (const char *days : {"31", "-1", "one", ""})
         EXPECT_EQ(ctl({"usage", "3", "--day", days}),
                   fails(2, "\"" + std::string(days) +
@@ -160,7 +160,7 @@ TEST_F(client_usage, periods_beyond_what_is_kept_are_not_asked_for) {
     EXPECT_EQ(log_count("[socket] Receive cmd type=36"), 0u);
 }
 
-TEST_F(client_usage, a_file_of_names_must_be_readable) {
+TEST_F(ClientUsage, AFileOfNamesMustBeReadable) {
     EXPECT_EQ(ctl({"usage", "3", "--apps", "-n", "/tmp/none"}),
               fails(2, "cannot read the applications' names from /tmp/none: No such file or "
                        "directory"));
@@ -168,7 +168,7 @@ TEST_F(client_usage, a_file_of_names_must_be_readable) {
               fails(2, "cannot read the applications' names from /tmp: it is not a regular file"));
 }
 
-TEST_F(client_usage, a_pipe_of_names_is_not_waited_for) {
+TEST_F(ClientUsage, APipeOfNamesIsNotWaitedFor) {
     ASSERT_EQ(mkfifo("/tmp/names", 0600), 0);
     EXPECT_EQ(
         ctl({"usage", "3", "--apps", "-n", "/tmp/names"}),
@@ -176,12 +176,12 @@ TEST_F(client_usage, a_pipe_of_names_is_not_waited_for) {
     unlink("/tmp/names");
 }
 
-TEST_F(client_usage, a_refusal_stays_one_where_nobody_listens_to_messages) {
+TEST_F(ClientUsage, ARefusalStaysOneWhereNobodyListensToMessages) {
     const appctl_end end = ctl({"usage", "4"}, {.in_child = [] { close(STDERR_FILENO); }});
     EXPECT_EQ(end, appctl_end{.status = 1});
 }
 
-TEST_F(client_usage, a_line_without_a_name_is_told_and_left_out) {
+TEST_F(ClientUsage, ALineWithoutANameIsToldAndLeftOut) {
     ASSERT_TRUE(sim_write_file("/tmp/apps", "305 video\n306\n"));
     use(10, {{305, 10}});
 

@@ -144,14 +144,14 @@ Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,
 
 } // namespace
 
-TEST(client_wrong_use, the_version_is_the_projects) {
+TEST(ClientWrongUse, TheVersionIsTheProjects) {
     const appctl_end version = done("utm_appctl " UTM_APPCTL_VERSION "\n");
     EXPECT_EQ(appctl({"--version"}), version);
     EXPECT_EQ(appctl({"-V"}), version);
     EXPECT_EQ(appctl({"limit", "set", "--version"}), version);
 }
 
-TEST(client_wrong_use, help_of_everything_names_every_verb_and_option) {
+TEST(ClientWrongUse, HelpOfEverythingNamesEveryVerbAndOption) {
     EXPECT_EQ(appctl({"--help"}), done(WHOLE_HELP));
     EXPECT_EQ(appctl({"-h"}), done(WHOLE_HELP));
     EXPECT_EQ(appctl({"-s", NOBODY, "-h"}), done(WHOLE_HELP));
@@ -160,7 +160,7 @@ TEST(client_wrong_use, help_of_everything_names_every_verb_and_option) {
             << name_of(verb);
 }
 
-TEST(client_wrong_use, help_fits_into_80_columns) {
+TEST(ClientWrongUse, HelpFitsInto80Columns) {
     std::string texts = appctl({"--help"}).out;
     for (const ctl_verb &verb : ctl_verbs())
         texts += wrong(verb, "").err;
@@ -168,7 +168,7 @@ TEST(client_wrong_use, help_fits_into_80_columns) {
         EXPECT_LE(line.size(), 80u) << line;
 }
 
-TEST(client_wrong_use, help_of_a_noun_names_its_verbs) {
+TEST(ClientWrongUse, HelpOfANounNamesItsVerbs) {
     EXPECT_EQ(appctl({"limit", "--help"}), done(R"(Usage: utm_appctl limit ...
 
   limit show ID                   show today's limit and whether it is enabled
@@ -178,7 +178,7 @@ TEST(client_wrong_use, help_of_a_noun_names_its_verbs) {
 )"));
 }
 
-TEST(client_wrong_use, help_of_a_verb_names_its_options) {
+TEST(ClientWrongUse, HelpOfAVerbNamesItsOptions) {
     EXPECT_EQ(appctl({"--help", "limit", "show", "whatever"}),
               done(std::string(R"(Usage: utm_appctl limit show ID [OPTIONS]
 
@@ -189,7 +189,7 @@ Options:
 )") + COMMON_OPTIONS));
 }
 
-TEST(client_wrong_use, help_of_a_verb_without_operands_ends_with_its_name) {
+TEST(ClientWrongUse, HelpOfAVerbWithoutOperandsEndsWithItsName) {
     EXPECT_EQ(appctl({"ping", "-h"}), done(std::string(R"(Usage: utm_appctl ping
 
   ask whether the daemon answers
@@ -198,7 +198,7 @@ Options:
 )") + COMMON_OPTIONS));
 }
 
-TEST(client_wrong_use, every_verb_has_help_without_a_daemon) {
+TEST(ClientWrongUse, EveryVerbHasHelpWithoutADaemon) {
     for (const ctl_verb &verb : ctl_verbs()) {
         word_list words = words_of(verb);
         words.insert(words.end(), {"--help", "-s", NOBODY});
@@ -209,7 +209,7 @@ TEST(client_wrong_use, every_verb_has_help_without_a_daemon) {
     }
 }
 
-TEST(client_wrong_use, every_verb_counts_its_operands) {
+TEST(ClientWrongUse, EveryVerbCountsItsOperands) {
     for (const ctl_verb &verb : ctl_verbs()) {
         const ctl_bounds bounds = ctl_bounds_of(verb.synopsis);
         if (bounds.least > 0) {
@@ -223,7 +223,7 @@ TEST(client_wrong_use, every_verb_counts_its_operands) {
     }
 }
 
-TEST(client_wrong_use, an_option_goes_with_the_verbs_that_take_it) {
+TEST(ClientWrongUse, AnOptionGoesWithTheVerbsThatTakeIt) {
     for (const ctl_verb &verb : ctl_verbs())
         for (const auto &[option, option_words] : OPTIONS) {
             if ((verb.options & option) != 0)
@@ -235,18 +235,18 @@ TEST(client_wrong_use, an_option_goes_with_the_verbs_that_take_it) {
         }
 }
 
-TEST(client_wrong_use, no_words_are_no_request) {
+TEST(ClientWrongUse, NoWordsAreNoRequest) {
     EXPECT_EQ(appctl({}), (appctl_end{.status = 2, .err = appctl({"--help"}).out}));
     EXPECT_EQ(appctl({"-t", "3"}), appctl({}));
 }
 
-TEST(client_wrong_use, an_unknown_verb_leads_to_help) {
+TEST(ClientWrongUse, AnUnknownVerbLeadsToHelp) {
     EXPECT_EQ(appctl({"pong"}), fails(2, "\"pong\": unknown command; see utm_appctl --help"));
     EXPECT_EQ(appctl({"pong", "--help"}), appctl({"pong"}));
     EXPECT_EQ(appctl({""}), fails(2, "\"\": unknown command; see utm_appctl --help"));
 }
 
-TEST(client_wrong_use, a_noun_needs_one_of_its_words) {
+TEST(ClientWrongUse, ANounNeedsOneOfItsWords) {
     const std::string help = appctl({"limit", "--help"}).out;
     const appctl_end none = {.status = 2,
                              .err = "utm_appctl: \"limit\" needs a second word\n" + help};
@@ -257,14 +257,14 @@ TEST(client_wrong_use, a_noun_needs_one_of_its_words) {
     EXPECT_EQ(appctl({"limit", "raise", "--help"}), unknown);
 }
 
-TEST(client_wrong_use, help_may_be_asked_for_as_a_word) {
+TEST(ClientWrongUse, HelpMayBeAskedForAsAWord) {
     EXPECT_EQ(appctl({"help"}), appctl({"--help"}));
     EXPECT_EQ(appctl({"help", "limit"}), appctl({"limit", "--help"}));
     EXPECT_EQ(appctl({"help", "limit", "set"}), appctl({"limit", "set", "--help"}));
     EXPECT_EQ(appctl({"help", "pong"}), appctl({"pong"}));
 }
 
-TEST(client_wrong_use, an_unknown_option_is_named) {
+TEST(ClientWrongUse, AnUnknownOptionIsNamed) {
     for (const char *option : {"--jsonn", "-x", "-jx"})
         EXPECT_EQ(
             appctl({"status", option}),
@@ -277,7 +277,7 @@ TEST(client_wrong_use, an_unknown_option_is_named) {
               fails(2, "\"--json=yes\": this option takes no value"));
 }
 
-TEST(client_wrong_use, a_timeout_is_a_second_to_an_hour) {
+TEST(ClientWrongUse, ATimeoutIsASecondToAnHour) {
     for (const char *seconds : {"0", "-1", "3601", "1.5", "", "soon", "99999999999"})
         EXPECT_EQ(
             appctl({"ping", "-t", seconds}),
@@ -285,7 +285,7 @@ TEST(client_wrong_use, a_timeout_is_a_second_to_an_hour) {
                          "\" is not valid for --timeout: give a whole number from 1 to 3600"));
 }
 
-TEST(client_wrong_use, output_that_cannot_be_written_is_not_done) {
+TEST(ClientWrongUse, OutputThatCannotBeWrittenIsNotDone) {
     const appctl_end full = fails(4, "the output could not be written (No space left on device)");
     for (const word_list &words :
          {word_list{"--help"}, word_list{"--version"}, word_list{"limit", "--help"}})

@@ -9,7 +9,7 @@ namespace {
 const sim_mac TABLET = sim_parse_mac("02:00:00:00:00:0A");
 const sim_mac PHONE = sim_parse_mac("02:00:00:00:00:0B");
 
-class daemon_commands : public daemon_test {
+class DaemonCommands : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -237,7 +237,7 @@ text_lines tour_journal() {
 
 } // namespace
 
-TEST_F(daemon_commands, a_tour_through_all_of_them_is_logged_and_carried_out_to_the_letter) {
+TEST_F(DaemonCommands, ATourThroughAllOfThemIsLoggedAndCarriedOutToTheLetter) {
     prescribe("reply", R"({"data":[{"type":"APP","app_id":305,"total_time_usage":10},
                                    {"type":"INTERNET","app_id":0,"total_time_usage":10}]})");
     visit_profiles();

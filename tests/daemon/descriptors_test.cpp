@@ -48,7 +48,7 @@ std::vector<std::vector<int>> inherited_by(const std::string &program) {
     return starts;
 }
 
-class daemon_descriptors : public daemon_test {
+class DaemonOpenDescriptors : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -73,7 +73,7 @@ protected:
 
 } // namespace
 
-TEST_F(daemon_descriptors, a_descriptor_that_is_inherited_would_be_seen) {
+TEST_F(DaemonOpenDescriptors, ADescriptorThatIsInheritedWouldBeSeen) {
     const std::string command = std::string("exec 9</dev/null; UTM_SIM_DIR=") + ROUTER_DIR + " " +
                                 RECORDERS + "/lcsh apg on";
 
@@ -82,7 +82,7 @@ TEST_F(daemon_descriptors, a_descriptor_that_is_inherited_would_be_seen) {
     EXPECT_THAT(inherited_by("lcsh"), ElementsAre(ElementsAre(0, 1, 2, 9)));
 }
 
-TEST_F(daemon_descriptors, commands_inherit_the_standard_streams_only) {
+TEST_F(DaemonOpenDescriptors, CommandsInheritTheStandardStreamsOnly) {
     start();
     const int idle = sim_connect();
     ASSERT_TRUE(wait_for_descriptors(5));
@@ -98,7 +98,7 @@ TEST_F(daemon_descriptors, commands_inherit_the_standard_streams_only) {
     close(idle);
 }
 
-TEST_F(daemon_descriptors, commands_do_not_inherit_what_the_daemon_s_starter_left_open) {
+TEST_F(DaemonOpenDescriptors, CommandsDoNotInheritWhatTheDaemonSStarterLeftOpen) {
     options.in_child = [] {
         dup2(0, 9);
         dup2(0, 200);
@@ -110,7 +110,7 @@ TEST_F(daemon_descriptors, commands_do_not_inherit_what_the_daemon_s_starter_lef
     EXPECT_THAT(inherited_by("ubus"), ElementsAre(ElementsAre(0, 1, 2)));
 }
 
-TEST_F(daemon_descriptors, the_script_of_a_leaving_device_inherits_the_standard_streams_only) {
+TEST_F(DaemonOpenDescriptors, TheScriptOfALeavingDeviceInheritsTheStandardStreamsOnly) {
     start();
     const int idle = sim_connect();
     set_up_a_profile();
@@ -126,8 +126,7 @@ TEST_F(daemon_descriptors, the_script_of_a_leaving_device_inherits_the_standard_
     close(idle);
 }
 
-TEST_F(daemon_descriptors,
-       a_query_and_a_signature_that_run_together_inherit_nothing_of_each_other) {
+TEST_F(DaemonOpenDescriptors, AQueryAndASignatureThatRunTogetherInheritNothingOfEachOther) {
     start();
     const int idle = sim_connect();
     shut_gate("ubus");
@@ -146,7 +145,7 @@ TEST_F(daemon_descriptors,
     close(idle);
 }
 
-TEST_F(daemon_descriptors, the_log_s_commands_inherit_nothing_of_a_query_that_runs) {
+TEST_F(DaemonOpenDescriptors, TheLogSCommandsInheritNothingOfAQueryThatRuns) {
     start();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
     shut_gate("ubus");
@@ -159,8 +158,7 @@ TEST_F(daemon_descriptors, the_log_s_commands_inherit_nothing_of_a_query_that_ru
     EXPECT_THAT(inherited_by("mkdir"), ElementsAre(ElementsAre(0, 1, 2)));
 }
 
-TEST_F(daemon_descriptors,
-       a_tick_beside_a_signature_that_loads_inherits_the_standard_streams_only) {
+TEST_F(DaemonOpenDescriptors, ATickBesideASignatureThatLoadsInheritsTheStandardStreamsOnly) {
     start();
     set_up_a_profile();
     prescribe("reply.profile", usage_reply({{300, 5}}));
@@ -180,7 +178,7 @@ TEST_F(daemon_descriptors,
     close(idle);
 }
 
-TEST_F(daemon_descriptors, a_client_sees_its_connection_close_while_a_query_runs) {
+TEST_F(DaemonOpenDescriptors, AClientSeesItsConnectionCloseWhileAQueryRuns) {
     start();
     const int before = sim_connect();
     ASSERT_TRUE(wait_for_descriptors(5));
@@ -197,7 +195,7 @@ TEST_F(daemon_descriptors, a_client_sees_its_connection_close_while_a_query_runs
     close(before);
 }
 
-TEST_F(daemon_descriptors, the_daemon_sees_a_client_close_while_a_query_runs) {
+TEST_F(DaemonOpenDescriptors, TheDaemonSeesAClientCloseWhileAQueryRuns) {
     start();
     const int idle = sim_connect();
     ASSERT_TRUE(wait_for_descriptors(5));
@@ -212,7 +210,7 @@ TEST_F(daemon_descriptors, the_daemon_sees_a_client_close_while_a_query_runs) {
     EXPECT_FALSE(children_of(daemon.pid).empty()) << "the query is over";
 }
 
-TEST_F(daemon_descriptors, ticks_and_commands_leave_no_descriptor_behind) {
+TEST_F(DaemonOpenDescriptors, TicksAndCommandsLeaveNoDescriptorBehind) {
     start();
     set_up_a_profile();
     for (int i = 0; i < 20; ++i) {

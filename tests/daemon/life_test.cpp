@@ -21,7 +21,7 @@ namespace {
 const sim_mac FIRST_DEVICE = sim_parse_mac("02:00:00:00:00:01");
 const sim_mac SECOND_DEVICE = sim_parse_mac("02:00:00:00:00:02");
 
-class daemon_life : public daemon_test {
+class DaemonLife : public daemon_test {
 protected:
     /// Two profiles that have something to be released when the daemon stops: profile 1 with two
     /// devices is blocked, profile 2 has none.
@@ -41,7 +41,7 @@ protected:
 
 } // namespace
 
-TEST_F(daemon_life, it_detaches_and_its_starter_ends_with_status_0) {
+TEST_F(DaemonLife, ItDetachesAndItsStarterEndsWithStatus0) {
     start();
 
     EXPECT_EQ(daemon.starter_status, 0);
@@ -54,7 +54,7 @@ TEST_F(daemon_life, it_detaches_and_its_starter_ends_with_status_0) {
     EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3)) << "3 is the socket";
 }
 
-TEST_F(daemon_life, it_starts_with_its_standard_streams_closed_too) {
+TEST_F(DaemonLife, ItStartsWithItsStandardStreamsClosedToo) {
     options.in_child = [] {
         for (int fd = 0; fd <= 2; ++fd)
             close(fd);
@@ -68,14 +68,14 @@ TEST_F(daemon_life, it_starts_with_its_standard_streams_closed_too) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_life, it_starts_in_silence) {
+TEST_F(DaemonLife, ItStartsInSilence) {
     start();
 
     EXPECT_FALSE(std::filesystem::exists("/tmp/utm_log"));
     EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData"));
 }
 
-TEST_F(daemon_life, a_socket_path_that_is_a_directory_ends_it_with_status_1) {
+TEST_F(DaemonLife, ASocketPathThatIsADirectoryEndsItWithStatus1) {
     ASSERT_EQ(mkdir(UTM_APP_CONFIG_SOCKET_PATH, 0777), 0);
     ASSERT_TRUE(sim_clock_create(&clock, std::string(ROUTER_DIR) + "/clock", NOON));
     options.clock = &clock;
@@ -87,7 +87,7 @@ TEST_F(daemon_life, a_socket_path_that_is_a_directory_ends_it_with_status_1) {
     EXPECT_THAT(journal(), IsEmpty());
 }
 
-TEST_F(daemon_life, a_socket_directory_that_cannot_be_written_ends_it_with_status_1) {
+TEST_F(DaemonLife, ASocketDirectoryThatCannotBeWrittenEndsItWithStatus1) {
     // Nothing else keeps root from writing.
     UTM_NEEDS("mount-namespaces", !sim_is_redirected());
     ASSERT_EQ(mount(nullptr, "/dev", nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
@@ -99,7 +99,7 @@ TEST_F(daemon_life, a_socket_directory_that_cannot_be_written_ends_it_with_statu
     EXPECT_EQ(mount(nullptr, "/dev", nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
 }
 
-TEST_F(daemon_life, the_first_tick_comes_at_once_and_the_others_every_sixty_seconds) {
+TEST_F(DaemonLife, TheFirstTickComesAtOnceAndTheOthersEverySixtySeconds) {
     start();
     EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON)));
 
@@ -112,7 +112,7 @@ TEST_F(daemon_life, the_first_tick_comes_at_once_and_the_others_every_sixty_seco
                                        router_query(NOON + 60, NOON + 120)));
 }
 
-TEST_F(daemon_life, a_tick_queries_the_profiles_in_order_and_then_the_router) {
+TEST_F(DaemonLife, ATickQueriesTheProfilesInOrderAndThenTheRouter) {
     start();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 5}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 4}), 0);
@@ -129,7 +129,7 @@ TEST_F(daemon_life, a_tick_queries_the_profiles_in_order_and_then_the_router) {
                                        router_query(NOON, NOON + 60)));
 }
 
-TEST_F(daemon_life, the_socket_answers_while_a_query_runs) {
+TEST_F(DaemonLife, TheSocketAnswersWhileAQueryRuns) {
     start();
     shut_gate("ubus");
     sim_clock_grant(&clock, 60);
@@ -139,7 +139,7 @@ TEST_F(daemon_life, the_socket_answers_while_a_query_runs) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 7}), 0);
 }
 
-TEST_F(daemon_life, an_interrupt_during_start_up_leads_straight_to_the_end) {
+TEST_F(DaemonLife, AnInterruptDuringStartUpLeadsStraightToTheEnd) {
     UTM_NEEDS("directory-notifications", access("/proc/sys/fs/dir-notify-enable", F_OK) == 0);
     // The kernel interrupts the daemon the moment its socket appears.
     options.in_child = [] {
@@ -158,7 +158,7 @@ TEST_F(daemon_life, an_interrupt_during_start_up_leads_straight_to_the_end) {
     EXPECT_THAT(journal(), IsEmpty()) << "it made a tick";
 }
 
-TEST_F(daemon_life, an_interrupt_during_a_tick_lets_the_tick_finish) {
+TEST_F(DaemonLife, AnInterruptDuringATickLetsTheTickFinish) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
@@ -180,7 +180,7 @@ TEST_F(daemon_life, an_interrupt_during_a_tick_lets_the_tick_finish) {
                             router_query(NOON, NOON + 60), "lcsh apg acl reset 02:00:00:00:00:01"));
 }
 
-TEST_F(daemon_life, the_end_releases_every_device_and_says_so) {
+TEST_F(DaemonLife, TheEndReleasesEveryDeviceAndSaysSo) {
     start_with_log();
     set_up_a_blocked_profile();
     ASSERT_EQ(journal().back(), router_query(NOON, NOON + 60));
@@ -202,7 +202,7 @@ TEST_F(daemon_life, the_end_releases_every_device_and_says_so) {
                           "lcsh apg acl reset 02:00:00:00:00:02", "notify unblock profile 1"}));
 }
 
-TEST_F(daemon_life, the_end_is_logged_with_the_debug_log_off_too) {
+TEST_F(DaemonLife, TheEndIsLoggedWithTheDebugLogOffToo) {
     start();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
 
@@ -213,7 +213,7 @@ TEST_F(daemon_life, the_end_is_logged_with_the_debug_log_off_too) {
     EXPECT_FALSE(std::filesystem::exists(UTM_APP_CONFIG_SOCKET_PATH));
 }
 
-TEST_F(daemon_life, the_end_leaves_the_path_to_whoever_has_taken_it) {
+TEST_F(DaemonLife, TheEndLeavesThePathToWhoeverHasTakenIt) {
     start();
     ASSERT_EQ(rename(UTM_APP_CONFIG_SOCKET_PATH, "/dev/utm_moved"), 0);
     ASSERT_TRUE(sim_write_file(UTM_APP_CONFIG_SOCKET_PATH, "a successor's"));
@@ -224,7 +224,7 @@ TEST_F(daemon_life, the_end_leaves_the_path_to_whoever_has_taken_it) {
     EXPECT_EQ(unlink("/dev/utm_moved"), 0);
 }
 
-TEST_F(daemon_life, a_termination_signal_ends_it_without_the_closing_work) {
+TEST_F(DaemonLife, ATerminationSignalEndsItWithoutTheClosingWork) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
@@ -236,7 +236,7 @@ TEST_F(daemon_life, a_termination_signal_ends_it_without_the_closing_work) {
     EXPECT_THAT(journal(), IsEmpty());
 }
 
-TEST_F(daemon_life, a_second_life_starts_from_nothing) {
+TEST_F(DaemonLife, ASecondLifeStartsFromNothing) {
     start();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     stop();

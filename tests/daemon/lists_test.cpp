@@ -19,7 +19,7 @@ constexpr int PERIOD_TODAY = 0;
 constexpr int BY_DAY = 0;
 constexpr int BY_WEEK = 1;
 
-class daemon_lists : public daemon_test {
+class DaemonLists : public daemon_test {
 protected:
     /// Profile 1 has used applications 1000, 1001, ... for 1, 2, ... minutes.
     void SetUp() override {
@@ -57,7 +57,7 @@ std::vector<int> whole_row(const utm_app_config_reply &reply) {
 
 } // namespace
 
-TEST_F(daemon_lists, the_usage_of_hundreds_of_applications_is_sorted_and_whole) {
+TEST_F(DaemonLists, TheUsageOfHundredsOfApplicationsIsSortedAndWhole) {
     const sim_answer answer =
         sim_ask({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 1, .arg1 = PERIOD_TODAY});
 
@@ -69,7 +69,7 @@ TEST_F(daemon_lists, the_usage_of_hundreds_of_applications_is_sorted_and_whole) 
     }
 }
 
-TEST_F(daemon_lists, the_days_of_hundreds_of_applications_come_newest_first) {
+TEST_F(DaemonLists, TheDaysOfHundredsOfApplicationsComeNewestFirst) {
     sim_clock_jump(&clock, 12 * 60 * 60);
     tick();
 
@@ -84,7 +84,7 @@ TEST_F(daemon_lists, the_days_of_hundreds_of_applications_come_newest_first) {
     }
 }
 
-TEST_F(daemon_lists, the_weeks_of_hundreds_of_applications_come_newest_first) {
+TEST_F(DaemonLists, TheWeeksOfHundredsOfApplicationsComeNewestFirst) {
     const sim_answer answer =
         sim_ask({.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_WEEK});
 
@@ -97,7 +97,7 @@ TEST_F(daemon_lists, the_weeks_of_hundreds_of_applications_come_newest_first) {
     }
 }
 
-TEST_F(daemon_lists, a_slow_reader_gets_everything) {
+TEST_F(DaemonLists, ASlowReaderGetsEverything) {
     const int fd = send_request(LONG_LIST);
     sim_answer answer;
 
@@ -122,7 +122,7 @@ TEST_F(daemon_lists, a_slow_reader_gets_everything) {
     close(fd);
 }
 
-TEST_F(daemon_lists, a_reader_that_never_reads_costs_the_others_a_few_seconds) {
+TEST_F(DaemonLists, AReaderThatNeverReadsCostsTheOthersAFewSeconds) {
     const int stuck = send_request(LONG_LIST);
     ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
     const auto asked = steady_clock::now();
@@ -139,7 +139,7 @@ TEST_F(daemon_lists, a_reader_that_never_reads_costs_the_others_a_few_seconds) {
     close(stuck);
 }
 
-TEST_F(daemon_lists, a_reader_that_goes_in_the_middle_ends_its_list) {
+TEST_F(DaemonLists, AReaderThatGoesInTheMiddleEndsItsList) {
     ASSERT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
     const int fd = send_request(LONG_LIST);
     std::string some(4000, '\0');
@@ -154,7 +154,7 @@ TEST_F(daemon_lists, a_reader_that_goes_in_the_middle_ends_its_list) {
     EXPECT_THAT(log_lines(), testing::AnyOf(told, signalled));
 }
 
-TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_ticks) {
+TEST_F(DaemonLists, AReaderThatNeverReadsDoesNotHoldUpTheTicks) {
     const int stuck = send_request(LONG_LIST);
     ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
     const size_t before = journal().size();
@@ -165,7 +165,7 @@ TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_ticks) {
     close(stuck);
 }
 
-TEST_F(daemon_lists, a_reader_that_never_reads_does_not_hold_up_the_end) {
+TEST_F(DaemonLists, AReaderThatNeverReadsDoesNotHoldUpTheEnd) {
     ASSERT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
     const int stuck = send_request(LONG_LIST);
     ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));

@@ -16,7 +16,7 @@ constexpr int PROFILES = 10;
 constexpr int DEVICES = 5;
 constexpr int APPS_OF_A_PROFILE = 50;
 
-class daemon_memory : public daemon_test {};
+class DaemonMemory : public daemon_test {};
 
 /// The empty program, killed with its owner.
 struct empty_program {
@@ -62,7 +62,7 @@ std::string every_application() {
 
 } // namespace
 
-TEST_F(daemon_memory, a_large_family_takes_half_a_mebibyte_at_the_most) {
+TEST_F(DaemonMemory, ALargeFamilyTakesHalfAMebibyteAtTheMost) {
     start();
     add_household();
     prescribe("reply", every_application());

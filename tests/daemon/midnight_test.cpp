@@ -21,7 +21,7 @@ use tablet video 23:30 +1 00:30
 online tablet 23:30 +1 00:30
 )";
 
-class daemon_midnight : public daemon_test {
+class DaemonMidnight : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -99,7 +99,7 @@ utm_app_config_reply first_reply(const sim_request &request) {
 
 } // namespace
 
-TEST_F(daemon_midnight, an_evening_is_limited_to_the_minute_and_a_new_day_starts_afresh) {
+TEST_F(DaemonMidnight, AnEveningIsLimitedToTheMinuteAndANewDayStartsAfresh) {
     tick(6);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 1, .arg4 = 2}), 0);
     tick(6);
@@ -108,7 +108,7 @@ TEST_F(daemon_midnight, an_evening_is_limited_to_the_minute_and_a_new_day_starts
     EXPECT_EQ(sim_read_file(LOG_PATH), EXPECTED_LOG);
 }
 
-TEST_F(daemon_midnight, the_new_week_takes_saturday_into_the_month) {
+TEST_F(DaemonMidnight, TheNewWeekTakesSaturdayIntoTheMonth) {
     tick(12);
 
     const auto usage = first_reply({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 1});
@@ -121,7 +121,7 @@ TEST_F(daemon_midnight, the_new_week_takes_saturday_into_the_month) {
     EXPECT_EQ(app.app_usage_value, 3);
 }
 
-TEST_F(daemon_midnight, the_bonus_ends_with_its_day) {
+TEST_F(DaemonMidnight, TheBonusEndsWithItsDay) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 1, .arg4 = 2}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT, .arg0 = 1, .arg3 = 90}), 0);
 
@@ -132,7 +132,7 @@ TEST_F(daemon_midnight, the_bonus_ends_with_its_day) {
         << "Sunday's own limit";
 }
 
-TEST_F(daemon_midnight, midnight_is_the_local_one) {
+TEST_F(DaemonMidnight, MidnightIsTheLocalOne) {
     stop();
     options.time_zone = "EAST-1"; // an hour ahead: ten to one there, midnight is over
     ASSERT_TRUE(sim_daemon_start(&daemon, options));

@@ -14,7 +14,7 @@ namespace {
 /// Descriptors from this number on are not served.
 constexpr int FIRST_REFUSED = 128;
 
-class daemon_overload : public daemon_test {
+class DaemonOverload : public daemon_test {
 protected:
     void TearDown() override {
         for (const int fd : clients)
@@ -38,7 +38,7 @@ protected:
 
 } // namespace
 
-TEST_F(daemon_overload, connections_past_the_table_are_neither_served_nor_closed) {
+TEST_F(DaemonOverload, ConnectionsPastTheTableAreNeitherServedNorClosed) {
     start_with_log();
     const int room = FIRST_REFUSED - next_descriptor(daemon.pid);
     connect_clients(room + 6);
@@ -61,7 +61,7 @@ TEST_F(daemon_overload, connections_past_the_table_are_neither_served_nor_closed
     EXPECT_EQ(descriptor_target(daemon.pid, FIRST_REFUSED + 5).rfind("socket:", 0), 0u);
 }
 
-TEST_F(daemon_overload, a_full_table_is_served_again_when_its_clients_go) {
+TEST_F(DaemonOverload, AFullTableIsServedAgainWhenItsClientsGo) {
     start();
     const int room = FIRST_REFUSED - next_descriptor(daemon.pid);
     connect_clients(room + 2);
@@ -78,7 +78,7 @@ TEST_F(daemon_overload, a_full_table_is_served_again_when_its_clients_go) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_overload, a_full_table_does_not_hold_up_the_ticks) {
+TEST_F(DaemonOverload, AFullTableDoesNotHoldUpTheTicks) {
     start();
     connect_clients(FIRST_REFUSED - next_descriptor(daemon.pid));
 
@@ -87,7 +87,7 @@ TEST_F(daemon_overload, a_full_table_does_not_hold_up_the_ticks) {
     EXPECT_EQ(journal().back(), router_query(NOON, NOON + 60));
 }
 
-TEST_F(daemon_overload, without_a_descriptor_the_daemon_waits_and_does_not_spin) {
+TEST_F(DaemonOverload, WithoutADescriptorTheDaemonWaitsAndDoesNotSpin) {
     start();
     ASSERT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
     exhaust_descriptors();
@@ -104,7 +104,7 @@ TEST_F(daemon_overload, without_a_descriptor_the_daemon_waits_and_does_not_spin)
     close(waiting);
 }
 
-TEST_F(daemon_overload, a_waiting_client_is_served_when_another_one_goes) {
+TEST_F(DaemonOverload, AWaitingClientIsServedWhenAnotherOneGoes) {
     start();
     ASSERT_TRUE(limit_descriptors(daemon.pid, next_descriptor(daemon.pid) + 1));
     connect_clients(1);
@@ -117,7 +117,7 @@ TEST_F(daemon_overload, a_waiting_client_is_served_when_another_one_goes) {
     close(waiting);
 }
 
-TEST_F(daemon_overload, without_a_descriptor_the_clients_inside_are_still_served) {
+TEST_F(DaemonOverload, WithoutADescriptorTheClientsInsideAreStillServed) {
     start();
     connect_clients(3);
     exhaust_descriptors();

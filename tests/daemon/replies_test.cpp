@@ -15,7 +15,7 @@ constexpr char USAGE[] = R"({"data":[{"type":"APP","app_id":305,"total_time_usag
                                      {"type":"APP","app_id":306,"total_time_usage":20},
                                      {"type":"INTERNET","app_id":0,"total_time_usage":25}]})";
 
-class daemon_replies : public daemon_test {
+class DaemonReplies : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -72,7 +72,7 @@ std::vector<std::pair<int, int>> weekday_limits(int32_t profile_id) {
 
 } // namespace
 
-TEST_F(daemon_replies, a_profile_s_limits_are_what_was_set) {
+TEST_F(DaemonReplies, AProfileSLimitsAreWhatWasSet) {
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 1440);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 3, .arg2 = 1}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 60}), 0);
@@ -87,7 +87,7 @@ TEST_F(daemon_replies, a_profile_s_limits_are_what_was_set) {
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 3}).extend, 0);
 }
 
-TEST_F(daemon_replies, two_profiles_keep_their_own_weekday_limits) {
+TEST_F(DaemonReplies, TwoProfilesKeepTheirOwnWeekdayLimits) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = -4}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 60}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT,
@@ -105,13 +105,13 @@ TEST_F(daemon_replies, two_profiles_keep_their_own_weekday_limits) {
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = -4}).daily_limit, 1440);
 }
 
-TEST_F(daemon_replies, a_profile_without_usage_has_one_empty_pair_and_no_days) {
+TEST_F(DaemonReplies, AProfileWithoutUsageHasOneEmptyPairAndNoDays) {
     EXPECT_THAT(app_usage(0), ElementsAre(Pair(0, 0)));
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 3}),
               UTM_APP_CONFIG_STATUS_FAIL);
 }
 
-TEST_F(daemon_replies, usage_adds_up_over_minutes_and_days) {
+TEST_F(DaemonReplies, UsageAddsUpOverMinutesAndDays) {
     prescribe("reply.profile", USAGE);
     tick(2);
     prescribe("reply.profile", usage_reply({}));
@@ -130,13 +130,13 @@ TEST_F(daemon_replies, usage_adds_up_over_minutes_and_days) {
     EXPECT_THAT(app_usage(2000), ElementsAre(Pair(306, 60), Pair(305, 30)));
 }
 
-TEST_F(daemon_replies, a_policy_s_number_comes_back) {
+TEST_F(DaemonReplies, APolicySNumberComesBack) {
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 7}).policy_id, 7);
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 2147483647}).policy_id,
               2147483647);
 }
 
-TEST_F(daemon_replies, the_switches_and_the_interval_are_what_was_set) {
+TEST_F(DaemonReplies, TheSwitchesAndTheIntervalAreWhatWasSet) {
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).activate, 0);
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).debug, 0);
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL}).export_interval_minute, 30);
@@ -152,13 +152,13 @@ TEST_F(daemon_replies, the_switches_and_the_interval_are_what_was_set) {
               2147483647);
 }
 
-TEST_F(daemon_replies, a_signature_is_loaded_when_any_line_says_so) {
+TEST_F(DaemonReplies, ASignatureIsLoadedWhenAnyLineSaysSo) {
     put_in_place_of_the_shell("echo 1; echo signature loaded today; echo 3; exit 1");
 
     EXPECT_EQ(load_signature("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_replies, a_signature_is_not_loaded_when_no_line_says_so) {
+TEST_F(DaemonReplies, ASignatureIsNotLoadedWhenNoLineSaysSo) {
     put_in_place_of_the_shell("echo load; echo ed; exit 0");
 
     const sim_answer answer =
@@ -168,20 +168,20 @@ TEST_F(daemon_replies, a_signature_is_not_loaded_when_no_line_says_so) {
     EXPECT_EQ(answer.bytes.size(), UTM_APP_CONFIG_REPLY_SIZE);
 }
 
-TEST_F(daemon_replies, a_shell_that_says_a_lot_is_read_to_its_end) {
+TEST_F(DaemonReplies, AShellThatSaysALotIsReadToItsEnd) {
     put_in_place_of_the_shell("echo loaded; yes '' | head -c 1000000; touch /tmp/said-it-all");
 
     EXPECT_EQ(load_signature("/tmp/signature"), UTM_APP_CONFIG_STATUS_OK);
     EXPECT_TRUE(std::filesystem::exists("/tmp/said-it-all"));
 }
 
-TEST_F(daemon_replies, a_shell_that_is_missing_has_not_loaded) {
+TEST_F(DaemonReplies, AShellThatIsMissingHasNotLoaded) {
     put_in_place_of_the_shell("exec /nowhere/lcsh \"$@\"");
 
     EXPECT_EQ(load_signature("/tmp/signature"), UTM_APP_CONFIG_STATUS_NOT_LOADED);
 }
 
-TEST_F(daemon_replies, the_longest_path_is_cut_to_the_command_line_s_127_characters) {
+TEST_F(DaemonReplies, TheLongestPathIsCutToTheCommandLineS127Characters) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
     const std::string path = "/tmp/" + std::string(122, 'p');
 
@@ -191,7 +191,7 @@ TEST_F(daemon_replies, the_longest_path_is_cut_to_the_command_line_s_127_charact
     EXPECT_EQ(log_lines().back(), "cmd = lcsh load " + path.substr(0, 117));
 }
 
-TEST_F(daemon_replies, a_path_without_its_end_stays_within_the_request) {
+TEST_F(DaemonReplies, APathWithoutItsEndStaysWithinTheRequest) {
     utm_app_config_cmd command = sim_command({.type = UTM_APP_CONFIG_LOAD_SIGNATURE});
     memset(reinterpret_cast<char *>(&command) + UTM_APP_CONFIG_PATH_OFFSET, 'p',
            UTM_APP_CONFIG_PATH_SIZE);
@@ -201,7 +201,7 @@ TEST_F(daemon_replies, a_path_without_its_end_stays_within_the_request) {
     EXPECT_EQ(journal().back(), "lcsh load " + std::string(117, 'p'));
 }
 
-TEST_F(daemon_replies, commands_wait_for_a_tick_that_holds_the_store) {
+TEST_F(DaemonReplies, CommandsWaitForATickThatHoldsTheStore) {
     shut_gate("ubus");
     sim_clock_grant(&clock, 60);
     ASSERT_TRUE(wait_for_journal("ubus", 2));

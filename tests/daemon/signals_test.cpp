@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 namespace {
 
-class daemon_signals : public daemon_test {
+class DaemonSignals : public daemon_test {
 protected:
     /// Sends the signal `count` times. Signals that arrive together count as one, so each waits
     /// for the line of the one before.
@@ -38,7 +38,7 @@ bool nobody_may_connect() {
 
 } // namespace
 
-TEST_F(daemon_signals, a_pipe_signal_is_logged_with_the_debug_log_off_too) {
+TEST_F(DaemonSignals, APipeSignalIsLoggedWithTheDebugLogOffToo) {
     start();
 
     send_pipe_signals(3);
@@ -46,7 +46,7 @@ TEST_F(daemon_signals, a_pipe_signal_is_logged_with_the_debug_log_off_too) {
     EXPECT_THAT(log_lines(), ElementsAre("Receive SIGPIPE", "Receive SIGPIPE", "Receive SIGPIPE"));
 }
 
-TEST_F(daemon_signals, a_pipe_signal_brings_back_a_log_that_was_deleted) {
+TEST_F(DaemonSignals, APipeSignalBringsBackALogThatWasDeleted) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), 0);
     std::filesystem::remove_all("/tmp/utm_log");
@@ -57,7 +57,7 @@ TEST_F(daemon_signals, a_pipe_signal_brings_back_a_log_that_was_deleted) {
     EXPECT_THAT(log_lines(), ElementsAre("Receive SIGPIPE", "[socket] Receive cmd type=0"));
 }
 
-TEST_F(daemon_signals, a_pipe_signal_moves_an_oversized_log_aside) {
+TEST_F(DaemonSignals, APipeSignalMovesAnOversizedLogAside) {
     start();
     std::filesystem::create_directory("/tmp/utm_log");
     ASSERT_TRUE(sim_write_file(LOG_PATH, std::string(5'242'881, 'x')));
@@ -68,7 +68,7 @@ TEST_F(daemon_signals, a_pipe_signal_moves_an_oversized_log_aside) {
     EXPECT_EQ(std::filesystem::file_size(std::string(LOG_PATH) + "2"), 5'242'881u);
 }
 
-TEST_F(daemon_signals, pipe_signals_during_commands_and_log_lines_are_all_logged) {
+TEST_F(DaemonSignals, PipeSignalsDuringCommandsAndLogLinesAreAllLogged) {
     start_with_log();
     busy_clients clients(2, switch_the_feature);
 
@@ -81,7 +81,7 @@ TEST_F(daemon_signals, pipe_signals_during_commands_and_log_lines_are_all_logged
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_signals, pipe_signals_during_ticks_are_all_logged) {
+TEST_F(DaemonSignals, PipeSignalsDuringTicksAreAllLogged) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
@@ -94,7 +94,7 @@ TEST_F(daemon_signals, pipe_signals_during_ticks_are_all_logged) {
     EXPECT_EQ(journal().size(), 100u) << "two queries in each of fifty ticks";
 }
 
-TEST_F(daemon_signals, a_client_that_has_gone_costs_a_line_and_nothing_else) {
+TEST_F(DaemonSignals, AClientThatHasGoneCostsALineAndNothingElse) {
     start_with_log();
     const int busy = occupy_the_socket_thread();
     EXPECT_EQ(close(send_request({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = 1})), 0);
@@ -112,7 +112,7 @@ TEST_F(daemon_signals, a_client_that_has_gone_costs_a_line_and_nothing_else) {
     close(busy);
 }
 
-TEST_F(daemon_signals, a_list_ends_with_the_first_reply_that_nobody_takes) {
+TEST_F(DaemonSignals, AListEndsWithTheFirstReplyThatNobodyTakes) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     const int busy = occupy_the_socket_thread();
@@ -127,7 +127,7 @@ TEST_F(daemon_signals, a_list_ends_with_the_first_reply_that_nobody_takes) {
     close(busy);
 }
 
-TEST_F(daemon_signals, an_interrupt_in_the_middle_of_many_commands_ends_it_with_status_0) {
+TEST_F(DaemonSignals, AnInterruptInTheMiddleOfManyCommandsEndsItWithStatus0) {
     for (size_t round = 1; round <= (IS_SANITIZED ? 8u : 25u); ++round) {
         start();
         busy_clients clients(3, random_command);
@@ -141,7 +141,7 @@ TEST_F(daemon_signals, an_interrupt_in_the_middle_of_many_commands_ends_it_with_
     }
 }
 
-TEST_F(daemon_signals, an_interrupt_while_a_signature_loads_lets_the_command_finish) {
+TEST_F(DaemonSignals, AnInterruptWhileASignatureLoadsLetsTheCommandFinish) {
     start();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);

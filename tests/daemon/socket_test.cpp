@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 namespace {
 
-class daemon_socket : public daemon_test {};
+class DaemonSocket : public daemon_test {};
 
 /// Leaves a socket file behind as a daemon does that was killed.
 void leave_a_stale_socket() {
@@ -28,7 +28,7 @@ void leave_a_stale_socket() {
 
 } // namespace
 
-TEST_F(daemon_socket, every_local_user_may_connect) {
+TEST_F(DaemonSocket, EveryLocalUserMayConnect) {
     start();
 
     struct stat status = {};
@@ -36,7 +36,7 @@ TEST_F(daemon_socket, every_local_user_may_connect) {
     EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777));
 }
 
-TEST_F(daemon_socket, a_stale_socket_file_is_replaced) {
+TEST_F(DaemonSocket, AStaleSocketFileIsReplaced) {
     leave_a_stale_socket();
     ASSERT_EQ(sim_connect(), -1);
 
@@ -45,7 +45,7 @@ TEST_F(daemon_socket, a_stale_socket_file_is_replaced) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_socket, a_file_in_the_way_is_replaced) {
+TEST_F(DaemonSocket, AFileInTheWayIsReplaced) {
     ASSERT_TRUE(sim_write_file(UTM_APP_CONFIG_SOCKET_PATH, "not a socket"));
 
     start();
@@ -53,7 +53,7 @@ TEST_F(daemon_socket, a_file_in_the_way_is_replaced) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_socket, a_request_of_136_bytes_gets_one_reply_of_832) {
+TEST_F(DaemonSocket, ARequestOf136BytesGetsOneReplyOf832) {
     start();
 
     const sim_answer answer = sim_ask_bytes(PING);
@@ -62,7 +62,7 @@ TEST_F(daemon_socket, a_request_of_136_bytes_gets_one_reply_of_832) {
     EXPECT_TRUE(answer.closed);
 }
 
-TEST_F(daemon_socket, a_request_that_is_not_whole_gets_no_reply) {
+TEST_F(DaemonSocket, ARequestThatIsNotWholeGetsNoReply) {
     start_with_log();
 
     for (const size_t size : {1u, 68u, 135u}) {
@@ -74,7 +74,7 @@ TEST_F(daemon_socket, a_request_that_is_not_whole_gets_no_reply) {
     EXPECT_THAT(log_lines(), IsEmpty());
 }
 
-TEST_F(daemon_socket, what_follows_a_request_is_lost) {
+TEST_F(DaemonSocket, WhatFollowsARequestIsLost) {
     start_with_log();
 
     for (const size_t extra : {1u, 136u, 5000u}) {
@@ -88,7 +88,7 @@ TEST_F(daemon_socket, what_follows_a_request_is_lost) {
                             "[socket] Receive cmd type=0"));
 }
 
-TEST_F(daemon_socket, a_request_whose_pieces_arrive_apart_gets_no_reply) {
+TEST_F(DaemonSocket, ARequestWhosePiecesArriveApartGetsNoReply) {
     start_with_log();
     const int fd = sim_connect();
     ASSERT_TRUE(send_bytes(fd, PING.substr(0, 100)));
@@ -103,7 +103,7 @@ TEST_F(daemon_socket, a_request_whose_pieces_arrive_apart_gets_no_reply) {
     close(fd);
 }
 
-TEST_F(daemon_socket, a_request_whose_pieces_wait_together_is_served) {
+TEST_F(DaemonSocket, ARequestWhosePiecesWaitTogetherIsServed) {
     start();
     const int busy = occupy_the_socket_thread();
     const int fd = sim_connect();
@@ -117,7 +117,7 @@ TEST_F(daemon_socket, a_request_whose_pieces_wait_together_is_served) {
     close(busy);
 }
 
-TEST_F(daemon_socket, types_that_are_not_served_close_the_connection_unanswered) {
+TEST_F(DaemonSocket, TypesThatAreNotServedCloseTheConnectionUnanswered) {
     start_with_log();
     const std::set<int> served = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31, 32, 33, 34, 35,
                                   36, 37, 39, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51};
@@ -134,7 +134,7 @@ TEST_F(daemon_socket, types_that_are_not_served_close_the_connection_unanswered)
     EXPECT_EQ(log_lines(), expected);
 }
 
-TEST_F(daemon_socket, a_client_that_says_nothing_delays_nobody) {
+TEST_F(DaemonSocket, AClientThatSaysNothingDelaysNobody) {
     start();
     std::vector<int> silent;
     for (int i = 0; i < 20; ++i)
@@ -151,7 +151,7 @@ TEST_F(daemon_socket, a_client_that_says_nothing_delays_nobody) {
     EXPECT_TRUE(wait_for_descriptors(4)) << "a slot is free again when its client has gone";
 }
 
-TEST_F(daemon_socket, a_lone_out_of_band_byte_delays_nobody) {
+TEST_F(DaemonSocket, ALoneOutOfBandByteDelaysNobody) {
     start();
     const int rude = sim_connect();
     UTM_NEEDS("out-of-band-local-sockets", send(rude, "!", 1, MSG_OOB | MSG_NOSIGNAL) == 1);
@@ -161,7 +161,7 @@ TEST_F(daemon_socket, a_lone_out_of_band_byte_delays_nobody) {
     close(rude);
 }
 
-TEST_F(daemon_socket, clients_that_are_ready_together_are_served_in_slot_order_each_in_full) {
+TEST_F(DaemonSocket, ClientsThatAreReadyTogetherAreServedInSlotOrderEachInFull) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
     const int first = sim_connect();
@@ -189,7 +189,7 @@ TEST_F(daemon_socket, clients_that_are_ready_together_are_served_in_slot_order_e
         close(fd);
 }
 
-TEST_F(daemon_socket, closing_the_highest_descriptor_leaves_the_others_served) {
+TEST_F(DaemonSocket, ClosingTheHighestDescriptorLeavesTheOthersServed) {
     start();
     const int low = sim_connect();
     ASSERT_TRUE(wait_for_descriptors(5));

@@ -15,7 +15,7 @@ constexpr char OVER_EVERY_LIMIT[] =
                 {"type":"APP","app_id":400,"total_time_usage":10},
                 {"type":"INTERNET","app_id":0,"total_time_usage":60}]})";
 
-class daemon_switch : public daemon_test {
+class DaemonSwitch : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -50,18 +50,18 @@ protected:
 
 } // namespace
 
-TEST_F(daemon_switch, it_turns_the_guard_and_tells_the_router) {
+TEST_F(DaemonSwitch, ItTurnsTheGuardAndTellsTheRouter) {
     EXPECT_THAT(turn(1), ElementsAre("lcsh apg on", "notify status_changed 1 1"));
     EXPECT_THAT(turn(0), ElementsAre("lcsh apg off", "notify status_changed 1 0"));
 }
 
-TEST_F(daemon_switch, turned_to_where_it_stands_it_does_nothing) {
+TEST_F(DaemonSwitch, TurnedToWhereItStandsItDoesNothing) {
     EXPECT_THAT(turn(0), IsEmpty());
     turn(1);
     EXPECT_THAT(turn(1), IsEmpty());
 }
 
-TEST_F(daemon_switch, while_it_is_off_nothing_is_blocked) {
+TEST_F(DaemonSwitch, WhileItIsOffNothingIsBlocked) {
     use_everything_up();
 
     EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON),
@@ -69,7 +69,7 @@ TEST_F(daemon_switch, while_it_is_off_nothing_is_blocked) {
                                        router_query(NOON, NOON + 60)));
 }
 
-TEST_F(daemon_switch, off_lifts_every_block_and_on_puts_it_back) {
+TEST_F(DaemonSwitch, OffLiftsEveryBlockAndOnPutsItBack) {
     turn(1);
     use_everything_up();
 
@@ -85,7 +85,7 @@ TEST_F(daemon_switch, off_lifts_every_block_and_on_puts_it_back) {
                             "lcsh apg acl set 02:00:00:00:00:02 305 0 18"));
 }
 
-TEST_F(daemon_switch, a_command_that_fails_is_logged_with_its_wait_status) {
+TEST_F(DaemonSwitch, ACommandThatFailsIsLoggedWithItsWaitStatus) {
     turn(1);
     use_everything_up();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);

@@ -16,7 +16,7 @@ constexpr char USAGE_OF_ALL[] = R"({"data":[{"type":"APP","app_id":301,"total_ti
                                      {"type":"APP","app_id":310,"total_time_usage":20},
                                      {"type":"INTERNET","app_id":0,"total_time_usage":9}]})";
 
-class daemon_threads : public daemon_test {
+class DaemonThreads : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -75,7 +75,7 @@ constexpr uint8_t COMMAND_TYPES[] = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31,
 
 /// Alone, a command that forgets a lock is not held up by one that takes it: it meets the tick
 /// while the tick's query runs.
-TEST_F(daemon_threads, no_command_shares_anything_unguarded_with_a_tick) {
+TEST_F(DaemonThreads, NoCommandSharesAnythingUnguardedWithATick) {
     for (const uint8_t type : COMMAND_TYPES) {
         SCOPED_TRACE("command " + std::to_string(type));
         set_up_everything();
@@ -90,7 +90,7 @@ TEST_F(daemon_threads, no_command_shares_anything_unguarded_with_a_tick) {
     }
 }
 
-TEST_F(daemon_threads, ticks_and_commands_share_everything_without_a_race) {
+TEST_F(DaemonThreads, TicksAndCommandsShareEverythingWithoutARace) {
     int ticks = 0;
     {
         busy_clients clients(CLIENTS, random_with_log);
@@ -107,7 +107,7 @@ TEST_F(daemon_threads, ticks_and_commands_share_everything_without_a_race) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(daemon_threads, signals_on_either_thread_race_with_nothing) {
+TEST_F(DaemonThreads, SignalsOnEitherThreadRaceWithNothing) {
     busy_clients clients(2, random_with_log);
     const size_t goal = COMMANDS / 10;
     for (int i = 0; clients.answered() < goal && !HasFatalFailure(); ++i) {

@@ -11,7 +11,7 @@ using testing::IsEmpty;
 
 namespace {
 
-class daemon_usage_file : public daemon_test {
+class DaemonUsageFile : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
@@ -48,13 +48,13 @@ void set_up_a_profile() {
 
 } // namespace
 
-TEST_F(daemon_usage_file, switching_on_writes_it_where_none_is) {
+TEST_F(DaemonUsageFile, SwitchingOnWritesItWhereNoneIs) {
     turn_on();
 
     EXPECT_EQ(sim_read_file(USAGE_PATH), empty_document(NOON));
 }
 
-TEST_F(daemon_usage_file, switching_on_leaves_one_that_is_there_alone) {
+TEST_F(DaemonUsageFile, SwitchingOnLeavesOneThatIsThereAlone) {
     ASSERT_TRUE(sim_write_file(USAGE_PATH, "of an earlier life"));
 
     turn_on();
@@ -62,7 +62,7 @@ TEST_F(daemon_usage_file, switching_on_leaves_one_that_is_there_alone) {
     EXPECT_EQ(sim_read_file(USAGE_PATH), "of an earlier life");
 }
 
-TEST_F(daemon_usage_file, switching_on_without_its_directory_is_logged_and_works) {
+TEST_F(DaemonUsageFile, SwitchingOnWithoutItsDirectoryIsLoggedAndWorks) {
     std::filesystem::remove("/tmp/ApplicationData");
 
     turn_on();
@@ -71,7 +71,7 @@ TEST_F(daemon_usage_file, switching_on_without_its_directory_is_logged_and_works
     EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData"));
 }
 
-TEST_F(daemon_usage_file, it_is_written_when_more_than_the_interval_has_passed) {
+TEST_F(DaemonUsageFile, ItIsWrittenWhenMoreThanTheIntervalHasPassed) {
     UTM_NEEDS("uptime-of-a-minute", machine_runs_for_a_minute());
     turn_on();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 1}), OK);
@@ -83,7 +83,7 @@ TEST_F(daemon_usage_file, it_is_written_when_more_than_the_interval_has_passed) 
     EXPECT_EQ(sim_read_file(USAGE_PATH), empty_document(NOON + 120));
 }
 
-TEST_F(daemon_usage_file, while_the_feature_is_off_it_is_neither_written_nor_read) {
+TEST_F(DaemonUsageFile, WhileTheFeatureIsOffItIsNeitherWrittenNorRead) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 1}), OK);
     ASSERT_TRUE(sim_write_file("/tmp/saved.json", empty_document(NOON)));
 
@@ -95,7 +95,7 @@ TEST_F(daemon_usage_file, while_the_feature_is_off_it_is_neither_written_nor_rea
     EXPECT_THAT(log_lines(), IsEmpty());
 }
 
-TEST_F(daemon_usage_file, failures_are_logged_with_the_debug_log_off_and_successes_of_reading_too) {
+TEST_F(DaemonUsageFile, FailuresAreLoggedWithTheDebugLogOffAndSuccessesOfReadingToo) {
     turn_on();
 
     EXPECT_EQ(save("/tmp/saved.json"), OK);
@@ -115,7 +115,7 @@ TEST_F(daemon_usage_file, failures_are_logged_with_the_debug_log_off_and_success
                                          "import from /tmp/saved.json failed"));
 }
 
-TEST_F(daemon_usage_file, the_debug_log_also_tells_of_what_was_written) {
+TEST_F(DaemonUsageFile, TheDebugLogAlsoTellsOfWhatWasWritten) {
     turn_on();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), OK);
 
@@ -125,7 +125,7 @@ TEST_F(daemon_usage_file, the_debug_log_also_tells_of_what_was_written) {
                 ElementsAre("[socket] Receive cmd type=51", "export to /tmp/saved.json success"));
 }
 
-TEST_F(daemon_usage_file, usage_and_its_blocks_survive_a_power_cut) {
+TEST_F(DaemonUsageFile, UsageAndItsBlocksSurviveAPowerCut) {
     turn_on();
     set_up_a_profile();
     prescribe("reply", R"({"data":[{"type":"APP","app_id":305,"total_time_usage":10},
