@@ -7,9 +7,9 @@
 #include "format/protocol.h"
 
 #include "sim/harness/files.h"
-#include "tests/unit/support/exchange.h"
+#include "tests/lib/exchange.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/programs.h"
-#include "tests/unit/support/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "control/dispatcher.h"
 
-#include "tests/unit/support/exchange.h"
-#include "tests/unit/support/render.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/exchange.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include "persist/export_schedule.h"
 #include "store/store.h"

@@ -1,6 +1,6 @@
 #include "control/fd_event.h"
 
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <array>
 #include <cerrno>

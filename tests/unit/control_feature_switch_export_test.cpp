@@ -5,8 +5,8 @@
 #include "core/debug_log.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

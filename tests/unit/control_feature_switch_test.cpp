@@ -2,8 +2,8 @@
 
 #include "format/usage_file.h"
 #include "store/policies.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <filesystem>
 #include <fstream>
@@ -37,23 +37,23 @@ config_user_profile_t *make_blocked_profile() {
     profile->daily_limit_enable = 1;
     profile->blocked = 1;
     world::make_usage(profile, {{12, 5}, {13, 6}, {14, 7}});
-    usage_of(profile, 12)->blocked = 1;
-    usage_of(profile, 14)->blocked = 1;
+    world::usage_of(profile, 12)->blocked = 1;
+    world::usage_of(profile, 14)->blocked = 1;
     return profile;
 }
 
 TEST_F(FeatureSwitch, AppliesEveryRecordedBlockWhenItGoesOn) {
     make_blocked_profile();
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     EXPECT_EQ(utm_app_set_activate(1), 0);
     EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"
                               "event block profile 1\n"
                               "log send event: block profile 1 to use network\n" +
-                                  block_lines(both, 12) + block_lines(both, 14) +
+                                  world::block_lines(both, 12) + world::block_lines(both, 14) +
                                   "log Set activate from 0 to 1\n");
     EXPECT_EQ(switch_value(), 1);
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
@@ -62,9 +62,9 @@ TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
     profile->blocked = 1;
     world::make_usage(profile, {{12, 5}});
     world::make_policy(4, {{12, 1, 5}}, profile);
-    usage_of(profile, 12)->blocked = 1;
+    world::usage_of(profile, 12)->blocked = 1;
     world::set_active(true);
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     EXPECT_EQ(utm_app_set_activate(0), 0);
     EXPECT_EQ(world::trace(), "run lcsh apg off\n"
                               "status_changed 1 0\n"
@@ -76,7 +76,7 @@ TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
                               "run lcsh apg acl reset AA:BB:CC:DD:EE:0F\n"
                               "log Set activate from 1 to 0\n");
     EXPECT_EQ(switch_value(), 0);
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(FeatureSwitch, BringsTheSameBlocksBack) {
@@ -134,7 +134,7 @@ TEST_F(FeatureSwitch, LeavesRulesThatNobodyReachedYetAlone) {
     config_user_profile_t *profile = world::make_profile(1, both);
     world::make_usage(profile, {{12, 5}});
     world::make_policy(4, {{12, 2, 0}, {13, 2, 0}}, profile);
-    usage_of(profile, 12)->blocked = 0;
+    world::usage_of(profile, 12)->blocked = 0;
     EXPECT_EQ(utm_app_set_activate(1), 0);
     EXPECT_EQ(world::trace(), "run lcsh apg on\n"
                               "status_changed 1 1\n"

@@ -1,7 +1,7 @@
 #include "control/reply.h"
 
-#include "tests/unit/support/sockets.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/sockets.h"
+#include "tests/lib/world.h"
 
 #include <csignal>
 #include <cstring>

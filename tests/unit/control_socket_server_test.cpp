@@ -4,9 +4,9 @@
 #include "core/debug_log.h"
 #include "format/protocol.h"
 #include "sim/harness/client.h"
-#include "tests/unit/support/exchange.h"
-#include "tests/unit/support/sockets.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/exchange.h"
+#include "tests/lib/sockets.h"
+#include "tests/lib/world.h"
 
 #include <cerrno>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "core/debug_log.h"
 
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <filesystem>
 #include <fstream>

@@ -6,8 +6,8 @@
 #include "format/protocol.h"
 #include "persist/export.h"
 #include "persist/export_schedule.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 #include "usage/top_apps.h"
 
 #include <csignal>
@@ -260,7 +260,7 @@ TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
         utm_app_config_global_app_stat_list_count = 9;
     }
     ASSERT_EQ(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(store_text(), "");
+    EXPECT_EQ(world::render_lists(), "");
     EXPECT_EQ(last_export_statistics_ts, 1'772'700'000);
     const mutex_guard lock(utm_app_config_mutex);
     EXPECT_TRUE(list_is_empty(&utm_app_config_global_app_stat_list));

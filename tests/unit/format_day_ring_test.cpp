@@ -1,7 +1,7 @@
 #include "format/day_ring.h"
 
-#include "tests/unit/support/int32_limits.h"
-#include "tests/unit/support/render.h"
+#include "tests/lib/int32_limits.h"
+#include "tests/lib/render.h"
 
 #include <gtest/gtest.h>
 

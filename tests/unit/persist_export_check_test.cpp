@@ -2,9 +2,9 @@
 
 #include "core/debug_log.h"
 #include "format/usage_file.h"
-#include "tests/unit/support/int32_limits.h"
+#include "tests/lib/int32_limits.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "persist/export_schedule.h"
 
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <climits>
 #include <gtest/gtest.h>

@@ -3,9 +3,9 @@
 #include "persist/export.h"
 
 #include "persist/export_schedule.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/usage_file_special.h"
-#include "tests/unit/support/world.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "core/debug_log.h"
 #include "persist/export_schedule.h"
-#include "tests/unit/support/render.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 
 #include "persist/import.h"
 
-#include "tests/unit/support/render.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

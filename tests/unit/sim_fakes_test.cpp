@@ -1,7 +1,7 @@
 #include "sim/router/command.h"
 #include "sim/router/router_dir.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/fakes.h"
-#include "tests/unit/support/world.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 
 #include "sim/router/router_dir.h"
 #include "sim/router/usage.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/fakes.h"
-#include "tests/unit/support/world.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "store/dump.h"
 
 #include "core/debug_log.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

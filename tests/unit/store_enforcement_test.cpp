@@ -1,8 +1,8 @@
 #include "store/enforcement.h"
 
 #include "store/blocking.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -157,45 +157,46 @@ config_user_profile_t *make_blocked_profile(int32_t id, const std::vector<world:
     profile->daily_limit_enable = 1;
     profile->blocked = 1;
     world::make_usage(profile, {{12, 5}, {13, 6}, {14, 7}});
-    usage_of(profile, 12)->blocked = 1;
-    usage_of(profile, 14)->blocked = 1;
+    world::usage_of(profile, 12)->blocked = 1;
+    world::usage_of(profile, 14)->blocked = 1;
     return profile;
 }
 
 TEST_F(Enforcement, AppliesTheBlocksOfEveryProfileInOrder) {
     make_blocked_profile(5, both);
     make_blocked_profile(3, {world::phone});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_apply_all_blocks();
     }
     EXPECT_EQ(world::trace(), "event block profile 5\n"
                               "log send event: block profile 5 to use network\n" +
-                                  block_lines(both, 12) + block_lines(both, 14) +
+                                  world::block_lines(both, 12) + world::block_lines(both, 14) +
                                   "event block profile 3\n"
                                   "log send event: block profile 3 to use network\n" +
-                                  block_lines({world::phone}, 12) +
-                                  block_lines({world::phone}, 14));
-    EXPECT_EQ(store_text(), before);
+                                  world::block_lines({world::phone}, 12) +
+                                  world::block_lines({world::phone}, 14));
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(Enforcement, LiftsTheBlocksOfEveryProfileInOrderAndKeepsTheFlags) {
     world::make_policy(4, {{12, 2, 0}}, make_blocked_profile(5, both));
     make_blocked_profile(3, {world::phone});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_lift_all_blocks();
     }
-    EXPECT_EQ(world::trace(),
-              "event unblock profile 5\n"
-              "log send event: unblock profile 5 to use network\n" +
-                  unblock_lines(both, 12) + unblock_lines(both, 14) + reset_lines(both) +
-                  "event unblock profile 3\n"
-                  "log send event: unblock profile 3 to use network\n" +
-                  unblock_lines({world::phone}, 12) + unblock_lines({world::phone}, 14));
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::trace(), "event unblock profile 5\n"
+                              "log send event: unblock profile 5 to use network\n" +
+                                  world::unblock_lines(both, 12) + world::unblock_lines(both, 14) +
+                                  world::reset_lines(both) +
+                                  "event unblock profile 3\n"
+                                  "log send event: unblock profile 3 to use network\n" +
+                                  world::unblock_lines({world::phone}, 12) +
+                                  world::unblock_lines({world::phone}, 14));
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(Enforcement, AnnouncesOnlyProfilesThatAreCutOff) {
@@ -234,7 +235,7 @@ TEST_F(Enforcement, ResetsTheDevicesOfAnyBoundPolicyWhenLifting) {
     world::make_policy(4, {}, world::make_profile(1, both));
     const mutex_guard lock(utm_app_config_mutex);
     utm_app_lift_all_blocks();
-    EXPECT_EQ(world::trace(), reset_lines(both));
+    EXPECT_EQ(world::trace(), world::reset_lines(both));
 }
 
 TEST_F(Enforcement, RunsNoLineForABlockedProfileWithoutDevices) {

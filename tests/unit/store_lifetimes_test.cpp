@@ -4,8 +4,8 @@
 #include "store/blocking.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 #include "usage/accounting.h"
 
 #include <algorithm>
@@ -69,15 +69,16 @@ void use_what_is_left() {
 
 TEST_F(StoreLifetimes, LeaveNoDanglingLinkWhateverIsDeletedFirst) {
     make_family();
-    const std::string second = profile_text(2) + policy_text(5);
+    const std::string second = world::render_profile(2) + world::render_policy(5);
     std::vector<size_t> order = {0, 1, 2, 3, 4};
     do {
         make_family();
         for (const size_t step : order) {
             deletions[step]();
-            EXPECT_EQ(store_text().find("ASTRAY"), std::string::npos) << store_text();
+            EXPECT_EQ(world::render_lists().find("ASTRAY"), std::string::npos)
+                << world::render_lists();
         }
-        EXPECT_EQ(store_text(), second);
+        EXPECT_EQ(world::render_lists(), second);
     } while (std::next_permutation(order.begin(), order.end()));
 }
 
@@ -85,12 +86,13 @@ TEST_F(StoreLifetimes, LeaveAUsableRestAfterAnyTwoDeletions) {
     for (const auto &first : deletions)
         for (const auto &second : deletions) {
             make_family();
-            const std::string other = profile_text(2) + policy_text(5);
+            const std::string other = world::render_profile(2) + world::render_policy(5);
             first();
             second();
             use_what_is_left();
-            EXPECT_EQ(store_text().find("ASTRAY"), std::string::npos) << store_text();
-            EXPECT_EQ(profile_text(2) + policy_text(5), other);
+            EXPECT_EQ(world::render_lists().find("ASTRAY"), std::string::npos)
+                << world::render_lists();
+            EXPECT_EQ(world::render_profile(2) + world::render_policy(5), other);
         }
 }
 
@@ -103,7 +105,7 @@ TEST_F(StoreLifetimes, LeaveAPolicyToItsOnlyOwner) {
     EXPECT_EQ(utm_app_add_device(2, world::phone.data()), 0);
     utm_app_delete_profile(2);
     EXPECT_EQ(world::trace(), "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 2 success\n" +
-                                  reset_lines({world::tablet, world::phone}) +
+                                  world::reset_lines({world::tablet, world::phone}) +
                                   "log Delete user profile 2 and unblock all success\n"
                                   "log Delete profile 2 success\n");
 }
@@ -160,10 +162,10 @@ TEST_F(StoreLifetimes, HoldHundredsOfRules) {
         EXPECT_EQ(rule.action, 1 + number % 2);
         EXPECT_EQ(rule.daily_limit, number);
     }
-    const std::string text = store_text();
+    const std::string text = world::render_lists();
     EXPECT_EQ(text.find("ASTRAY"), std::string::npos);
     EXPECT_EQ(utm_app_delete_policy(4), 0);
-    EXPECT_EQ(policy_text(4), "policy 4: profile 1, 500 apps:\n");
+    EXPECT_EQ(world::render_policy(4), "policy 4: profile 1, count 500, rules\n");
 }
 
 TEST_F(StoreLifetimes, HoldHundredsOfProfilesAndPolicies) {
@@ -184,7 +186,7 @@ TEST_F(StoreLifetimes, HoldHundredsOfProfilesAndPolicies) {
     ASSERT_EQ(left.size(), many / 2U);
     for (size_t i = 0; i < left.size(); ++i)
         EXPECT_EQ(left[i], static_cast<int32_t>(2 * i + 1));
-    EXPECT_EQ(store_text().find("ASTRAY"), std::string::npos);
+    EXPECT_EQ(world::render_lists().find("ASTRAY"), std::string::npos);
 }
 
 // ---- The lock ------------------------------------------------------------------------------

@@ -1,8 +1,8 @@
 #include "core/owners.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -109,14 +109,14 @@ void make_state() {
 TEST_F(StoreMemory, SaysWhatFailed) {
     for (const memory_case &row : cases) {
         make_state();
-        const std::string before = store_text();
+        const std::string before = world::render_lists();
         world::fail_allocation(row.nth);
         EXPECT_EQ(row.act(), row.result) << row.name;
         EXPECT_GE(world::allocations(), row.nth) << row.name;
         world::fail_allocation(0);
         EXPECT_EQ(world::trace(), row.trace) << row.name;
         if (row.is_undone) {
-            EXPECT_EQ(store_text(), before) << row.name;
+            EXPECT_EQ(world::render_lists(), before) << row.name;
         }
     }
 }
@@ -125,7 +125,7 @@ TEST_F(StoreMemory, SaysWhatFailed) {
 std::string store_after(const std::function<int32_t()> &act) {
     make_state();
     act();
-    return store_text();
+    return world::render_lists();
 }
 
 TEST_F(StoreMemory, LetsTheSameBeAskedAgain) {
@@ -138,7 +138,7 @@ TEST_F(StoreMemory, LetsTheSameBeAskedAgain) {
         row.act();
         world::fail_allocation(0);
         row.act();
-        EXPECT_EQ(store_text(), expected) << row.name;
+        EXPECT_EQ(world::render_lists(), expected) << row.name;
     }
 }
 
@@ -149,29 +149,29 @@ TEST_F(StoreMemory, LetsTheMissingRulesBeAddedLater) {
         EXPECT_EQ(add_rules(), -1);
         world::fail_allocation(0);
         EXPECT_EQ(add_rules(), 0);
-        EXPECT_EQ(policy_text(4), nth == 1 ? "policy 4: profile 1, 3 apps: 20 action 2 limit 0; "
-                                             "30 action 1 limit 5; 12 action 1 limit 9;\n"
-                                           : "policy 4: profile 1, 3 apps: 30 action 1 limit 5; "
-                                             "20 action 2 limit 0; 12 action 1 limit 9;\n");
+        EXPECT_EQ(world::render_policy(4), nth == 1 ? "policy 4: profile 1, count 3, rules 20/2/0 "
+                                                      "(unused) 30/1/5 (unused) 12/1/9 (unused)\n"
+                                                    : "policy 4: profile 1, count 3, rules 30/1/5 "
+                                                      "(unused) 20/2/0 (unused) 12/1/9 (unused)\n");
     }
 }
 
 TEST_F(StoreMemory, LeavesOutTheWeekdayThatFailedAndNoOther) {
     const char *const weeks[] = {
-        " week 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n",
-        " week 0=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n",
-        " week 0=1440 1=1440 3=1440 4=1440 5=1440 6=1440\n",
-        " week 0=1440 1=1440 2=1440 4=1440 5=1440 6=1440\n",
-        " week 0=1440 1=1440 2=1440 3=1440 5=1440 6=1440\n",
-        " week 0=1440 1=1440 2=1440 3=1440 4=1440 6=1440\n",
-        " week 0=1440 1=1440 2=1440 3=1440 4=1440 5=1440\n",
+        "  weekdays 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n",
+        "  weekdays 0:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n",
+        "  weekdays 0:1440 1:1440 3:1440 4:1440 5:1440 6:1440\n",
+        "  weekdays 0:1440 1:1440 2:1440 4:1440 5:1440 6:1440\n",
+        "  weekdays 0:1440 1:1440 2:1440 3:1440 5:1440 6:1440\n",
+        "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 6:1440\n",
+        "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440\n",
     };
     for (int day = 0; day < days_per_week; ++day) {
         SetUp();
         world::fail_allocation(day + 2);
         EXPECT_EQ(utm_app_create_profile(1), 0);
-        const std::string text = profile_text(1);
-        EXPECT_EQ(text.substr(text.find(" week"), strlen(weeks[day])), weeks[day]);
+        const std::string text = world::render_profile(1);
+        EXPECT_EQ(text.substr(text.find("  weekdays"), strlen(weeks[day])), weeks[day]);
     }
 }
 
@@ -182,7 +182,7 @@ TEST_F(StoreMemory, ReportsEveryMissingWeekday) {
     for (int day = 0; day < days_per_week; ++day)
         expected += "log Add weekday to profile 1 failed because malloc failed\n";
     EXPECT_EQ(world::trace(), expected + "log Create profile 1 success\n");
-    EXPECT_NE(profile_text(1).find(" week\n"), std::string::npos);
+    EXPECT_NE(world::render_profile(1).find("  weekdays\n"), std::string::npos);
     world::fail_allocations_from(1);
     const mutex_guard lock(utm_app_config_mutex);
     EXPECT_EQ(utm_app_add_weekday_limits(1), -1);
@@ -225,7 +225,7 @@ TEST_F(StoreMemory, NeedsNoneToBindReleaseOrDelete) {
     EXPECT_EQ(utm_app_delete_profile(1), 0);
     EXPECT_EQ(utm_app_flush_profiles(), 0);
     EXPECT_EQ(world::allocations(), 0);
-    EXPECT_EQ(store_text(), "");
+    EXPECT_EQ(world::render_lists(), "");
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "store/policies.h"
 
 #include "store/blocking.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ TEST_F(PolicyBinding, BlocksEveryDeviceEvenWhileTheFeatureIsOff) {
                                   "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                                   "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
                                   "log Add policy 4 to profile 1 success\n");
-        EXPECT_EQ(policy_text(4), "policy 4: profile 1, 1 apps: 12 action 2 limit 0;\n");
+        EXPECT_EQ(world::render_policy(4), "policy 4: profile 1, count 1, rules 12/2/0 (unused)\n");
     }
 }
 
@@ -42,16 +42,16 @@ TEST_F(PolicyBinding, BlocksRuleByRuleInListOrderAndChangesNoFlag) {
                               "log block device to use 20 because exceed limit\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 20 0 18\n"
                               "log Add policy 4 to profile 1 success\n");
-    EXPECT_EQ(store_text(),
-              "profile 1: enable 0, limit 1440+0, used 0/0/0, blocked 0, since 1772625600, "
-              "policy 4\n"
-              " week 0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"
-              " 1 devices \"001122334455 \": 00:11:22:33:44:55\n"
-              " 4 apps: 10 used 59/0/0 blocked 0 ruled; 20 used 60/0/0 blocked 0 ruled; "
-              "30 used 61/0/0 blocked 0 ruled; 40 used 5/0/0 blocked 0 ruled;\n"
-              "policy 4: profile 1, 5 apps: 50 action 1 limit 0; 40 action 2 limit 0 used; "
-              "30 action 1 limit 60 used; 20 action 1 limit 60 used; "
-              "10 action 1 limit 60 used;\n");
+    EXPECT_EQ(
+        world::render_lists(),
+        "profile 1: devices 1 [001122334455 ], enabled 0, limit 1440 + 0, used 0/0/0, blocked 0, "
+        "collected +0, apps 4, policy 4\n"
+        "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
+        "  app 10: used 59/0/0, blocked 0, days [] next 0, rule 1/60\n"
+        "  app 20: used 60/0/0, blocked 0, days [] next 0, rule 1/60\n"
+        "  app 30: used 61/0/0, blocked 0, days [] next 0, rule 1/60\n"
+        "  app 40: used 5/0/0, blocked 0, days [] next 0, rule 2/0\n"
+        "policy 4: profile 1, count 5, rules 50/1/0 (unused) 40/2/0 30/1/60 20/1/60 10/1/60\n");
 }
 
 TEST_F(PolicyBinding, WritesItsLinesForAProfileWithoutDevicesToo) {
@@ -82,11 +82,11 @@ TEST_F(PolicyBinding, IsRefusedWithoutAChange) {
     world::make_policy(4, {{12, 2, 0}}, world::make_profile(1, both));
     world::make_policy(5, {{13, 2, 0}});
     world::make_profile(2, both);
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     for (const auto &row : table) {
         EXPECT_EQ(utm_app_add_policy_to_profile(row.profile_id, row.policy_id), -1) << row.name;
         EXPECT_EQ(world::trace(), row.trace) << row.name;
-        EXPECT_EQ(store_text(), before) << row.name;
+        EXPECT_EQ(world::render_lists(), before) << row.name;
     }
 }
 
@@ -100,7 +100,7 @@ TEST_F(PolicyBinding, ReleasesTheStoreOnEveryPath) {
             ASSERT_EQ(pthread_mutex_trylock(&utm_app_config_mutex.native), 0);
             pthread_mutex_unlock(&utm_app_config_mutex.native);
         }
-    EXPECT_EQ(policy_text(5), "policy 5: profile 2, 0 apps:\n");
+    EXPECT_EQ(world::render_policy(5), "policy 5: profile 2, count 0, rules\n");
 }
 
 TEST_F(PolicyBinding, IsStillInForceAfterTheRulesWereDeletedAndRefilled) {
@@ -115,7 +115,7 @@ TEST_F(PolicyBinding, IsStillInForceAfterTheRulesWereDeletedAndRefilled) {
                               "log Policy 4 add app 12 action 1 limit 5 success\n"
                               "run lcsh apg acl set 00:11:22:33:44:55 12 0 18\n"
                               "log Add apps to policy 4 success\n");
-    EXPECT_EQ(policy_text(4), "policy 4: profile 1, 2 apps: 12 action 1 limit 5 used;\n");
+    EXPECT_EQ(world::render_policy(4), "policy 4: profile 1, count 2, rules 12/1/5\n");
 }
 
 // ---- After an import -----------------------------------------------------------------------
@@ -135,13 +135,14 @@ TEST_F(PolicyBinding, BlocksWhatIsOverItsLimitAfterAnImportWhateverTheAction) {
             profile);
         world::make_usage(profile, {{10, 59}, {20, 60}, {30, 61}, {40, 59}, {60, 0}});
         world::set_active(active);
-        const std::string before = store_text();
+        const std::string before = world::render_lists();
         relink_and_enforce(profile);
-        EXPECT_EQ(world::trace(),
-                  "log block device to use 60 because exceed limit\n" + block_lines(both, 60) +
-                      "log block device to use 30 because exceed limit\n" + block_lines(both, 30) +
-                      "log block device to use 20 because exceed limit\n" + block_lines(both, 20));
-        EXPECT_EQ(store_text(), before);
+        EXPECT_EQ(
+            world::trace(),
+            "log block device to use 60 because exceed limit\n" + world::block_lines(both, 60) +
+                "log block device to use 30 because exceed limit\n" + world::block_lines(both, 30) +
+                "log block device to use 20 because exceed limit\n" + world::block_lines(both, 20));
+        EXPECT_EQ(world::render_lists(), before);
     }
 }
 
@@ -153,17 +154,18 @@ TEST_F(PolicyBinding, LinksAnewAfterAnImport) {
         usage.policy_app = nullptr;
     relink_and_enforce(profile);
     EXPECT_EQ(world::trace(), "");
-    EXPECT_EQ(profile_text(1).substr(profile_text(1).find(" 2 apps")),
-              " 2 apps: 20 used 5/0/0 blocked 0 ruled; 10 used 5/0/0 blocked 0 ruled;\n");
+    EXPECT_EQ(world::render_apps(1),
+              "apps 2\n  app 20: used 5/0/0, blocked 0, days [] next 0, rule 1/60\n"
+              "  app 10: used 5/0/0, blocked 0, days [] next 0, rule 1/60\n");
 }
 
 TEST_F(PolicyBinding, DoesNothingAfterAnImportWithoutAPolicy) {
     config_user_profile_t *profile = world::make_profile(1, both);
     world::make_usage(profile, {{10, 500}});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     relink_and_enforce(profile);
     EXPECT_EQ(world::trace(), "");
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 } // namespace

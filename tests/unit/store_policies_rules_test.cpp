@@ -1,7 +1,7 @@
 #include "store/policies.h"
 
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <gtest/gtest.h>
 
@@ -37,8 +37,8 @@ std::string name_of(const rule_case &row) {
 }
 
 std::string lines_of(acl_lines_t lines) {
-    return lines == blocks     ? block_lines(both, 12)
-           : lines == unblocks ? unblock_lines(both, 12)
+    return lines == blocks     ? world::block_lines(both, 12)
+           : lines == unblocks ? world::unblock_lines(both, 12)
                                : "";
 }
 
@@ -51,7 +51,7 @@ config_app_policy_t *make_state(const rule_case &row,
         world::make_policy(4, rules, row.binding == bound ? profile : nullptr);
     if (row.used != no_record) {
         world::make_usage(profile, {{12, row.used}});
-        usage_of(profile, 12)->blocked = row.blocked;
+        world::usage_of(profile, 12)->blocked = row.blocked;
     }
     world::set_active(row.feature == on);
     return policy;
@@ -63,28 +63,30 @@ int32_t set_rule(config_app_policy_t *policy, const rule_case &row) {
     return utm_app_set_rule(policy, &rule);
 }
 
+std::string rule_of(const rule_case &row) {
+    return std::to_string(row.action) + "/" + std::to_string(row.limit);
+}
+
 /// The usage record as it should be, with its rule or without.
 std::string expected_usage(const rule_case &row, bool ruled) {
     if (row.used == no_record)
-        return " 0 apps:\n";
-    return " 1 apps: 12 used " + std::to_string(row.used) + "/0/0 blocked " +
-           std::to_string(row.blocked_after) + (ruled && row.binding == bound ? " ruled" : "") +
-           ";\n";
+        return "apps 0\n";
+    return "apps 1\n  app 12: used " + std::to_string(row.used) + "/0/0, blocked " +
+           std::to_string(row.blocked_after) + ", days [] next 0" +
+           (ruled && row.binding == bound ? ", rule " + rule_of(row) : "") + "\n";
 }
 
 std::string expected_policy(const rule_case &row, bool ruled) {
     const std::string head =
-        std::string("policy 4: profile ") + (row.binding == bound ? "1, " : "none, ");
+        std::string("policy 4: profile ") + (row.binding == bound ? "1" : "none");
     if (!ruled)
-        return head + "0 apps:\n";
-    return head + "1 apps: 12 action " + std::to_string(row.action) + " limit " +
-           std::to_string(row.limit) +
-           (row.binding == bound && row.used != no_record ? " used;\n" : ";\n");
+        return head + ", count 0, rules\n";
+    const bool is_used = row.binding == bound && row.used != no_record;
+    return head + ", count 1, rules 12/" + rule_of(row) + (is_used ? "\n" : " (unused)\n");
 }
 
 std::string usage_and_policy() {
-    const std::string profile = profile_text(1);
-    return profile.substr(profile.rfind("\n", profile.size() - 2) + 1) + policy_text(4);
+    return world::render_apps(1) + world::render_policy(4);
 }
 
 std::string log_line(const char *verb, const rule_case &row) {
@@ -205,7 +207,7 @@ TEST_F(PolicyRules, ThatDoNotExistAreRemovedWithoutATrace) {
 
 TEST_F(PolicyRules, AreRefusedWithoutPolicyOrRuleOrKnownAction) {
     config_app_policy_t *policy = world::make_policy(4, {{12, 1, 30}});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     const config_policy_rule_t good = {12, 2, 0};
     const config_policy_rule_t odd[] = {{12, 3, 0}, {12, -1, 0}, {13, 3, 0}, {13, -1, 0}};
     {
@@ -217,7 +219,7 @@ TEST_F(PolicyRules, AreRefusedWithoutPolicyOrRuleOrKnownAction) {
             EXPECT_EQ(utm_app_set_rule(policy, &rule), -1) << rule.action;
     }
     EXPECT_EQ(world::trace(), "");
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(PolicyRules, LeaveOtherRulesAndOtherApplicationsAlone) {
@@ -227,11 +229,11 @@ TEST_F(PolicyRules, LeaveOtherRulesAndOtherApplicationsAlone) {
     world::set_active(true);
     const config_policy_rule_t rule = {12, 2, 0};
     EXPECT_EQ(utm_app_update_app_in_policy(4, &rule), 0);
-    EXPECT_EQ(usage_and_policy(),
-              " 3 apps: 11 used 90/0/0 blocked 0 ruled; 12 used 90/0/0 blocked 1 ruled; "
-              "13 used 90/0/0 blocked 0 ruled;\n"
-              "policy 4: profile 1, 3 apps: 12 action 2 limit 0 used; 13 action 1 limit 60 used; "
-              "11 action 1 limit 60 used;\n");
+    EXPECT_EQ(usage_and_policy(), "apps 3\n"
+                                  "  app 11: used 90/0/0, blocked 0, days [] next 0, rule 1/60\n"
+                                  "  app 12: used 90/0/0, blocked 1, days [] next 0, rule 2/0\n"
+                                  "  app 13: used 90/0/0, blocked 0, days [] next 0, rule 1/60\n"
+                                  "policy 4: profile 1, count 3, rules 12/2/0 13/1/60 11/1/60\n");
 }
 
 TEST_F(PolicyRules, UnblockEveryDeviceWhenABlockBecomesALimitNotYetReached) {
@@ -248,7 +250,7 @@ TEST_F(PolicyRules, UnblockEveryDeviceWhenABlockBecomesALimitNotYetReached) {
                               "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
                               "run lcsh apg acl del AA:BB:CC:DD:EE:0F 12 0\n"
                               "log Add apps to policy 4 success\n");
-    EXPECT_EQ(usage_of(profile, 12)->blocked, 0);
+    EXPECT_EQ(world::usage_of(profile, 12)->blocked, 0);
 }
 
 TEST_F(PolicyRules, SucceedAlthoughTheirLinesFail) {

@@ -1,8 +1,8 @@
 #include "store/policies.h"
 
 #include "core/owners.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -39,7 +39,8 @@ TEST_F(Policies, ReturnTheIdOfANewPolicy) {
     for (const int32_t id : {4, 1, INT32_MAX}) {
         EXPECT_EQ(utm_app_create_policy(id), id);
         EXPECT_EQ(world::trace(), "log Create policy " + std::to_string(id) + " success\n");
-        EXPECT_EQ(policy_text(id), "policy " + std::to_string(id) + ": profile none, 0 apps:\n");
+        EXPECT_EQ(world::render_policy(id),
+                  "policy " + std::to_string(id) + ": profile none, count 0, rules\n");
     }
 }
 
@@ -49,15 +50,15 @@ TEST_F(Policies, RefuseIdsBelowOne) {
         EXPECT_EQ(world::trace(),
                   "log Create policy " + std::to_string(id) + " failed because id <= 0\n");
     }
-    EXPECT_EQ(store_text(), "");
+    EXPECT_EQ(world::render_lists(), "");
 }
 
 TEST_F(Policies, RefuseAnIdThatIsTaken) {
     world::make_policy(4, {{12, 1, 30}});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     EXPECT_EQ(utm_app_create_policy(4), -1);
     EXPECT_EQ(world::trace(), "log Create policy 4 failed because policy already exist\n");
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 // ---- Adding and updating rules -------------------------------------------------------------
@@ -83,13 +84,13 @@ TEST_F(Policies, UpdateARuleThatIsThereAlreadyInsteadOfDoublingIt) {
 
 TEST_F(Policies, RejectActionsOutsideOfTheirRange) {
     world::make_policy(4, {{10, 1, 30}});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     for (const int32_t action : {3, -1, 255, 256, INT32_MAX, INT32_MIN})
         for (const int32_t app_id : {10, 20}) {
             EXPECT_EQ(add_apps(4, {{app_id, action, 5}}), -1) << action;
             EXPECT_EQ(world::trace(), "log Add apps to policy 4 failed\n");
         }
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(Policies, StoreTheValidRulesAroundARejectedOne) {
@@ -103,13 +104,13 @@ TEST_F(Policies, StoreTheValidRulesAroundARejectedOne) {
 
 TEST_F(Policies, AddNoRulesWithSuccess) {
     world::make_policy(4, {{10, 1, 30}});
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     const config_policy_rule_t rule = {20, 2, 0};
     for (const int32_t count : {0, -1, INT32_MIN}) {
         EXPECT_EQ(utm_app_add_apps_to_policy(4, &rule, count), 0);
         EXPECT_EQ(world::trace(), "log Add apps to policy 4 success\n");
     }
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(Policies, RefuseRulesForAMissingPolicy) {
@@ -190,7 +191,7 @@ TEST_F(Policies, KeepThePolicyAndItsCountWhenTheRulesAreDeleted) {
     world::make_policy(4, {{10, 1, 30}, {20, 2, 0}, {30, 1, 5}});
     EXPECT_EQ(utm_app_delete_policy(4), 0);
     EXPECT_EQ(world::trace(), "");
-    EXPECT_EQ(policy_text(4), "policy 4: profile none, 3 apps:\n");
+    EXPECT_EQ(world::render_policy(4), "policy 4: profile none, count 3, rules\n");
     EXPECT_EQ(apps_of_policy(4), "3: 0/0/0 0/0/0 0/0/0");
 }
 
@@ -202,7 +203,7 @@ TEST_F(Policies, CountOnFromTheOldValueAfterDeletion) {
     ASSERT_EQ(add_apps(4, {{40, 0, 0}}), 0);
     EXPECT_EQ(apps_of_policy(4), "3: 0/0/0 0/0/0 0/0/0");
     ASSERT_EQ(utm_app_delete_policy(4), 0);
-    EXPECT_EQ(policy_text(4), "policy 4: profile none, 3 apps:\n");
+    EXPECT_EQ(world::render_policy(4), "policy 4: profile none, count 3, rules\n");
 }
 
 TEST_F(Policies, CountNoFurtherThanTheirIntegerGoes) {
@@ -218,20 +219,19 @@ TEST_F(Policies, ReleaseTheBoundProfileWhenTheRulesAreDeleted) {
         config_user_profile_t *profile = world::make_profile(1, both);
         world::make_usage(profile, {{10, 5}, {20, 6}, {50, 7}});
         world::make_policy(4, {{10, 1, 30}, {20, 2, 0}, {30, 1, 5}}, profile);
-        usage_of(profile, 20)->blocked = 1;
-        usage_of(profile, 50)->blocked = 1; // no rule, and released all the same
+        world::usage_of(profile, 20)->blocked = 1;
+        world::usage_of(profile, 50)->blocked = 1; // no rule, and released all the same
         world::set_active(active);
         EXPECT_EQ(utm_app_delete_policy(4), 0);
-        EXPECT_EQ(world::trace(), reset_lines(both));
-        EXPECT_EQ(store_text(),
-                  "profile 1: enable 0, limit 1440+0, used 0/0/0, blocked 0, since 1772625600, "
-                  "policy 4\n"
-                  " week 0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"
-                  " 2 devices \"001122334455 AABBCCDDEE0F \": "
-                  "00:11:22:33:44:55 AA:BB:CC:DD:EE:0F\n"
-                  " 3 apps: 10 used 5/0/0 blocked 0; 20 used 6/0/0 blocked 0; "
-                  "50 used 7/0/0 blocked 0;\n"
-                  "policy 4: profile 1, 3 apps:\n");
+        EXPECT_EQ(world::trace(), world::reset_lines(both));
+        EXPECT_EQ(world::render_lists(),
+                  "profile 1: devices 2 [001122334455 AABBCCDDEE0F ], enabled 0, limit 1440 + 0, "
+                  "used 0/0/0, blocked 0, collected +0, apps 3, policy 4\n"
+                  "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"
+                  "  app 10: used 5/0/0, blocked 0, days [] next 0\n"
+                  "  app 20: used 6/0/0, blocked 0, days [] next 0\n"
+                  "  app 50: used 7/0/0, blocked 0, days [] next 0\n"
+                  "policy 4: profile 1, count 3, rules\n");
     }
 }
 
@@ -241,7 +241,7 @@ TEST_F(Policies, KeepTheWholeProfileCutOffWhenTheRulesAreDeleted) {
     profile->blocked = 1;
     world::make_policy(4, {{10, 2, 0}}, profile);
     EXPECT_EQ(utm_app_delete_policy(4), 0);
-    EXPECT_EQ(world::trace(), reset_lines(both));
+    EXPECT_EQ(world::trace(), world::reset_lines(both));
     EXPECT_EQ(profile->blocked, 1);
 }
 

@@ -1,8 +1,8 @@
 #include "store/profiles.h"
 
 #include "store/policies.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -19,10 +19,10 @@ using world::both;
 /// What a new profile looks like.
 std::string new_profile_text(int32_t id) {
     return "profile " + std::to_string(id) +
-           ": enable 0, limit 1440+0, used 0/0/0, blocked 0, since 1772625600, policy none\n"
-           " week 0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"
-           " 0 devices none:\n"
-           " 0 apps:\n";
+           ": devices 0 [], enabled 0, limit 1440 + 0, used 0/0/0, blocked 0, collected +0, apps "
+           "0, "
+           "policy none\n"
+           "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n";
 }
 
 // ---- Creating ------------------------------------------------------------------------------
@@ -30,7 +30,7 @@ std::string new_profile_text(int32_t id) {
 TEST_F(Profiles, StartWithoutALimitInForce) {
     EXPECT_EQ(utm_app_create_profile(7), 0);
     EXPECT_EQ(world::trace(), "log Create profile 7 success\n");
-    EXPECT_EQ(store_text(), new_profile_text(7));
+    EXPECT_EQ(world::render_lists(), new_profile_text(7));
 }
 
 TEST_F(Profiles, TakeAnyId) {
@@ -40,7 +40,7 @@ TEST_F(Profiles, TakeAnyId) {
         EXPECT_EQ(world::trace(), "log Create profile " + std::to_string(id) + " success\n");
         all += new_profile_text(id);
     }
-    EXPECT_EQ(store_text(), all);
+    EXPECT_EQ(world::render_lists(), all);
 }
 
 TEST_F(Profiles, StartTheirFirstIntervalAtTheirCreation) {
@@ -56,7 +56,7 @@ TEST_F(Profiles, AreLeftAloneWhenTheyAreCreatedAgain) {
     EXPECT_EQ(utm_app_create_profile(7), 0);
     EXPECT_EQ(world::trace(), "log Create profile 7 success\n"
                               "log Create profile 7 success\n");
-    EXPECT_EQ(store_text(), new_profile_text(7));
+    EXPECT_EQ(world::render_lists(), new_profile_text(7));
 }
 
 TEST_F(Profiles, KeepEverythingTheyOwnWhenTheyAreCreatedAgain) {
@@ -64,9 +64,9 @@ TEST_F(Profiles, KeepEverythingTheyOwnWhenTheyAreCreatedAgain) {
     profile->daily_used = 30;
     world::make_usage(profile, {{12, 5}});
     world::make_policy(4, {{12, 2, 0}}, profile);
-    const std::string before = store_text();
+    const std::string before = world::render_lists();
     EXPECT_EQ(utm_app_create_profile(7), 0);
-    EXPECT_EQ(store_text(), before);
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(Profiles, CanBeMadeOutsideOfAnyList) {
@@ -78,7 +78,7 @@ TEST_F(Profiles, CanBeMadeOutsideOfAnyList) {
     for (const config_list_node_t *head :
          {&profile->weekday_list, &profile->device_list, &profile->app_stat_list})
         EXPECT_TRUE(list_is_empty(head));
-    EXPECT_EQ(store_text() + world::trace(), "");
+    EXPECT_EQ(world::render_lists() + world::trace(), "");
     free(profile);
 }
 
@@ -96,10 +96,11 @@ TEST_F(Profiles, GetTheirSevenWeekdaysAppended) {
         EXPECT_EQ(utm_app_add_weekday_limits(7), 0);
     }
     EXPECT_EQ(world::trace(), "");
-    EXPECT_NE(profile_text(7).find(" week 0=60 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440 "
-                                   "0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"),
-              std::string::npos)
-        << profile_text(7);
+    EXPECT_NE(
+        world::render_profile(7).find("  weekdays 0:60 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440 "
+                                      "0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n"),
+        std::string::npos)
+        << world::render_profile(7);
 }
 
 // ---- Deleting ------------------------------------------------------------------------------
@@ -108,7 +109,7 @@ TEST_F(Profiles, AreDeletedWithSuccessWhenMissing) {
     world::make_profile(1);
     EXPECT_EQ(utm_app_delete_profile(9), 0);
     EXPECT_EQ(world::trace(), "log Delete profile 9 success\n");
-    EXPECT_EQ(store_text(), new_profile_text(1));
+    EXPECT_EQ(world::render_lists(), new_profile_text(1));
 }
 
 TEST_F(Profiles, LeaveNothingBehind) {
@@ -119,11 +120,11 @@ TEST_F(Profiles, LeaveNothingBehind) {
     world::make_policy(5, {});
     world::make_profile(3);
     EXPECT_EQ(utm_app_delete_profile(2), 0);
-    EXPECT_EQ(world::trace(), reset_lines(both) +
+    EXPECT_EQ(world::trace(), world::reset_lines(both) +
                                   "log Delete user profile 2 and unblock all success\n"
                                   "log Delete profile 2 success\n");
-    EXPECT_EQ(store_text(),
-              new_profile_text(1) + new_profile_text(3) + "policy 5: profile none, 0 apps:\n");
+    EXPECT_EQ(world::render_lists(), new_profile_text(1) + new_profile_text(3) +
+                                         "policy 5: profile none, count 0, rules\n");
 }
 
 TEST_F(Profiles, ReleaseTheirDevicesWhetherOrNotTheFeatureIsActive) {
@@ -135,13 +136,13 @@ TEST_F(Profiles, ReleaseTheirDevicesWhetherOrNotTheFeatureIsActive) {
     } const table[] = {
         {"without devices", false, 0, 0, ""},
         {"without devices, blocked", false, 1, 1, ""},
-        {"free", true, 1, 0, reset_lines(both)},
+        {"free", true, 1, 0, world::reset_lines(both)},
         {"blocked", true, 1, 1,
-         reset_lines(both) + "event unblock profile 1\n"
-                             "log send event: unblock profile 1 to use network\n"},
+         world::reset_lines(both) + "event unblock profile 1\n"
+                                    "log send event: unblock profile 1 to use network\n"},
         {"blocked, limit disabled", true, 0, 1,
-         reset_lines(both) + "event unblock profile 1\n"
-                             "log send event: unblock profile 1 to use network\n"},
+         world::reset_lines(both) + "event unblock profile 1\n"
+                                    "log send event: unblock profile 1 to use network\n"},
     };
     for (const auto &row : table)
         for (const bool active : {false, true}) {
@@ -167,17 +168,17 @@ TEST_F(Profiles, AreDeletedAlthoughTheirLinesFail) {
                               "log Command lcsh apg acl reset 00:11:22:33:44:55 return 256 != 0\n"
                               "log Delete user profile 1 and unblock all success\n"
                               "log Delete profile 1 success\n");
-    EXPECT_EQ(store_text(), "");
+    EXPECT_EQ(world::render_lists(), "");
 }
 
 TEST_F(Profiles, TakeTheirPolicyWithThem) {
     world::make_policy(4, {{12, 2, 0}}, world::make_profile(1));
     EXPECT_EQ(utm_app_delete_profile(1), 0);
-    EXPECT_EQ(policy_text(4), "no policy 4\n");
+    EXPECT_EQ(world::render_policy(4), "no policy 4\n");
     EXPECT_EQ(utm_app_create_policy(4), 4);
     EXPECT_EQ(utm_app_create_profile(1), 0);
     EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);
-    EXPECT_EQ(policy_text(4), "policy 4: profile 1, 0 apps:\n");
+    EXPECT_EQ(world::render_policy(4), "policy 4: profile 1, count 0, rules\n");
 }
 
 TEST_F(Profiles, AreFlushedInListOrder) {
@@ -195,7 +196,7 @@ TEST_F(Profiles, AreFlushedInListOrder) {
                               "run lcsh apg acl reset 00:11:22:33:44:55\n"
                               "log Delete user profile 9 and unblock all success\n"
                               "log Flush all profiles success\n");
-    EXPECT_EQ(store_text(), "policy 6: profile none, 0 apps:\n");
+    EXPECT_EQ(world::render_lists(), "policy 6: profile none, count 0, rules\n");
 }
 
 TEST_F(Profiles, AreFlushedWithSuccessWhenThereAreNone) {

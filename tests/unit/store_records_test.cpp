@@ -3,8 +3,8 @@
 #include "core/saturate.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "tests/unit/support/store_state.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 #include "usage/accounting.h"
 
 #include <algorithm>
@@ -154,14 +154,12 @@ TEST_F(Store, ListsProfilesAndPoliciesInCreationOrder) {
         ASSERT_EQ(utm_app_create_profile(id), 0);
     for (const int32_t id : {8, 2})
         ASSERT_EQ(utm_app_create_policy(id), id);
-    const std::string rest = ": enable 0, limit 1440+0, used 0/0/0, blocked 0, since 1772625600, "
-                             "policy none\n"
-                             " week 0=1440 1=1440 2=1440 3=1440 4=1440 5=1440 6=1440\n"
-                             " 0 devices none:\n"
-                             " 0 apps:\n";
-    EXPECT_EQ(store_text(), "profile 5" + rest + "profile 3" + rest + "profile 9" + rest +
-                                "policy 8: profile none, 0 apps:\n"
-                                "policy 2: profile none, 0 apps:\n");
+    const std::string rest = ": devices 0 [], enabled 0, limit 1440 + 0, used 0/0/0, blocked 0, "
+                             "collected +0, apps 0, policy none\n"
+                             "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n";
+    EXPECT_EQ(world::render_lists(), "profile 5" + rest + "profile 3" + rest + "profile 9" + rest +
+                                         "policy 8: profile none, count 0, rules\n"
+                                         "policy 2: profile none, count 0, rules\n");
 }
 
 TEST_F(Store, ListsTheApplicationReportedLastFirst) {
@@ -179,8 +177,8 @@ TEST_F(Store, ListsTheApplicationReportedLastFirst) {
 
 TEST_F(Store, ListsTheRuleAddedLastFirst) {
     world::make_policy(4, {{7, 1, 30}, {8, 2, 0}});
-    EXPECT_EQ(policy_text(4),
-              "policy 4: profile none, 2 apps: 8 action 2 limit 0; 7 action 1 limit 30;\n");
+    EXPECT_EQ(world::render_policy(4),
+              "policy 4: profile none, count 2, rules 8/2/0 (unused) 7/1/30 (unused)\n");
 }
 
 TEST_F(Store, FindsByIdOrFindsNothing) {
@@ -215,7 +213,7 @@ TEST_F(Store, TellsAddressesApartByEveryByte) {
 TEST_F(Store, FindsTheFirstOfEqualRecords) {
     config_user_profile_t *profile = world::make_profile(1);
     world::make_usage(profile, {{12, 1}, {12, 2}});
-    EXPECT_EQ(usage_of(profile, 12)->daily_used, 1);
+    EXPECT_EQ(world::usage_of(profile, 12)->daily_used, 1);
 }
 
 TEST_F(Store, StartsWithEmptyListsAndTheGivenTime) {
@@ -240,8 +238,7 @@ std::string relinked(config_user_profile_t *profile) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_link_policy_to_usage(profile);
     }
-    const std::string text = profile_text(profile->user_profile_id);
-    return text.substr(text.rfind(" apps:") - 1) + policy_text(4);
+    return world::render_apps(profile->user_profile_id) + world::render_policy(4);
 }
 
 TEST_F(Store, LinksRulesAndUsageOfTheSameApplication) {
@@ -249,18 +246,21 @@ TEST_F(Store, LinksRulesAndUsageOfTheSameApplication) {
     world::make_usage(profile, {{10, 1}, {20, 2}, {30, 3}});
     world::make_policy(4, {{30, 1, 60}, {40, 2, 0}, {10, 2, 0}}, profile);
     EXPECT_EQ(relinked(profile),
-              "3 apps: 10 used 1/0/0 blocked 0 ruled; 20 used 2/0/0 blocked 0; "
-              "30 used 3/0/0 blocked 0 ruled;\n"
-              "policy 4: profile 1, 3 apps: 10 action 2 limit 0 used; 40 action 2 limit 0; "
-              "30 action 1 limit 60 used;\n");
+              "apps 3\n"
+              "  app 10: used 1/0/0, blocked 0, days [] next 0, rule 2/0\n"
+              "  app 20: used 2/0/0, blocked 0, days [] next 0\n"
+              "  app 30: used 3/0/0, blocked 0, days [] next 0, rule 1/60\n"
+              "policy 4: profile 1, count 3, rules 10/2/0 40/2/0 (unused) 30/1/60\n");
 }
 
 TEST_F(Store, LinksARuleToTheFirstOfEqualUsageRecords) {
     config_user_profile_t *profile = world::make_profile(1);
     world::make_policy(4, {{10, 1, 60}}, profile);
     world::make_usage(profile, {{10, 1}, {10, 2}});
-    EXPECT_EQ(relinked(profile), "2 apps: 10 used 1/0/0 blocked 0 ruled; 10 used 2/0/0 blocked 0;\n"
-                                 "policy 4: profile 1, 1 apps: 10 action 1 limit 60 used;\n");
+    EXPECT_EQ(relinked(profile), "apps 2\n"
+                                 "  app 10: used 1/0/0, blocked 0, days [] next 0, rule 1/60\n"
+                                 "  app 10: used 2/0/0, blocked 0, days [] next 0\n"
+                                 "policy 4: profile 1, count 1, rules 10/1/60\n");
 }
 
 TEST_F(Store, ReplacesStaleLinks) {
@@ -269,16 +269,17 @@ TEST_F(Store, ReplacesStaleLinks) {
     config_app_policy_t *policy = world::make_policy(4, {{30, 1, 60}, {20, 2, 0}}, profile);
     config_policy_app_t *first = list_record<config_policy_app_t>(policy->app_list.next);
     first->app_id = 10; // what was rule 20
-    EXPECT_EQ(relinked(profile),
-              "2 apps: 10 used 1/0/0 blocked 0 ruled; 20 used 2/0/0 blocked 0;\n"
-              "policy 4: profile 1, 2 apps: 10 action 2 limit 0 used; 30 action 1 limit 60;\n");
+    EXPECT_EQ(relinked(profile), "apps 2\n"
+                                 "  app 10: used 1/0/0, blocked 0, days [] next 0, rule 2/0\n"
+                                 "  app 20: used 2/0/0, blocked 0, days [] next 0\n"
+                                 "policy 4: profile 1, count 2, rules 10/2/0 30/1/60 (unused)\n");
 }
 
 TEST_F(Store, LeavesAProfileWithoutPolicyUntouched) {
     config_user_profile_t *profile = world::make_profile(1);
     world::make_usage(profile, {{10, 1}});
     config_policy_app_t rule = {};
-    usage_of(profile, 10)->policy_app = &rule;
+    world::usage_of(profile, 10)->policy_app = &rule;
     const mutex_guard lock(utm_app_config_mutex);
     utm_app_link_policy_to_usage(profile);
     config_app_usage_t *usage = utm_app_find_app_usage(&profile->app_stat_list, 10);
@@ -296,8 +297,8 @@ TEST_F(Store, LeavesNoRulePointingAtFreedUsage) {
         profile->app_count = 0;
     }
     EXPECT_EQ(relinked(profile),
-              "0 apps:\n"
-              "policy 4: profile 1, 2 apps: 20 action 2 limit 0; 10 action 1 limit 60;\n");
+              "apps 0\n"
+              "policy 4: profile 1, count 2, rules 20/2/0 (unused) 10/1/60 (unused)\n");
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "usage/app_index.h"
 
-#include "tests/unit/support/int32_limits.h"
+#include "tests/lib/int32_limits.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,6 +1,6 @@
 #include "usage/calendar.h"
 
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "usage/collector.h"
 
-#include "tests/unit/support/render.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include "store/store.h"
 

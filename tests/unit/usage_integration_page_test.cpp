@@ -7,9 +7,9 @@
 #include "usage/collector.h"
 #include "usage/statistics_query.h"
 
-#include "tests/unit/support/exchange.h"
+#include "tests/lib/exchange.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
-#include "tests/unit/support/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "usage/limits.h"
 
-#include "tests/unit/support/int32_limits.h"
-#include "tests/unit/support/render.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/int32_limits.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <gtest/gtest.h>
 

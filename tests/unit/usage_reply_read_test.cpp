@@ -2,7 +2,7 @@
 
 #include "usage/statistics_query.h"
 
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 #include "usage/reports.h"
 
 #include "core/owners.h"
-#include "tests/unit/support/int32_limits.h"
-#include "tests/unit/support/render.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/int32_limits.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "usage/rollover.h"
 
-#include "tests/unit/support/render.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 #include "usage/collector.h"
 #include "usage/top_apps.h"
 

@@ -1,7 +1,7 @@
 /// Runs the unit tests in a private /tmp, where the debug log of a test meets nobody else's.
 
 #include "sim/harness/sandbox.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <gtest/gtest.h>
 

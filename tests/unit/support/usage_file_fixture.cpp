@@ -7,7 +7,7 @@
 #include "persist/import.h"
 #include "store/policies.h"
 #include "store/profiles.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 #include "usage/top_apps.h"
 
 #include <algorithm>

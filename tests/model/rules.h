@@ -1,8 +1,8 @@
 #pragma once
 /// The operations, as the model tells them. A result says whether the operation succeeded.
 
-#include "tests/unit/model/change.h"
-#include "tests/unit/model/state.h"
+#include "tests/model/change.h"
+#include "tests/model/state.h"
 
 namespace model {
 

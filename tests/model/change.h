@@ -1,7 +1,7 @@
 #pragma once
 /// What somebody else does to the usage files between two operations of the daemon.
 
-#include "tests/unit/model/state.h"
+#include "tests/model/state.h"
 
 namespace model {
 

@@ -1,8 +1,8 @@
 #pragma once
 /// Random operations on the daemon: small ranges, so that they meet, and sometimes bad values.
 
-#include "tests/unit/model/change.h"
-#include "tests/unit/model/state.h"
+#include "tests/model/change.h"
+#include "tests/model/state.h"
 
 #include "format/protocol.h"
 

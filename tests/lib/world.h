@@ -1,7 +1,7 @@
 #pragma once
 /// The world that a unit test sees: fakes in place of the calls to the outside.
 ///
-/// The linker puts these behind `system`, `popen`, the clock, the notification calls and the
+/// The linker puts these in place of `system`, `popen`, the clock, the notification calls and the
 /// allocator. Everything that the daemon does to the outside is one line of the *trace*, in
 /// the order in which it happened, log lines included:
 ///
@@ -119,6 +119,14 @@ void make_usage(config_user_profile_t *profile, const std::vector<config_app_min
 /// without a line in the trace.
 config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rule_t> &rules,
                                  config_user_profile_t *profile = nullptr);
+
+/// @return the profile's usage record of an application, or null
+config_app_usage_t *usage_of(config_user_profile_t *profile, int32_t app_id);
+
+/// The trace's lines for one command on each of the devices, in order.
+std::string block_lines(const std::vector<mac_t> &macs, int32_t app_id);
+std::string unblock_lines(const std::vector<mac_t> &macs, int32_t app_id);
+std::string reset_lines(const std::vector<mac_t> &macs);
 
 /// Sets the feature switch without its side effects.
 void set_active(bool active);

@@ -1,4 +1,4 @@
-#include "tests/unit/support/sockets.h"
+#include "tests/lib/sockets.h"
 
 #include <cerrno>
 #include <fstream>

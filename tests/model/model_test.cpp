@@ -1,12 +1,12 @@
 /// The daemon against the model: thousands of random operations, and both must agree on every
 /// reply, every line of the trace and the whole store after each of them.
 
-#include "tests/unit/model/operations.h"
-#include "tests/unit/model/rules.h"
+#include "tests/model/operations.h"
+#include "tests/model/rules.h"
 
-#include "tests/unit/support/exchange.h"
-#include "tests/unit/support/render.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/exchange.h"
+#include "tests/lib/render.h"
+#include "tests/lib/world.h"
 
 #include "core/debug_log.h"
 #include "persist/export_schedule.h"

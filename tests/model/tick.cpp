@@ -1,4 +1,4 @@
-#include "tests/unit/model/rules.h"
+#include "tests/model/rules.h"
 
 namespace model {
 

@@ -1,4 +1,4 @@
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include "core/debug_log.h"
 #include "core/owners.h"
@@ -108,6 +108,18 @@ void empty_log() {
     std::filesystem::remove_all(debug_log_directory);
     std::filesystem::create_directory(debug_log_directory);
     std::ofstream{debug_log_path};
+}
+
+std::string command_lines(const char *verb, const std::vector<world::mac_t> &macs,
+                          const std::string &rest) {
+    std::string lines;
+    for (const world::mac_t &mac : macs) {
+        char address[18];
+        snprintf(address, sizeof(address), "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2],
+                 mac[3], mac[4], mac[5]);
+        lines += std::string("run lcsh apg acl ") + verb + " " + address + rest + "\n";
+    }
+    return lines;
 }
 
 } // namespace
@@ -371,6 +383,23 @@ config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rul
     state.trace = before;
     const mutex_guard lock(utm_app_config_mutex);
     return utm_app_find_policy(id);
+}
+
+config_app_usage_t *usage_of(config_user_profile_t *profile, int32_t app_id) {
+    const mutex_guard lock(utm_app_config_mutex);
+    return utm_app_find_app_usage(&profile->app_stat_list, app_id);
+}
+
+std::string block_lines(const std::vector<mac_t> &macs, int32_t app_id) {
+    return command_lines("set", macs, " " + std::to_string(app_id) + " 0 18");
+}
+
+std::string unblock_lines(const std::vector<mac_t> &macs, int32_t app_id) {
+    return command_lines("del", macs, " " + std::to_string(app_id) + " 0");
+}
+
+std::string reset_lines(const std::vector<mac_t> &macs) {
+    return command_lines("reset", macs, "");
 }
 
 void set_active(bool active) {

@@ -1,6 +1,6 @@
-#include "tests/unit/model/operations.h"
+#include "tests/model/operations.h"
 
-#include "tests/unit/support/exchange.h"
+#include "tests/lib/exchange.h"
 
 #include <climits>
 

@@ -1,4 +1,4 @@
-#include "tests/unit/support/exchange.h"
+#include "tests/lib/exchange.h"
 
 #include "control/dispatcher.h"
 

@@ -1,6 +1,6 @@
-#include "tests/unit/model/state.h"
+#include "tests/model/state.h"
 
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -57,9 +57,11 @@ std::string render_app(const app_t &app, const rule_t *rule) {
 }
 
 std::string render_profile(state_t &state, const profile_t &profile) {
-    std::string text = text_of("profile %d: devices %zu [%s], enabled %d, limit %d + %d, ",
-                               profile.id, profile.devices.size(), profile.device_text.c_str(),
-                               profile.enabled, profile.limit, profile.extend);
+    std::string text =
+        text_of("profile %d: devices %zu [%s]", profile.id, profile.devices.size(),
+                profile.device_text.c_str()) +
+        (profile.devices.empty() && !profile.device_text.empty() ? " (really [])" : "") +
+        text_of(", enabled %d, limit %d + %d, ", profile.enabled, profile.limit, profile.extend);
     text +=
         used_text(profile.used) +
         text_of(", blocked %d, collected %+lld, apps %d, policy %s\n  weekdays", profile.blocked,
