@@ -5,7 +5,7 @@
 /// Each of so many clients (4) makes so many requests (10000) of a command type (35, a profile's
 /// usage) with an id (1), one connection after the other, as the front end does.
 
-#include "bench/socket_client.h"
+#include "sim/harness/client.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,17 +25,18 @@ struct client_t {
 };
 
 void run(client_t *client, long requests, const utm_app_config_cmd &request) {
-    std::vector<char> buffer;
+    const std::string bytes = sim_bytes(request);
+    std::string answer;
     for (long n = 0; n < requests; ++n) {
         const clock_type::time_point start = clock_type::now();
-        const long received = socket_request(UTM_APP_CONFIG_SOCKET_PATH, request, &buffer);
+        const bool answered = sim_converse(UTM_APP_CONFIG_SOCKET_PATH, bytes, &answer);
         const std::chrono::duration<double, std::micro> took = clock_type::now() - start;
-        if (received <= 0) {
+        if (!answered || answer.empty()) {
             ++client->failures;
             continue;
         }
         client->microseconds.push_back(took.count());
-        client->bytes += received;
+        client->bytes += static_cast<long>(answer.size());
     }
 }
 

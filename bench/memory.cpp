@@ -17,7 +17,7 @@ size_t heap_in_use() {
 
 /// @return the bytes of a list's records
 template <typename Record>
-size_t bytes_of(list_range<Record> records) {
+size_t sim_bytes(list_range<Record> records) {
     size_t bytes = 0;
     for ([[maybe_unused]] const Record &record : records)
         bytes += sizeof(Record);
@@ -27,15 +27,15 @@ size_t bytes_of(list_range<Record> records) {
 /// @return the bytes of every record, the device list strings among them
 size_t bytes_of_records() {
     const mutex_guard lock(utm_app_config_mutex);
-    size_t bytes = bytes_of(all_profiles()) + bytes_of(all_policies()) + bytes_of(global_apps());
+    size_t bytes = sim_bytes(all_profiles()) + sim_bytes(all_policies()) + sim_bytes(global_apps());
     for (config_user_profile_t &profile : all_profiles()) {
-        bytes += bytes_of(weekdays_of(&profile)) + bytes_of(devices_of(&profile)) +
-                 bytes_of(apps_of(&profile));
+        bytes += sim_bytes(weekdays_of(&profile)) + sim_bytes(devices_of(&profile)) +
+                 sim_bytes(apps_of(&profile));
         if (profile.device_list_string != nullptr)
             bytes += strlen(profile.device_list_string) + 1;
     }
     for (config_app_policy_t &policy : all_policies())
-        bytes += bytes_of(rules_of(&policy));
+        bytes += sim_bytes(rules_of(&policy));
     return bytes;
 }
 

@@ -1,7 +1,7 @@
 #include "bench/round_trip.h"
 
 #include "bench/ratios.h"
-#include "bench/socket_client.h"
+#include "sim/harness/client.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,31 +9,25 @@
 
 namespace {
 
-utm_app_config_cmd request_of(uint8_t type, int32_t profile_id) {
-    utm_app_config_cmd request = {};
-    request.type = type;
-    request.arg0 = profile_id;
-    return request;
-}
-
 /// Asks the daemon once, for the answer that the minimal server gives.
 canned_t canned_of(const std::string &path, const utm_app_config_cmd &request, size_t replies) {
-    std::vector<char> buffer(replies * UTM_APP_CONFIG_REPLY_SIZE);
-    const long received = socket_request(path.c_str(), request, &buffer);
-    if (received != static_cast<long>(buffer.size())) {
-        fprintf(stderr, "The daemon answered request %d with %ld bytes\n", request.type, received);
+    std::string answer;
+    if (!sim_converse(path, sim_bytes(request), &answer) ||
+        answer.size() != replies * UTM_APP_CONFIG_REPLY_SIZE) {
+        fprintf(stderr, "The daemon answered request %d with %zu bytes\n", request.type,
+                answer.size());
         abort();
     }
-    return {request, std::string(buffer.begin(), buffer.end())};
+    return {request, answer};
 }
 
 void run(benchmark::State &state, const std::string &path, const canned_t &canned) {
-    std::vector<char> buffer(canned.answer.size());
+    const std::string request = sim_bytes(canned.request);
+    std::string answer(canned.answer.size(), '\0');
     for (auto _ : state)
-        if (socket_request(path.c_str(), canned.request, &buffer) !=
-            static_cast<long>(buffer.size()))
+        if (!sim_converse(path, request, &answer) || answer.size() != canned.answer.size())
             state.SkipWithError("an answer was cut short");
-    if (std::string(buffer.begin(), buffer.end()) != canned.answer)
+    if (answer != canned.answer)
         state.SkipWithError("an answer was another one");
 }
 
@@ -47,8 +41,9 @@ round_trip_t::round_trip_t(const household_size_t &size)
     // A listening socket stays reachable where its name goes, which makes room for the next one.
     if (rename(UTM_APP_CONFIG_SOCKET_PATH, socket_path_.c_str()) != 0)
         abort();
-    one_ = canned_of(socket_path_, request_of(UTM_APP_CONFIG_GET_PROFILE_USAGE, size.profiles), 1);
-    list_ = canned_of(socket_path_, request_of(UTM_APP_CONFIG_GET_APP_USAGE, size.profiles),
+    one_ = canned_of(socket_path_,
+                     {.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = size.profiles}, 1);
+    list_ = canned_of(socket_path_, {.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = size.profiles},
                       static_cast<size_t>(size.apps) + 1);
     minimal_.start_minimal(minimal_path_.c_str(), {one_, list_}, UTM_APP_CONFIG_REPLY_SIZE);
     streaming_.start_minimal(streaming_path_.c_str(), {one_, list_},

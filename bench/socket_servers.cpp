@@ -2,6 +2,7 @@
 
 #include "control/socket_server.h"
 #include "daemon.h"
+#include "sim/harness/client.h"
 
 #include <algorithm>
 #include <csignal>
@@ -11,7 +12,6 @@
 #include <sys/prctl.h>
 #include <sys/select.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,18 +25,6 @@ int fork_server() {
     if (pid < 0)
         abort();
     return pid;
-}
-
-int listen_at(const char *path) {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    strncpy(address.sun_path, path, sizeof(address.sun_path) - 1);
-    unlink(path);
-    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0 ||
-        listen(fd, 15) != 0)
-        abort();
-    return fd;
 }
 
 void answer(int fd, const std::vector<canned_t> &canned, size_t piece) {
@@ -104,7 +92,9 @@ void server_process::start_daemon(const household_size_t &size) {
 
 void server_process::start_minimal(const char *path, const std::vector<canned_t> &canned,
                                    size_t piece) {
-    const int listening = listen_at(path);
+    const int listening = sim_listen(path, 15);
+    if (listening < 0)
+        abort();
     pid_ = fork_server();
     if (pid_ == 0)
         serve(listening, canned, piece);

@@ -1,5 +1,6 @@
 #pragma once
-/// A client of the daemon's control socket.
+/// A client of the daemon's control socket: of the demo, the tests and the benchmarks. A request is
+/// the wire's own record: `{.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}`.
 
 #include "format/protocol.h"
 #include "sim/harness/files.h"
@@ -8,33 +9,24 @@
 #include <string>
 #include <vector>
 
-using sim_mac = std::array<uint8_t, 6>;
-
-/// A request with every argument that it does not name at zero:
-/// `{.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}`.
-struct sim_request {
-    uint8_t type;
-    int32_t arg0 = 0;
-    int32_t arg1 = 0;
-    int32_t arg2 = 0;
-    int32_t arg3 = 0;
-    int32_t arg4 = 0;
-};
-
-utm_app_config_cmd sim_command(const sim_request &request);
+using sim_mac = std::array<uint8_t, UTM_APP_CONFIG_MAC_SIZE>;
 
 /// ADD_DEVICE or DEL_DEVICE.
 utm_app_config_cmd sim_device_command(uint8_t type, int32_t profile_id, const sim_mac &mac);
 
-/// LOAD_SIGNATURE, IMPORT_STATISTICS or EXPORT_STATISTICS; a longer path is cut to 127 bytes.
+/// LOAD_SIGNATURE, IMPORT_STATISTICS or EXPORT_STATISTICS. A path that fills all 128 bytes goes
+/// without its NUL; a longer one is cut.
 utm_app_config_cmd sim_path_command(uint8_t type, const std::string &path);
 
-/// ADD_APPS_TO_POLICY with at most ten rules.
+/// ADD_APPS_TO_POLICY. A request has room for fifteen rules; a daemon takes ten of them.
 utm_app_config_cmd sim_rules_command(int32_t policy_id,
                                      const std::vector<utm_app_config_app_entry> &rules);
 
 /// "02:00:00:00:00:0A" to its bytes; all zero when it is not written like that.
 sim_mac sim_parse_mac(const std::string &text);
+
+/// @return a request as it is sent
+std::string sim_bytes(const utm_app_config_cmd &command);
 
 /// Everything that one connection answered.
 struct sim_answer {
@@ -44,19 +36,38 @@ struct sim_answer {
     std::vector<utm_app_config_reply> replies = {}; ///< the whole replies among them
 };
 
-/// @return a descriptor connected to the daemon, which the caller closes, or -1
-int sim_connect();
+/// @return a descriptor connected to the daemon, or to whoever listens at a path; the caller
+/// closes it. -1 where nobody listens.
+int sim_connect(const std::string &path = UTM_APP_CONFIG_SOCKET_PATH);
 
-/// Reads until the daemon closes the connection.
+/// @return a socket that listens at a path, whatever was there before, and accepts nobody; the
+/// caller closes it. -1 when that failed.
+int sim_listen(const std::string &path, int backlog);
+
+/// Sends everything in one write, without a SIGPIPE.
+/// @return false when the other end has gone
+bool sim_send(int fd, const std::string &bytes);
+
+/// Reads until the other end closes the connection. Where `bytes` is as long as what comes, or
+/// longer, nothing is copied or allocated: a benchmark measures the server.
+///
+/// @param bytes  overwritten
+/// @return whether it was closed in time
+bool sim_read_to_end(int fd, std::string *bytes, sim_timeout timeout = {});
+
+/// A whole conversation at a path, as a benchmark has it: it connects, sends in one write and
+/// reads to the end, without a limit.
+/// @param answer  overwritten, as by `sim_read_to_end`
+/// @return whether it was answered to the end
+bool sim_converse(const std::string &path, const std::string &bytes, std::string *answer);
+
+/// Reads as `sim_read_to_end` does and takes the replies apart.
 sim_answer sim_read_answer(int fd, sim_timeout timeout = {});
 
 /// Sends one request in one write and reads the answer to its end.
-sim_answer sim_ask(const sim_request &request, sim_timeout timeout = {});
+sim_answer sim_ask(const utm_app_config_cmd &command, sim_timeout timeout = {});
 
-/// The same for a request with an overlay, or one that was put together by hand.
-sim_answer sim_ask_command(const utm_app_config_cmd &command, sim_timeout timeout = {});
-
-/// Sends any bytes at all, in one write, and reads the answer to its end.
+/// The same with any bytes at all.
 sim_answer sim_ask_bytes(const std::string &bytes, sim_timeout timeout = {});
 
 /// @return the status of the last reply, or -1 when there was none

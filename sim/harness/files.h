@@ -12,6 +12,9 @@ struct sim_timeout {
     std::chrono::milliseconds limit{20'000};
 };
 
+/// For reading an answer: without a limit.
+inline constexpr sim_timeout sim_forever = {std::chrono::milliseconds::max()};
+
 /// @return the file's bytes; none when there is no such file
 std::string sim_read_file(const std::string &path);
 

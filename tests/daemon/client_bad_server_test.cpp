@@ -47,7 +47,7 @@ TEST(ClientBadServer, AReplyMayComeByteByByte) {
     const std::string reply = wire_of({.status = 0, .activate = 1});
     const fake_server server(FAKE_SOCKET, [&reply](int fd, const std::string &) {
         for (const char byte : reply)
-            if (!put(fd, std::string(1, byte)) || (&byte != &reply.back() && !is_consumed(fd)))
+            if (!sim_send(fd, std::string(1, byte)) || (&byte != &reply.back() && !is_consumed(fd)))
                 return;
     });
     EXPECT_EQ(ask_fake({"status"}), done("limits     on\ndebug log  off\n"));
@@ -62,7 +62,7 @@ TEST(ClientBadServer, PiecesNeedNotEndWhereRepliesDo) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string bytes = week_of_limits();
         for (size_t at = 0; at < bytes.size(); at += 1000)
-            if (!put(fd, bytes.substr(at, 1000)) || (at + 1000 < bytes.size() && !is_consumed(fd)))
+            if (!sim_send(fd, bytes.substr(at, 1000)) || (at + 1000 < bytes.size() && !is_consumed(fd)))
                 return;
     });
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
@@ -141,7 +141,7 @@ TEST(ClientBadServer, AListThatEndsWithARefusalPrintsNothing) {
 TEST(ClientBadServer, AHistoryThatEndsWithARefusalPrintsNothing) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &request) {
         const bool is_history = request[0] == UTM_APP_CONFIG_GET_PREV_DAY_USAGE;
-        put(fd, is_history ? status_reply(DATA) + status_reply(1) : status_reply(0));
+        sim_send(fd, is_history ? status_reply(DATA) + status_reply(1) : status_reply(0));
     });
     EXPECT_EQ(ask_fake({"usage", "3", "--history"}), fails(1, NO_PROFILE));
 }
@@ -158,7 +158,7 @@ TEST(ClientBadServer, AWeekOfMoreThanSevenDaysIsNotBelieved) {
 TEST(ClientBadServer, AListWithoutEndIsGivenUp) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string entry = wire_of({.status = DATA, .app_id = 305, .app_minutes = 1});
-        while (put(fd, entry)) {
+        while (sim_send(fd, entry)) {
         }
     });
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), fails(4, TOO_LONG));

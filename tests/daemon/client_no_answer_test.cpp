@@ -75,13 +75,13 @@ TEST(ClientNoAnswer, AFileIsNoSocket) {
 }
 
 TEST(ClientNoAnswer, ASocketThatADaemonLeftBehindHasNone) {
-    close(listen_at(FAKE_SOCKET, 1));
+    close(sim_listen(FAKE_SOCKET, 1));
     EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}), no_daemon(FAKE_SOCKET, "Connection refused"));
     unlink(FAKE_SOCKET);
 }
 
 TEST(ClientNoAnswer, ASocketThatMayNotBeUsedHasOtherAdvice) {
-    const int listener = listen_at(FAKE_SOCKET, 1);
+    const int listener = sim_listen(FAKE_SOCKET, 1);
     chmod(FAKE_SOCKET, 0);
 
     EXPECT_EQ(
@@ -113,7 +113,7 @@ TEST(ClientNoAnswer, AReportWithoutADaemonLeavesNoFileBehind) {
 }
 
 TEST(ClientNoAnswer, AConnectionClosedUnreadIsABrokenReply) {
-    const int listener = listen_at(FAKE_SOCKET, 1);
+    const int listener = sim_listen(FAKE_SOCKET, 1);
     std::thread closer([listener] { close(accept(listener, nullptr, nullptr)); });
 
     EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}),
@@ -135,7 +135,7 @@ TEST(ClientNoAnswer, AServerThatSaysNothingIsGivenUp) {
 
 TEST(ClientNoAnswer, AServerThatStopsInTheMiddleIsGivenUp) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
-        put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA, .weekday_minutes = 1}));
+        sim_send(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA, .weekday_minutes = 1}));
         client_goes(fd, 20'000);
     });
     EXPECT_EQ(impatient({"weekday", "show", "3"}), TIMED_OUT);
@@ -143,7 +143,7 @@ TEST(ClientNoAnswer, AServerThatStopsInTheMiddleIsGivenUp) {
 
 TEST(ClientNoAnswer, AServerThatDripsIsGivenUp) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
-        while (put(fd, std::string(1, '\0')) && !client_goes(fd, 100)) {
+        while (sim_send(fd, std::string(1, '\0')) && !client_goes(fd, 100)) {
         }
     });
     EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
@@ -152,14 +152,14 @@ TEST(ClientNoAnswer, AServerThatDripsIsGivenUp) {
 TEST(ClientNoAnswer, AListOfNothingWithoutEndIsGivenUp) {
     // The one entry of a profile that used nothing, again and again: it takes no memory.
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
-        while (put(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA}))) {
+        while (sim_send(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA}))) {
         }
     });
     EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
 }
 
 TEST(ClientNoAnswer, AQueueThatStaysFullIsGivenUp) {
-    const int listener = listen_at(FAKE_SOCKET, 1);
+    const int listener = sim_listen(FAKE_SOCKET, 1);
     sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
     std::copy(std::begin(FAKE_SOCKET), std::end(FAKE_SOCKET), address.sun_path);
     const std::vector<int> fillers = fill_queue(address);

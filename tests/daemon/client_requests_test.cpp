@@ -14,7 +14,7 @@ using request_list = std::vector<utm_app_config_cmd>;
 /// @return what the client sends to a server that says yes to everything
 std::vector<std::string> sent_by(word_list words) {
     const fake_server server(FAKE_SOCKET,
-                             [](int fd, const std::string &) { put(fd, wire_of({.status = 0})); });
+                             [](int fd, const std::string &) { sim_send(fd, wire_of({.status = 0})); });
     words.insert(words.begin(), {"-s", FAKE_SOCKET});
     const appctl_end end = appctl(words);
     EXPECT_EQ(end.status, 0) << end;
@@ -32,8 +32,8 @@ void expect_sent(const word_list &words, const request_list &requests) {
     EXPECT_EQ(sent_by(words), bytes_of_all(requests)) << testing::PrintToString(words);
 }
 
-utm_app_config_cmd plain(const sim_request &request) {
-    return sim_command(request);
+utm_app_config_cmd plain(const utm_app_config_cmd &request) {
+    return request;
 }
 
 } // namespace

@@ -24,11 +24,11 @@ void visit_profiles() {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, TABLET)), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, TABLET)), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 9, TABLET)), FAIL);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 3, PHONE)), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 9, PHONE)), FAIL);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, TABLET)), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, TABLET)), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 9, TABLET)), FAIL);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 3, PHONE)), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 9, PHONE)), FAIL);
 }
 
 constexpr char PROFILES_LOG[] = R"([socket] Receive cmd type=0
@@ -104,10 +104,10 @@ void visit_policies() {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 0}), FAIL);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 7}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 7}), FAIL);
-    EXPECT_EQ(ask_command(sim_rules_command(7, {})), FAIL);
+    EXPECT_EQ(ask(sim_rules_command(7, {})), FAIL);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_APPS_TO_POLICY, .arg0 = 7, .arg1 = 11}), FAIL);
-    EXPECT_EQ(ask_command(sim_rules_command(8, {{305, 2, 0}})), FAIL);
-    EXPECT_EQ(ask_command(sim_rules_command(7, {{305, 1, 10}, {306, 2, 0}})), OK);
+    EXPECT_EQ(ask(sim_rules_command(8, {{305, 2, 0}})), FAIL);
+    EXPECT_EQ(ask(sim_rules_command(7, {{305, 1, 10}, {306, 2, 0}})), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 3, .arg1 = 8}), FAIL);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 9, .arg1 = 7}), FAIL);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 3, .arg1 = 7}), OK);
@@ -143,8 +143,8 @@ Add policy 7 to profile 3 failed because already has policy
 
 void visit_blocks() {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 10}), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, PHONE)), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 3, PHONE)), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, PHONE)), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 3, PHONE)), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 5}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 9}), FAIL);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = 31}), FAIL);

@@ -64,9 +64,9 @@ protected:
     void set_up_a_profile() {
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1}), 0);
-        EXPECT_EQ(ask_command(sim_rules_command(1, {{300, 1, 5}})), 0);
+        EXPECT_EQ(ask(sim_rules_command(1, {{300, 1, 5}})), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1}), 0);
     }
 };
@@ -88,7 +88,7 @@ TEST_F(DaemonOpenDescriptors, CommandsInheritTheStandardStreamsOnly) {
     ASSERT_TRUE(wait_for_descriptors(5));
 
     set_up_a_profile();
-    EXPECT_EQ(ask_command(sim_rules_command(1, {{301, 2, 0}})), 0);
+    EXPECT_EQ(ask(sim_rules_command(1, {{301, 2, 0}})), 0);
 
     EXPECT_THAT(journal(),
                 ElementsAre(router_query(NOON, NOON), "lcsh apg on", "notify status_changed 1 1",
@@ -119,7 +119,7 @@ TEST_F(DaemonOpenDescriptors, TheScriptOfALeavingDeviceInheritsTheStandardStream
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5}), 0);
     tick();
 
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 1, {2})), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_DEL_DEVICE, 1, {2})), 0);
 
     EXPECT_EQ(journal().back(), "profile_daily_limit.sh -C 1");
     EXPECT_THAT(inherited_by("profile_daily_limit.sh"), ElementsAre(ElementsAre(0, 1, 2)));
@@ -186,7 +186,7 @@ TEST_F(DaemonOpenDescriptors, AClientSeesItsConnectionCloseWhileAQueryRuns) {
     sim_clock_grant(&clock, 60);
     ASSERT_TRUE(wait_for_journal("ubus", 2));
 
-    ASSERT_TRUE(send_bytes(before, bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}))));
+    ASSERT_TRUE(sim_send(before, sim_bytes({.type = UTM_APP_CONFIG_PING})));
 
     const sim_answer answer = sim_read_answer(before);
     EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_OK);
@@ -215,7 +215,7 @@ TEST_F(DaemonOpenDescriptors, TicksAndCommandsLeaveNoDescriptorBehind) {
     set_up_a_profile();
     for (int i = 0; i < 20; ++i) {
         tick();
-        EXPECT_EQ(ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/none")), 255);
+        EXPECT_EQ(ask(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/none")), 255);
     }
 
     EXPECT_TRUE(wait_for_descriptors(4));

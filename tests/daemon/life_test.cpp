@@ -29,8 +29,8 @@ protected:
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 2}), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, SECOND_DEVICE)), 0);
+        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
+        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, SECOND_DEVICE)), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5}), 0);
         prescribe("reply.profile",
@@ -117,9 +117,9 @@ TEST_F(DaemonLife, ATickQueriesTheProfilesInOrderAndThenTheRouter) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 5}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 4}), 0);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, SECOND_DEVICE)), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, FIRST_DEVICE)), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, SECOND_DEVICE)), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, SECOND_DEVICE)), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, FIRST_DEVICE)), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, SECOND_DEVICE)), 0);
 
     tick();
 
@@ -161,7 +161,7 @@ TEST_F(DaemonLife, AnInterruptDuringStartUpLeadsStraightToTheEnd) {
 TEST_F(DaemonLife, AnInterruptDuringATickLetsTheTickFinish) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
     shut_gate("ubus");
     sim_clock_grant(&clock, 60);
     ASSERT_TRUE(wait_for_journal("ubus"));
@@ -227,7 +227,7 @@ TEST_F(DaemonLife, TheEndLeavesThePathToWhoeverHasTakenIt) {
 TEST_F(DaemonLife, ATerminationSignalEndsItWithoutTheClosingWork) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
 
     ASSERT_TRUE(sim_daemon_signal(daemon, SIGTERM));
 

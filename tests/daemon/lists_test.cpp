@@ -26,7 +26,7 @@ protected:
         daemon_test::SetUp();
         start();
         ASSERT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-        ASSERT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+        ASSERT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
         std::vector<std::pair<int, int>> apps;
         for (int i = 0; i < APPS; ++i)
             apps.push_back({FIRST_APP + i, i + 1});
@@ -36,7 +36,7 @@ protected:
     }
 };
 
-const sim_request LONG_LIST = {
+const utm_app_config_cmd LONG_LIST = {
     .type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_DAY};
 
 /// @return whether the replies are that many entries and the end

@@ -47,7 +47,7 @@ void add_household() {
         for (int device = 0; device < DEVICES; ++device) {
             const sim_mac mac = {
                 2, 0, 0, 0, static_cast<uint8_t>(profile), static_cast<uint8_t>(device)};
-            ASSERT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, profile, mac)), 0);
+            ASSERT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, profile, mac)), 0);
         }
     }
 }

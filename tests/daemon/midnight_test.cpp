@@ -31,13 +31,13 @@ protected:
         start();
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1,
-                                                 sim_parse_mac("02:00:00:00:00:01"))),
+        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1,
+                                         sim_parse_mac("02:00:00:00:00:01"))),
                   0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 6}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1}), 0);
-        EXPECT_EQ(ask_command(sim_rules_command(1, {{305, 1, 3}})), 0);
+        EXPECT_EQ(ask(sim_rules_command(1, {{305, 1, 3}})), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
         journal_start = journal().size();
@@ -91,7 +91,7 @@ send event: unblock profile 1 to use network
 Block app 305 for profile 1 because 3 exceed 3
 )";
 
-utm_app_config_reply first_reply(const sim_request &request) {
+utm_app_config_reply first_reply(const utm_app_config_cmd &request) {
     const sim_answer answer = sim_ask(request);
     EXPECT_FALSE(answer.replies.empty());
     return answer.replies.empty() ? utm_app_config_reply{} : answer.replies.front();

@@ -49,8 +49,8 @@ TEST_F(DaemonOverload, ConnectionsPastTheTableAreNeitherServedNorClosed) {
     ASSERT_TRUE(wait_for_log(expected.back()));
     const int refused = clients.back();
     const int served = clients[static_cast<size_t>(room) - 1];
-    ASSERT_TRUE(send_bytes(refused, PING));
-    ASSERT_TRUE(send_bytes(served, PING));
+    ASSERT_TRUE(sim_send(refused, PING));
+    ASSERT_TRUE(sim_send(served, PING));
 
     EXPECT_EQ(sim_status(sim_read_answer(served)), UTM_APP_CONFIG_STATUS_OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK) << "a slot is free";
@@ -72,7 +72,7 @@ TEST_F(DaemonOverload, AFullTableIsServedAgainWhenItsClientsGo) {
 
     connect_clients(room);
     for (const int fd : clients) {
-        ASSERT_TRUE(send_bytes(fd, PING));
+        ASSERT_TRUE(sim_send(fd, PING));
         EXPECT_EQ(sim_status(sim_read_answer(fd)), UTM_APP_CONFIG_STATUS_OK);
     }
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
@@ -124,7 +124,7 @@ TEST_F(DaemonOverload, WithoutADescriptorTheClientsInsideAreStillServed) {
     const int waiting = send_request({.type = UTM_APP_CONFIG_PING});
 
     for (const int fd : clients) {
-        ASSERT_TRUE(send_bytes(fd, PING));
+        ASSERT_TRUE(sim_send(fd, PING));
         EXPECT_EQ(sim_status(sim_read_answer(fd)), UTM_APP_CONFIG_STATUS_OK);
     }
     EXPECT_EQ(sim_status(sim_read_answer(waiting)), UTM_APP_CONFIG_STATUS_OK);

@@ -21,7 +21,7 @@ protected:
         daemon_test::SetUp();
         start();
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), 0);
-        EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, {2})), 0);
+        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, {2})), 0);
     }
     /// A daemon that finds another shell than the simulated router's.
     void put_in_place_of_the_shell(const std::string &script) {
@@ -35,7 +35,7 @@ protected:
 };
 
 /// Asks for one reply and returns it.
-utm_app_config_reply reply_to(const sim_request &request) {
+utm_app_config_reply reply_to(const utm_app_config_cmd &request) {
     const sim_answer answer = sim_ask(request);
     EXPECT_TRUE(answer.closed);
     EXPECT_EQ(answer.replies.size(), 1u);
@@ -44,7 +44,7 @@ utm_app_config_reply reply_to(const sim_request &request) {
 }
 
 /// Asks for a list and returns its entries without the end.
-std::vector<utm_app_config_reply> entries_of(const sim_request &request) {
+std::vector<utm_app_config_reply> entries_of(const utm_app_config_cmd &request) {
     sim_answer answer = sim_ask(request);
     EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_OK);
     if (!answer.replies.empty())
@@ -162,7 +162,7 @@ TEST_F(DaemonReplies, ASignatureIsNotLoadedWhenNoLineSaysSo) {
     put_in_place_of_the_shell("echo load; echo ed; exit 0");
 
     const sim_answer answer =
-        sim_ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"));
+        sim_ask(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"));
 
     EXPECT_EQ(sim_status(answer), UTM_APP_CONFIG_STATUS_NOT_LOADED);
     EXPECT_EQ(answer.bytes.size(), UTM_APP_CONFIG_REPLY_SIZE);
@@ -192,11 +192,11 @@ TEST_F(DaemonReplies, TheLongestPathIsCutToTheCommandLineS127Characters) {
 }
 
 TEST_F(DaemonReplies, APathWithoutItsEndStaysWithinTheRequest) {
-    utm_app_config_cmd command = sim_command({.type = UTM_APP_CONFIG_LOAD_SIGNATURE});
+    utm_app_config_cmd command = utm_app_config_cmd{.type = UTM_APP_CONFIG_LOAD_SIGNATURE};
     memset(reinterpret_cast<char *>(&command) + UTM_APP_CONFIG_PATH_OFFSET, 'p',
            UTM_APP_CONFIG_PATH_SIZE);
 
-    EXPECT_EQ(ask_command(command), UTM_APP_CONFIG_STATUS_NOT_LOADED);
+    EXPECT_EQ(ask(command), UTM_APP_CONFIG_STATUS_NOT_LOADED);
 
     EXPECT_EQ(journal().back(), "lcsh load " + std::string(117, 'p'));
 }

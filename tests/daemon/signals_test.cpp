@@ -24,8 +24,8 @@ protected:
 };
 
 utm_app_config_cmd switch_the_feature(std::mt19937 &random) {
-    return sim_command(
-        {.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = static_cast<int32_t>(random() % 2)});
+    return utm_app_config_cmd{.type = UTM_APP_CONFIG_SET_ACTIVATE,
+                              .arg0 = static_cast<int32_t>(random() % 2)};
 }
 
 /// @return whether the socket takes no more connections
@@ -84,7 +84,7 @@ TEST_F(DaemonSignals, PipeSignalsDuringCommandsAndLogLinesAreAllLogged) {
 TEST_F(DaemonSignals, PipeSignalsDuringTicksAreAllLogged) {
     start_with_log();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
     sim_clock_grant(&clock, 60 * 50);
 
     send_pipe_signals(100);
@@ -144,7 +144,7 @@ TEST_F(DaemonSignals, AnInterruptInTheMiddleOfManyCommandsEndsItWithStatus0) {
 TEST_F(DaemonSignals, AnInterruptWhileASignatureLoadsLetsTheCommandFinish) {
     start();
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), 0);
     const int busy = occupy_the_socket_thread();
     const size_t before = journal().size();
 

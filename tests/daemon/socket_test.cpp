@@ -91,10 +91,10 @@ TEST_F(DaemonSocket, WhatFollowsARequestIsLost) {
 TEST_F(DaemonSocket, ARequestWhosePiecesArriveApartGetsNoReply) {
     start_with_log();
     const int fd = sim_connect();
-    ASSERT_TRUE(send_bytes(fd, PING.substr(0, 100)));
+    ASSERT_TRUE(sim_send(fd, PING.substr(0, 100)));
     ASSERT_TRUE(sim_wait_for([fd] { return is_readable(fd); })) << "the first piece is not read";
 
-    EXPECT_FALSE(send_bytes(fd, PING.substr(100))) << "it waits for the second";
+    EXPECT_FALSE(sim_send(fd, PING.substr(100))) << "it waits for the second";
 
     const sim_answer answer = sim_read_answer(fd);
     EXPECT_EQ(answer.bytes, "");
@@ -107,8 +107,8 @@ TEST_F(DaemonSocket, ARequestWhosePiecesWaitTogetherIsServed) {
     start();
     const int busy = occupy_the_socket_thread();
     const int fd = sim_connect();
-    ASSERT_TRUE(send_bytes(fd, PING.substr(0, 100)));
-    ASSERT_TRUE(send_bytes(fd, PING.substr(100)));
+    ASSERT_TRUE(sim_send(fd, PING.substr(0, 100)));
+    ASSERT_TRUE(sim_send(fd, PING.substr(100)));
     open_gates();
 
     EXPECT_EQ(sim_status(sim_read_answer(fd)), UTM_APP_CONFIG_STATUS_OK);
@@ -143,7 +143,7 @@ TEST_F(DaemonSocket, AClientThatSaysNothingDelaysNobody) {
 
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 
-    ASSERT_TRUE(send_bytes(silent.back(), PING));
+    ASSERT_TRUE(sim_send(silent.back(), PING));
     EXPECT_EQ(sim_status(sim_read_answer(silent.back())), UTM_APP_CONFIG_STATUS_OK)
         << "it may still make up its mind";
     for (const int fd : silent)
@@ -170,10 +170,9 @@ TEST_F(DaemonSocket, ClientsThatAreReadyTogetherAreServedInSlotOrderEachInFull) 
     ASSERT_TRUE(wait_for_descriptors(6));
     const int busy = occupy_the_socket_thread();
     unlink(LOG_PATH);
-    const std::string list =
-        bytes_of(sim_command({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = 1}));
-    ASSERT_TRUE(send_bytes(second, PING));
-    ASSERT_TRUE(send_bytes(first, list));
+    const std::string list = sim_bytes({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = 1});
+    ASSERT_TRUE(sim_send(second, PING));
+    ASSERT_TRUE(sim_send(first, list));
     open_gates();
 
     const sim_answer answer_to_first = sim_read_answer(first);
@@ -196,9 +195,9 @@ TEST_F(DaemonSocket, ClosingTheHighestDescriptorLeavesTheOthersServed) {
     const int high = sim_connect();
     ASSERT_TRUE(wait_for_descriptors(6));
 
-    ASSERT_TRUE(send_bytes(high, PING));
+    ASSERT_TRUE(sim_send(high, PING));
     EXPECT_EQ(sim_status(sim_read_answer(high)), UTM_APP_CONFIG_STATUS_OK);
-    ASSERT_TRUE(send_bytes(low, PING));
+    ASSERT_TRUE(sim_send(low, PING));
     EXPECT_EQ(sim_status(sim_read_answer(low)), UTM_APP_CONFIG_STATUS_OK);
     close(low);
     close(high);

@@ -28,13 +28,11 @@ protected:
     void use_everything_up() {
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
         for (const char *mac : {"02:00:00:00:00:01", "02:00:00:00:00:02"})
-            EXPECT_EQ(
-                ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, sim_parse_mac(mac))),
-                0);
+            EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, sim_parse_mac(mac))), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 60}), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1}), 0);
-        EXPECT_EQ(ask_command(sim_rules_command(1, {{305, 1, 10}})), 0);
+        EXPECT_EQ(ask(sim_rules_command(1, {{305, 1, 10}})), 0);
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1}), 0);
         prescribe("reply.profile", OVER_EVERY_LIMIT);
         tick();

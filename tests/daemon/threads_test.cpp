@@ -28,8 +28,8 @@ protected:
 
 utm_app_config_cmd random_with_log(std::mt19937 &random) {
     if (random() % 8 == 0)
-        return sim_command(
-            {.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = static_cast<int32_t>(random() % 2)});
+        return utm_app_config_cmd{.type = UTM_APP_CONFIG_SET_DEBUG,
+                                  .arg0 = static_cast<int32_t>(random() % 2)};
     return random_command(random);
 }
 
@@ -45,12 +45,12 @@ request_maker always(uint8_t type) {
             return sim_path_command(type, "/tmp/saved.json");
         const bool is_switch =
             type == UTM_APP_CONFIG_SET_ACTIVATE || type == UTM_APP_CONFIG_SET_DEBUG;
-        return sim_command({.type = type,
-                            .arg0 = is_switch ? minutes % 2 : 1,
-                            .arg1 = 1,
-                            .arg2 = minutes % 2,
-                            .arg3 = minutes,
-                            .arg4 = minutes});
+        return utm_app_config_cmd{.type = type,
+                                  .arg0 = is_switch ? minutes % 2 : 1,
+                                  .arg1 = 1,
+                                  .arg2 = minutes % 2,
+                                  .arg3 = minutes,
+                                  .arg4 = minutes};
     };
 }
 
@@ -58,14 +58,14 @@ request_maker always(uint8_t type) {
 void set_up_everything() {
     ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1});
     ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1});
-    ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2}));
+    ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2}));
     ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1});
     ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5});
     ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 1, .arg4 = 2});
     ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1});
-    ask_command(sim_rules_command(1, {{305, 1, 1}, {310, 2, 0}}));
+    ask(sim_rules_command(1, {{305, 1, 1}, {310, 2, 0}}));
     ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1});
-    ask_command(sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, "/tmp/saved.json"));
+    ask(sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, "/tmp/saved.json"));
 }
 
 constexpr uint8_t COMMAND_TYPES[] = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31, 32, 33, 34, 35,

@@ -22,11 +22,11 @@ protected:
 };
 
 int save(const std::string &path) {
-    return ask_command(sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, path));
+    return ask(sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, path));
 }
 
 int restore(const std::string &path) {
-    return ask_command(sim_path_command(UTM_APP_CONFIG_IMPORT_STATISTICS, path));
+    return ask(sim_path_command(UTM_APP_CONFIG_IMPORT_STATISTICS, path));
 }
 
 /// Right after boot the daemon saves nothing by itself.
@@ -38,11 +38,11 @@ bool machine_runs_for_a_minute() {
 /// Profile 1 with a device; application 305 may be used for ten minutes.
 void set_up_a_profile() {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), OK);
-    EXPECT_EQ(ask_command(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2})), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 30}), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 1}), OK);
-    EXPECT_EQ(ask_command(sim_rules_command(1, {{305, 1, 10}})), OK);
+    EXPECT_EQ(ask(sim_rules_command(1, {{305, 1, 10}})), OK);
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = 1, .arg1 = 1}), OK);
 }
 

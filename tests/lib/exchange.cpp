@@ -11,14 +11,6 @@ namespace {
 
 constexpr size_t reply_size = 832;
 
-std::string all_of(int fd) {
-    std::string bytes;
-    char chunk[4096];
-    for (ssize_t n; (n = read(fd, chunk, sizeof(chunk))) > 0;)
-        bytes.append(chunk, static_cast<size_t>(n));
-    return bytes;
-}
-
 std::string status_name(uint8_t status) {
     switch (status) {
     case 0:
@@ -92,62 +84,58 @@ std::string describe_one(uint8_t type, const std::string &bytes) {
     return text;
 }
 
+/// What nobody reads is not 0.
+/// @param used  bytes that the request names, its overlay included
+utm_app_config_cmd filled(utm_app_config_cmd command, size_t used = 0) {
+    const size_t from = std::max(used, offsetof(utm_app_config_cmd, tail));
+    memset(command.reserved, 0xA5, sizeof(command.reserved));
+    memset(reinterpret_cast<char *>(&command) + from, 0x5A, sizeof(command) - from);
+    return command;
+}
+
 } // namespace
 
 namespace world {
 
 utm_app_config_cmd request(uint8_t type, std::initializer_list<int32_t> arguments) {
-    utm_app_config_cmd request = {};
-    memset(request.reserved, 0xA5, sizeof(request.reserved));
-    memset(request.tail, 0x5A, sizeof(request.tail));
-    request.type = type;
     int32_t values[5] = {};
     std::copy(arguments.begin(), arguments.end(), values);
-    memcpy(reinterpret_cast<char *>(&request) + 8, values, sizeof(values));
-    return request;
+    return filled({.type = type,
+                   .arg0 = values[0],
+                   .arg1 = values[1],
+                   .arg2 = values[2],
+                   .arg3 = values[3],
+                   .arg4 = values[4]});
 }
 
 utm_app_config_cmd device_request(uint8_t type, int32_t profile_id,
                                   const std::vector<uint8_t> &mac) {
-    utm_app_config_cmd device = request(type, {profile_id});
-    memcpy(reinterpret_cast<char *>(&device) + 12, mac.data(), mac.size());
-    return device;
-}
-
-utm_app_config_cmd path_request(uint8_t type, const std::string &path) {
-    utm_app_config_cmd with_path = {};
-    with_path.type = type;
-    memcpy(reinterpret_cast<char *>(&with_path) + 8, path.data(),
-           std::min<size_t>(path.size(), 128));
-    return with_path;
+    sim_mac bytes = {};
+    std::copy_n(mac.begin(), bytes.size(), bytes.begin());
+    return filled(sim_device_command(type, profile_id, bytes));
 }
 
 utm_app_config_cmd rules_request(int32_t policy_id, int32_t count,
-                                 const std::vector<wire_rule_t> &rules) {
-    static_assert(sizeof(wire_rule_t) == 8);
-    utm_app_config_cmd with_rules = request(43, {policy_id, count});
-    memcpy(reinterpret_cast<char *>(&with_rules) + 16, rules.data(),
-           std::min<size_t>(rules.size(), 15) * sizeof(wire_rule_t));
-    return with_rules;
+                                 const std::vector<utm_app_config_app_entry> &rules) {
+    utm_app_config_cmd command = sim_rules_command(policy_id, rules);
+    command.arg1 = count;
+    return filled(command, UTM_APP_CONFIG_APP_LIST_OFFSET + rules.size() * sizeof(rules[0]));
 }
 
 std::string exchange_bytes(const std::string &sent) {
     int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        abort();
-    if (write(ends[0], sent.data(), sent.size()) != static_cast<ssize_t>(sent.size()))
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0 || !sim_send(ends[0], sent))
         abort();
     shutdown(ends[0], SHUT_WR);
     utm_app_config_cmd_dispatch(ends[1]);
     close(ends[1]);
-    const std::string answer = all_of(ends[0]);
+    const sim_answer answer = sim_read_answer(ends[0]);
     close(ends[0]);
-    return answer;
+    return answer.bytes;
 }
 
 std::string exchange(const utm_app_config_cmd &request) {
-    const std::string bytes(reinterpret_cast<const char *>(&request), sizeof(request));
-    return describe(request.type, exchange_bytes(bytes));
+    return describe(request.type, exchange_bytes(sim_bytes(request)));
 }
 
 std::string describe(uint8_t type, const std::string &bytes) {

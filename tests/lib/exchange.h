@@ -4,6 +4,7 @@
 /// Replies are taken apart by the documented offsets, as a client in another language would.
 
 #include "format/protocol.h"
+#include "sim/harness/client.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -20,24 +21,10 @@ utm_app_config_cmd request(uint8_t type, std::initializer_list<int32_t> argument
 utm_app_config_cmd device_request(uint8_t type, int32_t profile_id,
                                   const std::vector<uint8_t> &mac);
 
-/// LOAD_SIGNATURE, IMPORT_STATISTICS and EXPORT_STATISTICS; a text that fills all 128 bytes goes
-/// without its NUL.
-utm_app_config_cmd path_request(uint8_t type, const std::string &path);
-
 /// ADD_APPS_TO_POLICY.
-struct wire_rule_t {
-    uint32_t app_id;
-    uint16_t action;
-    uint16_t limit;
-};
+/// @param count  as the request says, whatever the number of rules is
 utm_app_config_cmd rules_request(int32_t policy_id, int32_t count,
-                                 const std::vector<wire_rule_t> &rules);
-
-/// @return a record of the wire as it is sent
-template <typename Record>
-std::string bytes_of(const Record &record) {
-    return std::string(reinterpret_cast<const char *>(&record), sizeof(record));
-}
+                                 const std::vector<utm_app_config_app_entry> &rules);
 
 /// Sends bytes to the dispatcher, closes the sending side, and returns all that comes back.
 std::string exchange_bytes(const std::string &sent);

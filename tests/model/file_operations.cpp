@@ -21,7 +21,7 @@ operation_t generator_t::file_command(uint8_t type, const std::string &path) {
     operation_t operation;
     operation.kind = kind_t::command;
     operation.text = "command " + std::to_string(type) + " " + path;
-    operation.request = bytes_of(world::path_request(type, path));
+    operation.request = sim_bytes(sim_path_command(type, path));
     return operation;
 }
 
@@ -120,10 +120,10 @@ void generator_t::plan_restart() {
         plan_.push_back(file_command(50, path()));
     operation_t debug = command(41);
     debug.text = "command 41 1";
-    debug.request = bytes_of(world::request(41, {1}));
+    debug.request = sim_bytes(world::request(41, {1}));
     operation_t activate = command(39);
     activate.text = "command 39 1";
-    activate.request = bytes_of(world::request(39, {1}));
+    activate.request = sim_bytes(world::request(39, {1}));
     plan_.push_back(one_in(3) ? activate : debug);
     plan_.push_back(plan_.back().text == debug.text ? activate : debug);
     for (int32_t id = 1; id <= 4; ++id)

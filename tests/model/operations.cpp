@@ -26,10 +26,6 @@ std::string json_of(const std::vector<figure_t> &figures) {
 
 } // namespace
 
-std::string bytes_of(const utm_app_config_cmd &request) {
-    return std::string(reinterpret_cast<const char *>(&request), sizeof(request));
-}
-
 int32_t generator_t::below(int32_t bound) {
     return static_cast<int32_t>(random_() % static_cast<uint32_t>(bound));
 }
@@ -112,10 +108,10 @@ std::string generator_t::request(uint8_t type, std::string *text) {
     if (type == 3 || type == 4) {
         const uint8_t last = static_cast<uint8_t>(0x0A + below(4));
         *text += " profile " + std::to_string(profile) + " device " + std::to_string(last);
-        return bytes_of(world::device_request(type, profile, {0, 0x11, 0x22, 0xAA, 0xBB, last}));
+        return sim_bytes(world::device_request(type, profile, {0, 0x11, 0x22, 0xAA, 0xBB, last}));
     }
     if (type == 43) {
-        std::vector<world::wire_rule_t> rules;
+        std::vector<utm_app_config_app_entry> rules;
         *text += " policy " + std::to_string(policy) + " rules";
         for (int32_t i = 1 + below(3); i > 0; --i) {
             const int action = one_in(20) ? 3 : below(3);
@@ -128,16 +124,15 @@ std::string generator_t::request(uint8_t type, std::string *text) {
             one_in(20) ? one_of({0, 11, -1, 10}) : static_cast<int32_t>(rules.size());
         *text += " of " + std::to_string(count);
         rules.resize(10);
-        return bytes_of(world::rules_request(policy, count, rules));
+        return sim_bytes(world::rules_request(policy, count, rules));
     }
     if (type == 50 || type == 51) {
         const std::string file = path();
         *text += " " + file;
-        return bytes_of(world::path_request(type, file));
+        return sim_bytes(sim_path_command(type, file));
     }
     if (type == 46)
-        return bytes_of(
-            world::path_request(type, std::string(static_cast<size_t>(below(129)), 'p')));
+        return sim_bytes(sim_path_command(type, std::string(static_cast<size_t>(below(129)), 'p')));
     int32_t first = profile;
     int32_t second = policy;
     if (type == 39 || type == 41)
@@ -157,7 +152,7 @@ std::string generator_t::request(uint8_t type, std::string *text) {
     const int32_t arguments[] = {first, second, enable, limit_minutes(), limit_minutes()};
     for (const int32_t argument : arguments)
         *text += " " + std::to_string(argument);
-    return bytes_of(world::request(type, {first, second, enable, arguments[3], arguments[4]}));
+    return sim_bytes(world::request(type, {first, second, enable, arguments[3], arguments[4]}));
 }
 
 operation_t generator_t::command() {

@@ -25,9 +25,6 @@ struct operation_t {
     int sysinfo_result = 0;
 };
 
-/// @return a request's 136 bytes
-std::string bytes_of(const utm_app_config_cmd &request);
-
 /// Makes one operation after the other. A seed always gives the same ones.
 class generator_t {
 public:

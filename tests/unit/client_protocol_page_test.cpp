@@ -227,7 +227,7 @@ TEST_F(ProtocolPage, NamesEveryCommand) {
 TEST_F(ProtocolPage, HasTheCommandsThatAreServedAndNoOther) {
     strings_t served;
     for (int type = 0; type <= UINT8_MAX; ++type)
-        if (!world::exchange_bytes(world::bytes_of(world::request(static_cast<uint8_t>(type))))
+        if (!world::exchange_bytes(sim_bytes(world::request(static_cast<uint8_t>(type))))
                  .empty())
             served.push_back(std::to_string(type));
     EXPECT_EQ(in_order(rows_of("Commands", 1)), in_order(served));
@@ -241,7 +241,7 @@ TEST_F(ProtocolPage, NamesTheFieldsOfEveryAnswer) {
         if (command.at(4).empty())
             continue;
         const auto type = static_cast<uint8_t>(std::stoi(command.at(0)));
-        const std::string bytes = world::exchange_bytes(world::bytes_of(world::request(type, {3})));
+        const std::string bytes = world::exchange_bytes(sim_bytes(world::request(type, {3})));
         ASSERT_GE(bytes.size(), UTM_APP_CONFIG_REPLY_SIZE) << command.at(1);
         EXPECT_EQ(fields_in(bytes.substr(bytes.size() - UTM_APP_CONFIG_REPLY_SIZE)),
                   fields_named(command.at(4)))
@@ -256,7 +256,7 @@ TEST_F(ProtocolPage, ShowsARequestAndItsReply) {
     ASSERT_EQ(blocks.size(), 6u);
     const std::string request = bytes_from(blocks[0], UTM_APP_CONFIG_CMD_SIZE);
     const config_user_profile_t *profile = world::make_profile(3);
-    EXPECT_EQ(request, world::bytes_of(utm_app_config_cmd{
+    EXPECT_EQ(request, sim_bytes({
                            .type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 1, 1));
     EXPECT_EQ(profile->daily_extend, 30);
@@ -267,7 +267,7 @@ TEST_F(ProtocolPage, ShowsARequestAndItsList) {
     ASSERT_EQ(blocks.size(), 6u);
     const std::string request = bytes_from(blocks[2], UTM_APP_CONFIG_CMD_SIZE);
     make_example();
-    EXPECT_EQ(request, world::bytes_of(utm_app_config_cmd{
+    EXPECT_EQ(request, sim_bytes({
                            .type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = 1000}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 3, 3));
 }

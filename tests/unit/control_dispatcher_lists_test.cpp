@@ -13,7 +13,6 @@
 
 namespace {
 
-using world::bytes_of;
 using world::exchange;
 using world::make_profile;
 using world::make_usage;
@@ -42,7 +41,7 @@ TEST_F(DispatcherLists, ListsSevenWeekdaysAndAnEnd) {
 
 TEST_F(DispatcherLists, CarriesTheLastEntryIntoTheEnd) {
     make_profile(5);
-    const std::string replies = world::exchange_bytes(bytes_of(request(31, {5})));
+    const std::string replies = world::exchange_bytes(sim_bytes(request(31, {5})));
     ASSERT_EQ(replies.size(), 8u * 832u);
     std::string last = replies.substr(6 * 832, 832);
     EXPECT_EQ(world::int32_at(last, 264), 6);
@@ -125,7 +124,7 @@ TEST_F(DispatcherLists, EndsAListEarlyForAClientThatNeverReads) {
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
     const timeval timeout = {0, 50'000};
     ASSERT_EQ(setsockopt(ends[1], SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout)), 0);
-    const std::string asked = bytes_of(request(36, {5, 0}));
+    const std::string asked = sim_bytes(request(36, {5, 0}));
     ASSERT_EQ(write(ends[0], asked.data(), asked.size()), 136);
     utm_app_config_cmd_dispatch(ends[1]);
     close(ends[1]);
@@ -184,7 +183,7 @@ TEST_F(DispatcherLists, LoadsASignatureWhenTheShellSaysSo) {
     };
     for (const load_case_t &c : cases) {
         world::on_popen([&c](const std::string &) { return c.printed; });
-        EXPECT_EQ(exchange(world::path_request(46, "/tmp/sig.bin")), c.reply) << c.printed;
+        EXPECT_EQ(exchange(sim_path_command(46, "/tmp/sig.bin")), c.reply) << c.printed;
         EXPECT_EQ(world::trace(), load + std::string("log cmd = lcsh load /tmp/sig.bin\n"
                                                      "query lcsh load /tmp/sig.bin\n"));
         EXPECT_EQ(world::open_pipes(), 0);
@@ -193,7 +192,7 @@ TEST_F(DispatcherLists, LoadsASignatureWhenTheShellSaysSo) {
 
 TEST_F(DispatcherLists, AnswersWithAShortReplyWhenTheShellCannotBeStarted) {
     world::fail_popen(1);
-    EXPECT_EQ(exchange(world::path_request(46, "x")), "not loaded in 136 bytes\n");
+    EXPECT_EQ(exchange(sim_path_command(46, "x")), "not loaded in 136 bytes\n");
     EXPECT_EQ(world::trace(), load + std::string("log cmd = lcsh load x\n"
                                                  "query failed lcsh load x\n"
                                                  "log cmd popen :lcsh load app signature fail.\n"));
@@ -203,16 +202,16 @@ TEST_F(DispatcherLists, CutsASignaturesLineAt127Characters) {
     const size_t room = 127 - strlen("lcsh load ");
     for (const size_t length : {room, room + 1, size_t{127}, size_t{128}}) {
         // A path of 128 characters comes without its NUL.
-        EXPECT_EQ(exchange(world::path_request(46, std::string(length, 'p'))), "not loaded\n");
+        EXPECT_EQ(exchange(sim_path_command(46, std::string(length, 'p'))), "not loaded\n");
         const std::string line = "lcsh load " + std::string(room, 'p') + "\n";
         EXPECT_EQ(world::trace(), load + ("log cmd = " + line) + "query " + line) << length;
     }
 }
 
 TEST_F(DispatcherLists, TakesAPathAsItStands) {
-    EXPECT_EQ(exchange(world::path_request(46, "")), "not loaded\n");
-    EXPECT_EQ(exchange(world::path_request(46, "%s%n a;b")), "not loaded\n");
-    EXPECT_EQ(exchange(world::path_request(46, std::string("ab\0cd", 5))), "not loaded\n");
+    EXPECT_EQ(exchange(sim_path_command(46, "")), "not loaded\n");
+    EXPECT_EQ(exchange(sim_path_command(46, "%s%n a;b")), "not loaded\n");
+    EXPECT_EQ(exchange(sim_path_command(46, std::string("ab\0cd", 5))), "not loaded\n");
     EXPECT_EQ(world::trace(), load +
                                   std::string("log cmd = lcsh load \n"
                                               "query lcsh load \n") +

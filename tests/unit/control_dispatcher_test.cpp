@@ -15,7 +15,6 @@
 
 namespace {
 
-using world::bytes_of;
 using world::exchange;
 using world::exchange_bytes;
 using world::make_policy;
@@ -33,13 +32,13 @@ std::string received_log(int type) {
 }
 
 TEST_F(Dispatcher, AnswersAPing) {
-    const std::string reply = exchange_bytes(bytes_of(request(0)));
+    const std::string reply = exchange_bytes(sim_bytes(request(0)));
     EXPECT_EQ(reply, std::string(832, '\0'));
     EXPECT_EQ(world::trace(), "log [socket] Receive cmd type=0\n");
 }
 
 TEST_F(Dispatcher, GivesNoReplyToARequestThatIsNotWhole) {
-    const std::string whole = bytes_of(request(1, {5}));
+    const std::string whole = sim_bytes(request(1, {5}));
     for (const size_t size : {0u, 1u, 8u, 135u})
         EXPECT_EQ(exchange_bytes(whole.substr(0, size)), "") << size;
     EXPECT_EQ(world::trace(), "");
@@ -47,7 +46,7 @@ TEST_F(Dispatcher, GivesNoReplyToARequestThatIsNotWhole) {
 }
 
 TEST_F(Dispatcher, NeverWaitsForTheRestOfARequest) {
-    const std::string whole = bytes_of(request(1, {5}));
+    const std::string whole = sim_bytes(request(1, {5}));
     for (const size_t size : {0u, 100u}) {
         int ends[2];
         ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
@@ -65,8 +64,8 @@ TEST_F(Dispatcher, NeverWaitsForTheRestOfARequest) {
 }
 
 TEST_F(Dispatcher, ServesTheFirst136BytesOfALongerRequest) {
-    EXPECT_EQ(exchange_bytes(bytes_of(request(0)) + "x").size(), 832u);
-    EXPECT_EQ(exchange_bytes(bytes_of(request(0)) + bytes_of(request(1, {5}))).size(), 832u);
+    EXPECT_EQ(exchange_bytes(sim_bytes(request(0)) + "x").size(), 832u);
+    EXPECT_EQ(exchange_bytes(sim_bytes(request(0)) + sim_bytes(request(1, {5}))).size(), 832u);
     EXPECT_EQ(world::trace(), received_log(0) + received_log(0));
 }
 
@@ -78,7 +77,7 @@ TEST_F(Dispatcher, GivesNoReplyToATypeThatIsNotServed) {
     for (int type = 0; type < 256; ++type) {
         if (served.contains(type))
             continue;
-        EXPECT_EQ(exchange_bytes(bytes_of(request(static_cast<uint8_t>(type), {5, 1, 1, 1, 1}))),
+        EXPECT_EQ(exchange_bytes(sim_bytes(request(static_cast<uint8_t>(type), {5, 1, 1, 1, 1}))),
                   "")
             << type;
         EXPECT_EQ(world::trace(), received_log(type));
@@ -252,7 +251,7 @@ TEST_F(Dispatcher, ShowsThatDebuggingIsOff) {
 
 TEST_F(Dispatcher, AddsUpToTenRulesWidened) {
     make_policy(4, {});
-    std::vector<world::wire_rule_t> rules;
+    std::vector<utm_app_config_app_entry> rules;
     for (uint32_t app_id = 1; app_id <= 10; ++app_id)
         rules.push_back({app_id, 1, static_cast<uint16_t>(app_id)});
     rules[0] = {0xFFFFFFFF, 2, 65535};
@@ -272,7 +271,7 @@ TEST_F(Dispatcher, AddsUpToTenRulesWidened) {
 TEST_F(Dispatcher, RefusesACountOfRulesThatIsNotOneToTen) {
     make_policy(4, {});
     const std::string before = world::render_store();
-    const std::vector<world::wire_rule_t> rules(15, {1, 2, 3});
+    const std::vector<utm_app_config_app_entry> rules(15, {1, 2, 3});
     for (const int32_t count : {0, 11, 15, -1, INT_MIN, INT_MAX}) {
         EXPECT_EQ(exchange(world::rules_request(4, count, rules)), "fail\n") << count;
         EXPECT_EQ(world::trace(), received_log(43)) << count;
@@ -297,17 +296,17 @@ TEST_F(Dispatcher, FailsWhenARuleOrItsPolicyIsUnknownOrMemoryRunsOut) {
 
 TEST_F(Dispatcher, RefusesTheUsageFileWhileTheFeatureIsOff) {
     for (const uint8_t type : {uint8_t{50}, uint8_t{51}}) {
-        EXPECT_EQ(exchange(world::path_request(type, "/tmp/usage.json")), "fail\n");
+        EXPECT_EQ(exchange(sim_path_command(type, "/tmp/usage.json")), "fail\n");
         EXPECT_EQ(world::trace(), received_log(type));
     }
 }
 
 TEST_F(Dispatcher, ExportsToAndImportsFromThePathOfTheRequest) {
     world::set_active(true);
-    EXPECT_EQ(exchange(world::path_request(51, "/tmp/of-the-request.json")), "ok\n");
-    EXPECT_EQ(exchange(world::path_request(50, "/tmp/of-the-request.json")), "ok\n");
-    EXPECT_EQ(exchange(world::path_request(50, "/tmp/none.json")), "fail\n");
-    EXPECT_EQ(exchange(world::path_request(51, "")), "fail\n");
+    EXPECT_EQ(exchange(sim_path_command(51, "/tmp/of-the-request.json")), "ok\n");
+    EXPECT_EQ(exchange(sim_path_command(50, "/tmp/of-the-request.json")), "ok\n");
+    EXPECT_EQ(exchange(sim_path_command(50, "/tmp/none.json")), "fail\n");
+    EXPECT_EQ(exchange(sim_path_command(51, "")), "fail\n");
     EXPECT_EQ(world::trace(),
               received_log(51) + "log export to /tmp/of-the-request.json success\n" +
                   received_log(50) + "log import from /tmp/of-the-request.json success\n" +

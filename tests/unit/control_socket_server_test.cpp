@@ -97,7 +97,7 @@ protected:
         sockets::calls();
         return fd;
     }
-    int asking(uint8_t type) { return client(world::bytes_of(world::request(type))); }
+    int asking(uint8_t type) { return client(sim_bytes(world::request(type))); }
 
     void close_client(int fd) {
         close(fd);

@@ -71,7 +71,7 @@ TEST_F(IntegrationPage, ShowsEveryLineOfTheShellForRules) {
 }
 
 TEST_F(IntegrationPage, ShowsTheLineThatLoadsSignatures) {
-    world::exchange(world::path_request(46, "/tmp/signatures.bin"));
+    world::exchange(sim_path_command(46, "/tmp/signatures.bin"));
     EXPECT_EQ(lines_beginning("lcsh load"), trace_of("query "));
 }
 

@@ -57,12 +57,12 @@ utm_app_config_cmd random_command(std::mt19937 &random) {
         return sim_path_command(UTM_APP_CONFIG_EXPORT_STATISTICS, "/tmp/exported.json");
     if (kind == 7)
         return sim_path_command(UTM_APP_CONFIG_IMPORT_STATISTICS, "/tmp/exported.json");
-    return sim_command({.type = PLAIN_COMMANDS[kind - 8],
-                        .arg0 = profile_id,
-                        .arg1 = pick(random, 0, 6),
-                        .arg2 = pick(random, 0, 1),
-                        .arg3 = pick(random, 1, 60),
-                        .arg4 = pick(random, 1, 30)});
+    return utm_app_config_cmd{.type = PLAIN_COMMANDS[kind - 8],
+                              .arg0 = profile_id,
+                              .arg1 = pick(random, 0, 6),
+                              .arg2 = pick(random, 0, 1),
+                              .arg3 = pick(random, 1, 60),
+                              .arg4 = pick(random, 1, 30)};
 }
 
 busy_clients::busy_clients(unsigned count, const request_maker &make) {
@@ -84,7 +84,7 @@ void busy_clients::stop() {
 void busy_clients::ask_until_stopped(unsigned seed, const request_maker &make) {
     std::mt19937 random(seed);
     while (!stopped_) {
-        const sim_answer answer = sim_ask_command(make(random));
+        const sim_answer answer = sim_ask(make(random));
         if (!answer.replies.empty())
             ++answered_;
         if (answer.connected && !answer.closed)

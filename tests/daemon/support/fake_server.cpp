@@ -1,6 +1,6 @@
 #include "tests/daemon/support/fake_server.h"
 
-#include "sim/harness/files.h"
+#include "sim/harness/client.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,12 +10,11 @@
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
 fake_server::fake_server(const std::string &path, fake_service serve)
-    : path_(path), listener_(listen_at(path, 8)), stop_(eventfd(0, EFD_CLOEXEC)),
+    : path_(path), listener_(sim_listen(path, 8)), stop_(eventfd(0, EFD_CLOEXEC)),
       thread_([this, serve = std::move(serve)] { serve_until_stopped(serve); }) {}
 
 fake_server::~fake_server() {
@@ -48,19 +47,6 @@ void fake_server::serve_until_stopped(const fake_service &serve) {
     }
 }
 
-int listen_at(const std::string &path, int backlog) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof address.sun_path - 1));
-    unlink(path.c_str());
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-        listen(fd, backlog) == 0)
-        return fd;
-    close(fd);
-    return -1;
-}
-
 std::string wire_of(const fake_reply &reply) {
     utm_app_config_reply wire = {};
     wire.status = reply.status;
@@ -77,10 +63,6 @@ std::string wire_of(const fake_reply &reply) {
     return std::string(reinterpret_cast<const char *>(&wire), sizeof wire);
 }
 
-bool put(int fd, const std::string &bytes) {
-    return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
-}
-
 bool client_goes(int fd, int milliseconds) {
     pollfd gone = {.fd = fd, .events = POLLRDHUP, .revents = 0};
     return poll(&gone, 1, milliseconds) > 0;
@@ -93,7 +75,7 @@ bool is_consumed(int fd) {
 }
 
 fake_service sends(const std::string &bytes) {
-    return [bytes](int fd, const std::string &) { put(fd, bytes); };
+    return [bytes](int fd, const std::string &) { sim_send(fd, bytes); };
 }
 
 appctl_end ask_fake(std::vector<std::string> words) {

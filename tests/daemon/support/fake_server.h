@@ -2,6 +2,7 @@
 /// A server that a client cannot trust: a test says what it does with each connection.
 
 #include "format/protocol.h"
+#include "sim/harness/client.h"
 #include "tests/daemon/support/appctl.h"
 
 #include <functional>
@@ -44,9 +45,6 @@ private:
     std::thread thread_;
 };
 
-/// @return a socket at a path where nobody accepts, or -1
-int listen_at(const std::string &path, int backlog);
-
 /// A reply with everything that it does not name at zero: `{.status = 2, .app_id = 305}`.
 struct fake_reply {
     uint8_t status = UTM_APP_CONFIG_STATUS_OK;
@@ -61,10 +59,6 @@ struct fake_reply {
 
 /// @return a reply as the wire has it
 std::string wire_of(const fake_reply &reply);
-
-/// Sends everything, in one write.
-/// @return false when the client has gone
-bool put(int fd, const std::string &bytes);
 
 /// Waits until the client has gone, or for so long.
 /// @return whether it has gone

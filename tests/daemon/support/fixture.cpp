@@ -72,20 +72,12 @@ std::string router_query(time_t from, time_t to) {
     return query_span(from, to) + "}'";
 }
 
-int ask(const sim_request &request) {
-    return closed_status(sim_ask(request));
-}
-
-int ask_command(const utm_app_config_cmd &command) {
-    return closed_status(sim_ask_command(command));
-}
-
-std::string bytes_of(const utm_app_config_cmd &command) {
-    return std::string(reinterpret_cast<const char *>(&command), sizeof command);
+int ask(const utm_app_config_cmd &command) {
+    return closed_status(sim_ask(command));
 }
 
 int load_signature(const std::string &path) {
-    return ask_command(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
+    return ask(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
 }
 
 std::string empty_document(time_t now) {
@@ -93,13 +85,9 @@ std::string empty_document(time_t now) {
            ",\"global_stat\":[]}";
 }
 
-bool send_bytes(int fd, const std::string &bytes) {
-    return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
-}
-
-int send_request(const sim_request &request) {
+int send_request(const utm_app_config_cmd &request) {
     const int fd = sim_connect();
-    EXPECT_TRUE(send_bytes(fd, bytes_of(sim_command(request))));
+    EXPECT_TRUE(sim_send(fd, sim_bytes(request)));
     return fd;
 }
 
@@ -197,8 +185,8 @@ int daemon_test::occupy_the_socket_thread() {
     EXPECT_TRUE(sim_write_file("/tmp/signature", "rules"));
     shut_gate("load /tmp/signature");
     const int fd = sim_connect();
-    EXPECT_TRUE(send_bytes(
-        fd, bytes_of(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"))));
+    EXPECT_TRUE(
+        sim_send(fd, sim_bytes(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"))));
     EXPECT_TRUE(wait_for_journal("load /tmp/signature"));
     return fd;
 }

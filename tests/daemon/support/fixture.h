@@ -44,16 +44,13 @@ std::string device_query(time_t from, time_t to, const std::string &macs);
 std::string router_query(time_t from, time_t to);
 
 /// Asks and expects an answer that is closed; @return its status, -1 for none.
-int ask(const sim_request &request);
-int ask_command(const utm_app_config_cmd &command);
+int ask(const utm_app_config_cmd &command);
 
 /// Sends a request and leaves the connection open; the caller closes the descriptor.
-int send_request(const sim_request &request);
-[[nodiscard]] bool send_bytes(int fd, const std::string &bytes);
-std::string bytes_of(const utm_app_config_cmd &command);
+int send_request(const utm_app_config_cmd &request);
 
 /// A ping as it is sent.
-inline const std::string PING = bytes_of(sim_command({.type = UTM_APP_CONFIG_PING}));
+inline const std::string PING = sim_bytes({.type = UTM_APP_CONFIG_PING});
 
 /// Asks for a signature to be loaded; @return the status
 int load_signature(const std::string &path);

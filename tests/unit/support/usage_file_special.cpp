@@ -1,14 +1,13 @@
 #include "tests/unit/support/usage_file_special.h"
 
+#include "sim/harness/client.h"
+
 #include <cstdlib>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/capability.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace usage_file {
@@ -32,13 +31,8 @@ std::string pipe_reader_t::available() const {
     return text;
 }
 
-bound_socket_t::bound_socket_t(const std::string &path)
-    : fd_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
-    if (fd_ < 0 || bind(fd_, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0 ||
-        listen(fd_, 1) != 0)
+bound_socket_t::bound_socket_t(const std::string &path) : fd_(sim_listen(path, 1)) {
+    if (fd_ < 0)
         abort();
 }
 
