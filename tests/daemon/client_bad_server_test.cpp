@@ -14,12 +14,12 @@ std::string status_reply(uint8_t status) {
     return wire_of({.status = status});
 }
 
-appctl_end closed_after(int count) {
+program_end closed_after(int count) {
     return fails(4, "the daemon closed the connection after " + std::to_string(count) +
                         " of a reply's 832 bytes: are both programs of the same version?");
 }
 
-appctl_end closed_without_reply(int command) {
+program_end closed_without_reply(int command) {
     return fails(4, "the daemon closed the connection without a reply: it does not know command " +
                         std::to_string(command) + ", or it is shutting down; try again");
 }
@@ -32,14 +32,14 @@ std::string week_of_limits() {
     return bytes + status_reply(0);
 }
 
-const appctl_end WEEK = done("DAY        MINUTES  TIME\n"
-                             "Sunday           1    1m\n"
-                             "Monday           2    2m\n"
-                             "Tuesday          3    3m\n"
-                             "Wednesday        4    4m\n"
-                             "Thursday         5    5m\n"
-                             "Friday           6    6m\n"
-                             "Saturday         7    7m\n");
+const program_end WEEK = done("DAY        MINUTES  TIME\n"
+                              "Sunday           1    1m\n"
+                              "Monday           2    2m\n"
+                              "Tuesday          3    3m\n"
+                              "Wednesday        4    4m\n"
+                              "Thursday         5    5m\n"
+                              "Friday           6    6m\n"
+                              "Saturday         7    7m\n");
 
 } // namespace
 
@@ -62,7 +62,8 @@ TEST(ClientBadServer, PiecesNeedNotEndWhereRepliesDo) {
     const fake_server server(FAKE_SOCKET, [](int fd, const std::string &) {
         const std::string bytes = week_of_limits();
         for (size_t at = 0; at < bytes.size(); at += 1000)
-            if (!sim_send(fd, bytes.substr(at, 1000)) || (at + 1000 < bytes.size() && !is_consumed(fd)))
+            if (!sim_send(fd, bytes.substr(at, 1000)) ||
+                (at + 1000 < bytes.size() && !is_consumed(fd)))
                 return;
     });
     EXPECT_EQ(ask_fake({"weekday", "show", "3"}), WEEK);
@@ -103,7 +104,7 @@ TEST(ClientBadServer, AListThatBreaksOffPrintsNothing) {
 }
 
 TEST(ClientBadServer, TheShortReplyOfAFailedLoadIsARefusal) {
-    const appctl_end refused =
+    const program_end refused =
         fails(1, "the daemon refused: the DPI engine did not load the signatures; does the file "
                  "exist, and is it a signature file?");
     const std::string reply = status_reply(UTM_APP_CONFIG_STATUS_NOT_LOADED);
@@ -118,7 +119,7 @@ TEST(ClientBadServer, TheShortReplyOfAFailedLoadIsARefusal) {
 
 TEST(ClientBadServer, AnUnknownStatusIsABrokenReply) {
     const fake_server server(FAKE_SOCKET, sends(status_reply(7)));
-    const appctl_end unknown = fails(
+    const program_end unknown = fails(
         4, "the daemon's reply has the unknown status 7: are both programs of the same version?");
     EXPECT_EQ(ask_fake({"ping"}), unknown);
     EXPECT_EQ(ask_fake({"usage", "3", "--apps"}), unknown);

@@ -28,7 +28,7 @@ TEST_F(ClientDaemon, StatusIsADocument) {
     EXPECT_EQ(ctl({"status", "--json"}), done("{\"active\":false,\"debug\":true}\n"));
     must({"activate", "on"});
     must({"debug", "off"});
-    const appctl_end end = ctl({"status", "-j"});
+    const program_end end = ctl({"status", "-j"});
     EXPECT_EQ(end, done("{\"active\":true,\"debug\":false}\n"));
     EXPECT_TRUE(is_document(end.out));
 }
@@ -55,7 +55,7 @@ TEST_F(ClientDaemon, TheIntervalIsShownAndSet) {
     EXPECT_EQ(ctl({"interval", "show"}), done("90 (1h30m)\n"));
     EXPECT_EQ(ctl({"interval", "set", "45"}), done());
     EXPECT_EQ(ctl({"interval", "show"}), done("45 (45m)\n"));
-    const appctl_end end = ctl({"interval", "show", "--json"});
+    const program_end end = ctl({"interval", "show", "--json"});
     EXPECT_EQ(end, done("{\"interval\":45}\n"));
     EXPECT_TRUE(is_document(end.out));
 }

@@ -114,7 +114,7 @@ TEST_F(ClientFiles, AReportOfNowLeavesNoFileBehind) {
     must({"activate", "on"});
     add_mia();
 
-    const appctl_end end = ctl({"report"}, {.environment = {{"TMPDIR", "/tmp/here"}}});
+    const program_end end = ctl({"report"}, {.environment = {{"TMPDIR", "/tmp/here"}}});
 
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(end.err, "");
@@ -128,7 +128,7 @@ TEST_F(ClientFiles, AReportShowsWhatTheDaemonExportsOfNow) {
     use(25, {{305, 20}});
     must({"export", "/tmp/here/usage.json"});
 
-    const appctl_end of_now = ctl({"report"});
+    const program_end of_now = ctl({"report"});
 
     EXPECT_EQ(of_now, ctl({"report", "/tmp/here/usage.json"}));
     EXPECT_EQ(of_now.status, 0);
@@ -165,7 +165,7 @@ TEST_F(ClientFiles, AReportThatIsBrokenOffLeavesNoFileBehind) {
         const pid_t pid = std::stoi(sim_read_file("/tmp/pid"));
         EXPECT_EQ(kill(pid, signal_number), 0);
 
-        EXPECT_EQ(report.get(), appctl_end{.status = -1}) << signal_number;
+        EXPECT_EQ(report.get(), program_end{.status = -1}) << signal_number;
         EXPECT_TRUE(fs::is_empty("/tmp/here"));
         open_gates();
         close(blocker);
@@ -248,7 +248,7 @@ TEST_F(ClientFiles, AReportWhoseReaderHasGoneLeavesNoFileBehind) {
 }
 
 TEST_F(ClientFiles, AReportOfAFileNeedsNoDaemonButTheFile) {
-    const appctl_end end = ctl({"report", "/tmp/here/none", "-s", "/tmp/nobody"});
+    const program_end end = ctl({"report", "/tmp/here/none", "-s", "/tmp/nobody"});
 
     EXPECT_EQ(end.status, 2);
     EXPECT_EQ(end.out, "");

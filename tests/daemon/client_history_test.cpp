@@ -139,7 +139,7 @@ TEST_F(ClientHistory, FourWeeksAreAChartThatEndsWithThisOne) {
 
 TEST_F(ClientHistory, WeeksMayBeAnOptionOfTheirOwn) {
     use(15, {{306, 15}});
-    const appctl_end weeks = ctl({"usage", "3", "--history=weeks"});
+    const program_end weeks = ctl({"usage", "3", "--history=weeks"});
 
     EXPECT_EQ(ctl({"usage", "3", "--history", "--weeks"}), weeks);
     EXPECT_EQ(ctl({"usage", "--weeks", "3", "--history"}), weeks);
@@ -163,7 +163,7 @@ TEST_F(ClientHistory, DaysAreADocumentWithTheNewestLast) {
     use_three_days();
     const std::string quiet = repeat("0,", 28);
 
-    const appctl_end end = ctl({"usage", "3", "--history", "-j"});
+    const program_end end = ctl({"usage", "3", "--history", "-j"});
 
     EXPECT_EQ(end, done(R"({"profile":3,"unit":"day","minutes":[)" + quiet +
                         R"(120,0,45],"applications":[)"
@@ -174,10 +174,10 @@ TEST_F(ClientHistory, DaysAreADocumentWithTheNewestLast) {
 }
 
 TEST_F(ClientHistory, WhoUsedNothingHasAnEmptyChart) {
-    const appctl_end empty = done("3 weeks ago  0  0m\n"
-                                  "2 weeks ago  0  0m\n"
-                                  "last week    0  0m\n"
-                                  "this week    0  0m\n");
+    const program_end empty = done("3 weeks ago  0  0m\n"
+                                   "2 weeks ago  0  0m\n"
+                                   "last week    0  0m\n"
+                                   "this week    0  0m\n");
     EXPECT_EQ(ctl({"usage", "3", "--history=weeks"}), empty);
     EXPECT_EQ(ctl({"usage", "3", "--history=weeks", "--apps"}), empty);
     EXPECT_EQ(ctl({"usage", "3", "--history=weeks", "--json"}),
@@ -200,7 +200,7 @@ TEST_F(ClientHistory, DaysKeepTheirNamesWhenTheClocksChange) {
     // went forward. So many times 24 hours ago is late on the day before.
     sim_clock_jump(&clock, 1901399400 - sim_clock_now(clock)); // 2030-04-02 22:30 UTC
     tick();
-    const appctl_end end =
+    const program_end end =
         ctl({"usage", "3", "--history"}, {.environment = {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}}});
 
     const text_lines lines = sim_split_lines(end.out);
@@ -221,7 +221,7 @@ TEST_F(ClientHistory, DaysAndWeeksAreAllTheUnits) {
 }
 
 TEST_F(ClientHistory, AUnitStandsRightBehindItsOption) {
-    const appctl_end too_many = ctl({"usage", "3", "4"});
+    const program_end too_many = ctl({"usage", "3", "4"});
     EXPECT_THAT(too_many.err, testing::StartsWith("utm_appctl: too many operands\n"));
     EXPECT_EQ(too_many.status, 2);
     EXPECT_EQ(ctl({"usage", "3", "--history", "month"}), too_many);

@@ -17,7 +17,7 @@ constexpr char BAD_LIMIT[] =
 constexpr char BAD_BONUS[] =
     "the daemon refused: no such profile, or the bonus is not between 1m and 6h";
 
-appctl_end no_time(const std::string &text) {
+program_end no_time(const std::string &text) {
     return fails(2, "\"" + text + "\" is not a time: give minutes, such as 90, 90m or 1h30m");
 }
 
@@ -53,7 +53,7 @@ TEST_F(ClientLimits, ALimitIsADocument) {
     must({"limit", "set", "3", "1h30m"});
     must({"limit", "enable", "3"});
 
-    const appctl_end end = ctl({"limit", "show", "3", "--json"});
+    const program_end end = ctl({"limit", "show", "3", "--json"});
 
     EXPECT_EQ(end, done("{\"profile\":3,\"enabled\":true,\"limit\":90}\n"));
     EXPECT_TRUE(is_document(end.out));
@@ -98,7 +98,7 @@ TEST_F(ClientLimits, EveryWeekdayHasItsOwn) {
 TEST_F(ClientLimits, WeekdaysAreADocument) {
     must({"weekday", "set", "3", "wed", "75"});
 
-    const appctl_end end = ctl({"weekday", "show", "3", "--json"});
+    const program_end end = ctl({"weekday", "show", "3", "--json"});
 
     EXPECT_EQ(end, done(R"({"profile":3,"weekdays":[)"
                         R"({"day":0,"name":"Sunday","minutes":1440},)"
@@ -128,7 +128,7 @@ TEST_F(ClientLimits, ABonusAddsUpAndIsTakenBack) {
     EXPECT_EQ(ctl({"extend", "add", "3", "1h"}), done());
     EXPECT_EQ(ctl({"extend", "add", "3", "15"}), done());
     EXPECT_EQ(ctl({"extend", "show", "3"}), done("75 (1h15m)\n"));
-    const appctl_end end = ctl({"extend", "show", "3", "--json"});
+    const program_end end = ctl({"extend", "show", "3", "--json"});
     EXPECT_EQ(end, done("{\"profile\":3,\"extend\":75}\n"));
     EXPECT_TRUE(is_document(end.out));
     EXPECT_EQ(ctl({"extend", "reset", "3"}), done());

@@ -19,20 +19,20 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
-appctl_end no_daemon(const std::string &path, const std::string &error) {
+program_end no_daemon(const std::string &path, const std::string &error) {
     return fails(3, "cannot reach the daemon at " + path + " (" + error +
                         "): is it running? Use -s for another socket");
 }
 
-const appctl_end TIMED_OUT =
+const program_end TIMED_OUT =
     fails(4, "the daemon did not answer within 1 s: it may be waiting for "
              "one of the router's programs; try again, or wait longer with -t");
 
 /// Runs the client with a timeout of a second and expects that this is what it had.
-appctl_end impatient(std::vector<std::string> words) {
+program_end impatient(std::vector<std::string> words) {
     words.insert(words.end(), {"-s", FAKE_SOCKET, "-t", "1"});
     const auto began = steady_clock::now();
-    const appctl_end end = appctl(words);
+    const program_end end = appctl(words);
     const auto took = steady_clock::now() - began;
     EXPECT_GE(took, milliseconds(990));
     EXPECT_LT(took, seconds(5));

@@ -6,11 +6,11 @@ namespace {
 
 using ClientPeople = client_test;
 
-appctl_end no_number(const std::string &text) {
+program_end no_number(const std::string &text) {
     return fails(2, "\"" + text + "\" is not a profile's number: give a whole number, such as 3");
 }
 
-appctl_end no_mac(const std::string &text) {
+program_end no_mac(const std::string &text) {
     return fails(2, "\"" + text +
                         "\" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a");
 }

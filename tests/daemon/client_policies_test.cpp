@@ -21,7 +21,7 @@ protected:
     }
 };
 
-appctl_end no_rule(const std::string &text) {
+program_end no_rule(const std::string &text) {
     return fails(2, "\"" + text +
                         "\" is not a rule: give APP=MINUTES (at most 65535), APP=block or "
                         "APP=remove");
@@ -34,7 +34,7 @@ constexpr char BOUND_ALREADY[] =
 
 TEST_F(ClientPolicies, APolicyIsCreatedOnce) {
     EXPECT_EQ(ctl({"policy", "create", "7"}), done());
-    const appctl_end refused =
+    const program_end refused =
         fails(1, "the daemon refused: the policy exists already, or its number is less than 1");
     EXPECT_EQ(ctl({"policy", "create", "7"}), refused);
     EXPECT_EQ(ctl({"policy", "create", "0"}), refused);

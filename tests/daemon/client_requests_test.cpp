@@ -13,10 +13,10 @@ using request_list = std::vector<utm_app_config_cmd>;
 
 /// @return what the client sends to a server that says yes to everything
 std::vector<std::string> sent_by(word_list words) {
-    const fake_server server(FAKE_SOCKET,
-                             [](int fd, const std::string &) { sim_send(fd, wire_of({.status = 0})); });
+    const fake_server server(
+        FAKE_SOCKET, [](int fd, const std::string &) { sim_send(fd, wire_of({.status = 0})); });
     words.insert(words.begin(), {"-s", FAKE_SOCKET});
-    const appctl_end end = appctl(words);
+    const program_end end = appctl(words);
     EXPECT_EQ(end.status, 0) << end;
     return server.requests();
 }

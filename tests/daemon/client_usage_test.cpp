@@ -51,7 +51,7 @@ TEST_F(ClientUsage, DaysAddUpToWeeksAndMonths) {
 TEST_F(ClientUsage, SumsAreADocument) {
     use_two_days();
 
-    const appctl_end end = ctl({"usage", "3", "--json"});
+    const program_end end = ctl({"usage", "3", "--json"});
 
     EXPECT_EQ(end, done(R"({"profile":3,"today":75,"week":205,"month":205,"enabled":false,)"
                         R"("limit":120,"extend":10,"left":55})"
@@ -111,7 +111,7 @@ TEST_F(ClientUsage, EveryPeriodHasItsApplications) {
 TEST_F(ClientUsage, ApplicationsAreADocument) {
     use_two_days();
 
-    const appctl_end end = ctl({"usage", "3", "--day", "1", "-j", "-n", "/tmp/apps"});
+    const program_end end = ctl({"usage", "3", "--day", "1", "-j", "-n", "/tmp/apps"});
     EXPECT_EQ(end, done(R"({"profile":3,"unit":"day","ago":1,"applications":[)"
                         R"({"app":305,"name":"Vid?[31meo","minutes":90},)"
                         R"({"app":306,"name":"Café chat","minutes":45}]})"
@@ -177,15 +177,15 @@ TEST_F(ClientUsage, APipeOfNamesIsNotWaitedFor) {
 }
 
 TEST_F(ClientUsage, ARefusalStaysOneWhereNobodyListensToMessages) {
-    const appctl_end end = ctl({"usage", "4"}, {.in_child = [] { close(STDERR_FILENO); }});
-    EXPECT_EQ(end, appctl_end{.status = 1});
+    const program_end end = ctl({"usage", "4"}, {.in_child = [] { close(STDERR_FILENO); }});
+    EXPECT_EQ(end, program_end{.status = 1});
 }
 
 TEST_F(ClientUsage, ALineWithoutANameIsToldAndLeftOut) {
     ASSERT_TRUE(sim_write_file("/tmp/apps", "305 video\n306\n"));
     use(10, {{305, 10}});
 
-    const appctl_end expected = {
+    const program_end expected = {
         .status = 0,
         .out = "APPLICATION  MINUTES  TIME\nvideo             10   10m\n"
                "total             10   10m\n",

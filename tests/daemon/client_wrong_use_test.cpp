@@ -59,7 +59,7 @@ std::string usage_line(const ctl_verb &verb) {
 }
 
 /// @return a message and the verb's own help on standard error, and nothing else
-appctl_end wrong(const ctl_verb &verb, const std::string &message) {
+program_end wrong(const ctl_verb &verb, const std::string &message) {
     word_list words = words_of(verb);
     words.push_back("--help");
     return {.status = 2, .err = "utm_appctl: " + message + "\n" + appctl(words).out};
@@ -145,7 +145,7 @@ Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,
 } // namespace
 
 TEST(ClientWrongUse, TheVersionIsTheProjects) {
-    const appctl_end version = done("utm_appctl " UTM_APPCTL_VERSION "\n");
+    const program_end version = done("utm_appctl " UTM_APPCTL_VERSION "\n");
     EXPECT_EQ(appctl({"--version"}), version);
     EXPECT_EQ(appctl({"-V"}), version);
     EXPECT_EQ(appctl({"limit", "set", "--version"}), version);
@@ -202,7 +202,7 @@ TEST(ClientWrongUse, EveryVerbHasHelpWithoutADaemon) {
     for (const ctl_verb &verb : ctl_verbs()) {
         word_list words = words_of(verb);
         words.insert(words.end(), {"--help", "-s", NOBODY});
-        const appctl_end help = appctl(words);
+        const program_end help = appctl(words);
         EXPECT_EQ(help, done(help.out));
         EXPECT_THAT(help.out, AllOf(StartsWith(usage_line(verb)), HasSubstr(verb.help),
                                     HasSubstr(COMMON_OPTIONS)));
@@ -236,7 +236,7 @@ TEST(ClientWrongUse, AnOptionGoesWithTheVerbsThatTakeIt) {
 }
 
 TEST(ClientWrongUse, NoWordsAreNoRequest) {
-    EXPECT_EQ(appctl({}), (appctl_end{.status = 2, .err = appctl({"--help"}).out}));
+    EXPECT_EQ(appctl({}), (program_end{.status = 2, .err = appctl({"--help"}).out}));
     EXPECT_EQ(appctl({"-t", "3"}), appctl({}));
 }
 
@@ -248,10 +248,10 @@ TEST(ClientWrongUse, AnUnknownVerbLeadsToHelp) {
 
 TEST(ClientWrongUse, ANounNeedsOneOfItsWords) {
     const std::string help = appctl({"limit", "--help"}).out;
-    const appctl_end none = {.status = 2,
-                             .err = "utm_appctl: \"limit\" needs a second word\n" + help};
-    const appctl_end unknown = {.status = 2,
-                                .err = "utm_appctl: \"limit raise\": unknown command\n" + help};
+    const program_end none = {.status = 2,
+                              .err = "utm_appctl: \"limit\" needs a second word\n" + help};
+    const program_end unknown = {.status = 2,
+                                 .err = "utm_appctl: \"limit raise\": unknown command\n" + help};
     EXPECT_EQ(appctl({"limit"}), none);
     EXPECT_EQ(appctl({"limit", "raise", "3"}), unknown);
     EXPECT_EQ(appctl({"limit", "raise", "--help"}), unknown);
@@ -286,7 +286,7 @@ TEST(ClientWrongUse, ATimeoutIsASecondToAnHour) {
 }
 
 TEST(ClientWrongUse, OutputThatCannotBeWrittenIsNotDone) {
-    const appctl_end full = fails(4, "the output could not be written (No space left on device)");
+    const program_end full = fails(4, "the output could not be written (No space left on device)");
     for (const word_list &words :
          {word_list{"--help"}, word_list{"--version"}, word_list{"limit", "--help"}})
         EXPECT_EQ(appctl(words, {.out_path = "/dev/full"}), full);

@@ -8,10 +8,11 @@
 
 #include "sim/harness/files.h"
 #include "tests/lib/exchange.h"
+#include "tests/lib/program.h"
 #include "tests/lib/world.h"
-#include "tests/unit/support/programs.h"
 
 #include <algorithm>
+#include <future>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <regex>
@@ -167,9 +168,10 @@ protected:
     }
 
     /// Serves the page's client, once, where it looks for the daemon.
-    static programs::result serve_client() {
+    static program_end serve_client() {
         const fd_guard server(utm_app_config_socket_create(UTM_APP_CONFIG_SOCKET_PATH));
-        const pid_t client = programs::start({"/tmp/client"});
+        std::future<program_end> client =
+            std::async(std::launch::async, [] { return run_program({"/tmp/client"}); });
         pollfd ready = {.fd = server.get(), .events = POLLIN, .revents = 0};
         if (poll(&ready, 1, 20'000) == 1) {
             const fd_guard connection(accept(server.get(), nullptr, nullptr));
@@ -178,7 +180,7 @@ protected:
             utm_app_config_cmd_dispatch(connection.get());
         }
         unlink(UTM_APP_CONFIG_SOCKET_PATH);
-        return programs::finish(client);
+        return client.get();
     }
 };
 
@@ -227,8 +229,7 @@ TEST_F(ProtocolPage, NamesEveryCommand) {
 TEST_F(ProtocolPage, HasTheCommandsThatAreServedAndNoOther) {
     strings_t served;
     for (int type = 0; type <= UINT8_MAX; ++type)
-        if (!world::exchange_bytes(sim_bytes(world::request(static_cast<uint8_t>(type))))
-                 .empty())
+        if (!world::exchange_bytes(sim_bytes(world::request(static_cast<uint8_t>(type)))).empty())
             served.push_back(std::to_string(type));
     EXPECT_EQ(in_order(rows_of("Commands", 1)), in_order(served));
 }
@@ -256,8 +257,7 @@ TEST_F(ProtocolPage, ShowsARequestAndItsReply) {
     ASSERT_EQ(blocks.size(), 6u);
     const std::string request = bytes_from(blocks[0], UTM_APP_CONFIG_CMD_SIZE);
     const config_user_profile_t *profile = world::make_profile(3);
-    EXPECT_EQ(request, sim_bytes({
-                           .type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}));
+    EXPECT_EQ(request, sim_bytes({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 1, 1));
     EXPECT_EQ(profile->daily_extend, 30);
 }
@@ -267,8 +267,7 @@ TEST_F(ProtocolPage, ShowsARequestAndItsList) {
     ASSERT_EQ(blocks.size(), 6u);
     const std::string request = bytes_from(blocks[2], UTM_APP_CONFIG_CMD_SIZE);
     make_example();
-    EXPECT_EQ(request, sim_bytes({
-                           .type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = 1000}));
+    EXPECT_EQ(request, sim_bytes({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = 1000}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 3, 3));
 }
 
@@ -276,13 +275,13 @@ TEST_F(ProtocolPage, ShowsAClientThatWorks) {
     const strings_t sources = blocks_of("c");
     ASSERT_EQ(sources.size(), 1u);
     ASSERT_TRUE(sim_write_file("/tmp/client.c", sources[0]));
-    ASSERT_EQ(programs::run({"cc", "-std=c11", "-D_DEFAULT_SOURCE", "-Wall", "-Wextra", "-Werror",
-                             "-o", "/tmp/client", "/tmp/client.c"}),
-              (programs::result{0, ""}));
-    EXPECT_EQ(programs::run({"/tmp/client"}), (programs::result{4, ""}));
-    EXPECT_EQ(serve_client(), (programs::result{1, ""}));
+    ASSERT_EQ(run_program({"cc", "-std=c11", "-D_DEFAULT_SOURCE", "-Wall", "-Wextra", "-Werror",
+                           "-o", "/tmp/client", "/tmp/client.c"}),
+              program_end{0});
+    EXPECT_EQ(run_program({"/tmp/client"}), (program_end{4}));
+    EXPECT_EQ(serve_client(), (program_end{1, ""}));
     make_example();
-    EXPECT_EQ(serve_client(), (programs::result{0, "305: 127 minutes\n12: 40 minutes\n"}));
+    EXPECT_EQ(serve_client(), (program_end{0, "305: 127 minutes\n12: 40 minutes\n"}));
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include "client/verbs.h"
 
 #include "sim/harness/files.h"
-#include "tests/unit/support/programs.h"
+#include "tests/lib/program.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -89,7 +89,7 @@ words_t complete(words_t words, const std::string &breaks = " \t\n\"'><=;|&(:") 
     words_t command = {"bash", "-c", script, "bash", UTM_SOURCE_DIR "/completion/utm_appctl",
                        breaks};
     command.insert(command.end(), words.begin(), words.end());
-    const programs::result result = programs::run(command);
+    const program_end result = run_program(command);
     EXPECT_EQ(result.status, 0);
     return sim_split_lines(result.out);
 }

@@ -11,7 +11,7 @@
 namespace {
 
 using fakes::journal;
-using fakes::result;
+using result = program_end;
 using fakes::run;
 using fakes::run_line;
 

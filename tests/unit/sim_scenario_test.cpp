@@ -14,7 +14,7 @@
 
 namespace {
 
-using fakes::result;
+using result = program_end;
 
 constexpr char household[] = "person mia 3 Mia\n"
                              "person tom 4 Tom\n"

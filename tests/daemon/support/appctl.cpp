@@ -1,7 +1,6 @@
 #include "tests/daemon/support/appctl.h"
 
 #include "sim/harness/preload.h"
-#include "sim/harness/program.h"
 #include "sim/preload/clock_page.h"
 
 #include <cstdlib>
@@ -81,29 +80,23 @@ void prepare(const appctl_setting &setting, int terminal_fd) {
 
 } // namespace
 
-std::ostream &operator<<(std::ostream &to, const appctl_end &end) {
-    return to << "exit status " << end.status << "\n--- standard output:\n"
-              << end.out << "--- standard error:\n"
-              << end.err << "---";
-}
-
-appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &setting,
-                  sim_timeout timeout) {
+program_end appctl(const std::vector<std::string> &words, const appctl_setting &setting,
+                   sim_timeout timeout) {
     std::vector<std::string> command_line = {UTM_APPCTL};
     command_line.insert(command_line.end(), words.begin(), words.end());
     const terminal screen(setting.terminal_columns);
-    const sim_outcome outcome = sim_run(
+    program_end end = run_program(
         command_line, [&] { prepare(setting, screen.theirs); }, timeout);
-    return {.status = outcome.how.status,
-            .out = screen.ours >= 0 ? screen.text() : outcome.out,
-            .err = outcome.err};
+    if (screen.ours >= 0)
+        end.out = screen.text();
+    return end;
 }
 
-appctl_end done(const std::string &out) {
+program_end done(const std::string &out) {
     return {.status = 0, .out = out};
 }
 
-appctl_end fails(int status, const std::string &message) {
+program_end fails(int status, const std::string &message) {
     return {.status = status, .err = "utm_appctl: " + message + "\n"};
 }
 

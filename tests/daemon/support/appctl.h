@@ -1,24 +1,12 @@
 #pragma once
 /// Runs the real client and keeps what it left: a transcript that a test compares whole.
 
-#include "sim/harness/files.h"
+#include "tests/lib/program.h"
 
 #include <functional>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
-
-/// How a run of the client ended.
-struct appctl_end {
-    int status = -1; ///< exit status; -1: it had to be killed, or a signal ended it
-    std::string out = {};
-    std::string err = {};
-
-    bool operator==(const appctl_end &) const = default;
-};
-
-std::ostream &operator<<(std::ostream &to, const appctl_end &end);
 
 /// What the client finds around it. Its environment is the test's without what changes its output,
 /// in the time zone UTC and the plain locale.
@@ -34,11 +22,11 @@ struct appctl_setting {
 };
 
 /// Runs the client with these words and waits until it has ended.
-appctl_end appctl(const std::vector<std::string> &words, const appctl_setting &setting = {},
-                  sim_timeout timeout = {});
+program_end appctl(const std::vector<std::string> &words, const appctl_setting &setting = {},
+                   sim_timeout timeout = {});
 
 /// A run that did what it was asked, without a word on standard error.
-appctl_end done(const std::string &out = "");
+program_end done(const std::string &out = "");
 
 /// What a command for a profile that does not exist says.
 inline constexpr char NO_PROFILE[] =
@@ -46,7 +34,7 @@ inline constexpr char NO_PROFILE[] =
 
 /// A run that printed nothing but one message.
 /// @param message  without the program's name in front and the line end behind
-appctl_end fails(int status, const std::string &message);
+program_end fails(int status, const std::string &message);
 
 /// @return whether terminals can be made here; in the private /dev that takes a mount
 bool have_terminals();

@@ -26,7 +26,7 @@ void client_test::SetUp() {
     start_with_log();
 }
 
-appctl_end client_test::ctl(const std::vector<std::string> &words, appctl_setting setting) {
+program_end client_test::ctl(const std::vector<std::string> &words, appctl_setting setting) {
     setting.clock_path = clock.path;
     return appctl(words, setting);
 }

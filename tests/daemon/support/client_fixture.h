@@ -10,7 +10,7 @@ protected:
     void SetUp() override;
 
     /// Runs the client against the daemon.
-    appctl_end ctl(const std::vector<std::string> &words, appctl_setting setting = {});
+    program_end ctl(const std::vector<std::string> &words, appctl_setting setting = {});
     /// Runs it and expects success without a word; for what a test only needs to be so.
     void must(const std::vector<std::string> &words);
 

@@ -78,7 +78,7 @@ fake_service sends(const std::string &bytes) {
     return [bytes](int fd, const std::string &) { sim_send(fd, bytes); };
 }
 
-appctl_end ask_fake(std::vector<std::string> words) {
+program_end ask_fake(std::vector<std::string> words) {
     words.insert(words.end(), {"-s", FAKE_SOCKET, "-t", "60"});
     return appctl(words, {}, {std::chrono::seconds(90)});
 }

@@ -21,7 +21,7 @@ inline constexpr uint8_t DATA = UTM_APP_CONFIG_STATUS_DATA;
 fake_service sends(const std::string &bytes);
 
 /// Runs the client against a server at FAKE_SOCKET, with time enough for a slow machine.
-appctl_end ask_fake(std::vector<std::string> words);
+program_end ask_fake(std::vector<std::string> words);
 
 /// Listens at a path and serves one connection after the other until it goes.
 class fake_server {
