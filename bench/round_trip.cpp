@@ -34,11 +34,12 @@ void run(benchmark::State &state, const std::string &path, const canned_t &canne
 } // namespace
 
 round_trip_t::round_trip_t(const household_size_t &size)
-    : size_(size), socket_path_(std::string("/tmp/daemon-") + size.name),
+    : size_(size), socket_path_(std::string("/dev/utm_daemon-") + size.name),
       minimal_path_(std::string("/tmp/minimal-") + size.name),
       streaming_path_(std::string("/tmp/streaming-") + size.name) {
     daemon_.start_daemon(size);
     // A listening socket stays reachable where its name goes, which makes room for the next one.
+    // (The name stays in /dev: a sandbox may have it on a file system of its own.)
     if (rename(UTM_APP_CONFIG_SOCKET_PATH, socket_path_.c_str()) != 0)
         abort();
     one_ = canned_of(socket_path_,
