@@ -56,7 +56,7 @@ void write_profile(usage_text_t *text, config_user_profile_t *profile) UTM_STORE
 /// Writes the whole store down.
 /// @param now  the document's time, seconds since the epoch
 /// @return the text, which has failed when memory ran out
-usage_text_t text_of_store(time_t now) UTM_EXCLUDES(utm_app_config_mutex) {
+usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_config_mutex) {
     usage_text_t text = {};
     const mutex_guard lock(utm_app_config_mutex);
     usage_write_begin(&text);

@@ -83,7 +83,8 @@ void import_profile(json_object *element, const file_age_t &age) UTM_STORE_LOCKE
     utm_app_block_used_up_profile(profile);
 }
 
-void import_profiles(json_object *root, const file_age_t &age) UTM_EXCLUDES(utm_app_config_mutex) {
+void import_profiles(json_object *root, const file_age_t &age) UTM_FILE_LOCKED
+    UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     json_object *list = usage_profiles_of(root);
     const size_t count = json_array_size(list);
@@ -91,7 +92,7 @@ void import_profiles(json_object *root, const file_age_t &age) UTM_EXCLUDES(utm_
         import_profile(json_object_array_get_idx(list, i), age);
 }
 
-void import_router(json_object *root, const file_age_t &age, time_t now)
+void import_router(json_object *root, const file_age_t &age, time_t now) UTM_FILE_LOCKED
     UTM_EXCLUDES(utm_app_config_mutex) {
     json_object *list = usage_router_apps_of(root);
     const size_t count = json_array_size(list);

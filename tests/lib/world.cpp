@@ -7,6 +7,7 @@
 #include "store/policies.h"
 #include "store/profiles.h"
 #include "store/store.h"
+#include "tests/unit/support/call_trace.h"
 #include "usage/accounting.h"
 #include "usage/top_apps.h"
 
@@ -29,6 +30,7 @@ int __real_system(const char *line);
 int __real_pclose(FILE *pipe);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *old, size_t size);
+ssize_t __real_write(int fd, const void *bytes, size_t size);
 int __real_select(int descriptors, fd_set *read, fd_set *write, fd_set *except, timeval *timeout);
 int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
                           world::thread_body_t *body, void *argument);
@@ -90,7 +92,7 @@ bool is_allocation_to_fail() {
 /// A readable stream of a text of any length.
 FILE *stream_of(const std::string &text) {
     const int fd = memfd_create("reply", MFD_CLOEXEC);
-    if (fd < 0 || write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    if (fd < 0 || __real_write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
         abort();
     lseek(fd, 0, SEEK_SET);
     return fdopen(fd, "r");
@@ -131,11 +133,13 @@ extern "C" {
 int __wrap_system(const char *line) {
     if (is_log_command(line) && !state.intercept_log_commands)
         return __real_system(line);
+    call_trace::note("run");
     record(std::string("run ") + line);
     return state.answer_system ? state.answer_system(line) : 0;
 }
 
 FILE *__wrap_popen(const char *line, const char *) {
+    call_trace::note("query");
     if (state.popen_until_failure > 0 && --state.popen_until_failure == 0) {
         record(std::string("query failed ") + line);
         return nullptr;
@@ -153,11 +157,13 @@ int __wrap_pclose(FILE *pipe) {
 }
 
 int __wrap_gettimeofday(timeval *now, void *) {
+    call_trace::note("clock");
     *now = {state.now, 0};
     return 0;
 }
 
 int __wrap_sysinfo(struct sysinfo *info) {
+    call_trace::note("uptime");
     if (state.sysinfo_result == 0)
         info->uptime = static_cast<decltype(info->uptime)>(state.uptime); // unsigned in musl
     return state.sysinfo_result;
@@ -197,6 +203,7 @@ int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
 }
 
 int __wrap_send_utm_notify_event(const utm_notify_event_t *event) {
+    call_trace::note("event");
     utm_notify_event_t expected = {};
     expected.type = 128;
     expected.profile_id = event->profile_id;
@@ -208,6 +215,7 @@ int __wrap_send_utm_notify_event(const utm_notify_event_t *event) {
 }
 
 int __wrap_send_utm_notify_event_status_changed(int feature, int status) {
+    call_trace::note("status");
     record("status_changed " + std::to_string(feature) + " " + std::to_string(status));
     return 0;
 }

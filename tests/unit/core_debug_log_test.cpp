@@ -1,6 +1,7 @@
 #include "core/debug_log.h"
 
 #include "tests/lib/world.h"
+#include "tests/unit/support/call_trace.h"
 
 #include <filesystem>
 #include <fstream>
@@ -271,16 +272,15 @@ TEST_F(DebugLog, KeepsErrnoFromASignal) {
 constexpr int writers = 4;
 constexpr int lines_each = 250;
 
-/// Has several threads write numbered lines, while this one does something else.
-template <typename Write, typename Meanwhile>
-void write_from_threads(Write write, Meanwhile meanwhile) {
+/// Has several threads write numbered lines.
+template <typename Write>
+void write_from_threads(Write write) {
     std::vector<std::thread> threads;
     for (int writer = 0; writer < writers; ++writer)
         threads.emplace_back([=] {
             for (int line = 0; line < lines_each; ++line)
                 write(writer * lines_each + line);
         });
-    meanwhile();
     for (std::thread &thread : threads)
         thread.join();
 }
@@ -301,19 +301,34 @@ std::vector<int> numbers_written() {
 }
 
 TEST_F(DebugLog, KeepsEveryLineOfConcurrentWritersWhole) {
-    write_from_threads([](int number) { utm_app_debug_log("line %d of many\n", number); }, [] {});
+    write_from_threads([](int number) { utm_app_debug_log("line %d of many\n", number); });
     EXPECT_EQ(numbers_written(), std::vector<int>(writers * lines_each, 1));
 }
 
-TEST_F(DebugLog, CanBeSwitchedWhileOthersWrite) {
-    write_from_threads([](int number) { utm_app_debug_log("line %d of many\n", number); },
-                       [] {
-                           for (unsigned turn = 0; turn < 1001; ++turn)
-                               switch_logging(turn % 2);
-                       });
+/// Writes a line and switches the log between the line's look at the flag and its mutex.
+void write_while_switching(const char *line, unsigned value) {
+    call_trace::of([=] { utm_app_debug_log("%s\n", line); },
+                   [=](const std::string &word) {
+                       if (word == "debug(")
+                           switch_logging(value);
+                   });
+}
+
+TEST_F(DebugLog, GivesALineTheFlagThatItFoundFirst) {
+    write_while_switching("begun while on", 0);
     EXPECT_EQ(utm_app_debug_get(), 0);
-    for (const int times : numbers_written())
-        EXPECT_LE(times, 1);
+    utm_app_debug_log("begun while off\n");
+    write_while_switching("begun while still off", 1);
+    EXPECT_EQ(utm_app_debug_get(), 1);
+    utm_app_debug_log("begun while on again\n");
+    EXPECT_EQ(world::log(), "begun while on\nbegun while on again\n");
+}
+
+TEST_F(DebugLog, LetsAChangeUnderWayFinishBeforeALine) {
+    EXPECT_EQ(call_trace::of([] { utm_app_debug_log("line\n"); }), "debug() log");
+    switch_logging(0);
+    EXPECT_EQ(call_trace::of([] { utm_app_debug_log("line\n"); }), "debug()");
+    EXPECT_EQ(call_trace::of([] { utm_app_log_always("line\n"); }), "log");
 }
 
 } // namespace

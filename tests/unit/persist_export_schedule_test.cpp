@@ -1,6 +1,7 @@
 #include "persist/export_schedule.h"
 
 #include "tests/lib/world.h"
+#include "tests/unit/support/call_trace.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -44,16 +45,28 @@ TEST_F(ExportInterval, IsReadWhileOthersReadIt) {
     EXPECT_EQ(seen, 30);
 }
 
-TEST_F(ExportInterval, IsNeverSeenHalfSet) {
-    std::thread writer([] {
-        for (int turn = 0; turn < 1000; ++turn)
-            (void)!utm_app_set_export_interval(turn % 2 == 0 ? 1 : INT32_MAX);
-    });
-    for (int turn = 0; turn < 1000; ++turn) {
-        const int32_t minutes = utm_app_get_export_interval();
-        EXPECT_TRUE(minutes == 30 || minutes == 1 || minutes == INT32_MAX) << minutes;
-    }
-    writer.join();
+/// Sets the interval right before each lock call, without the lock.
+std::function<void(const std::string &)> setting(int32_t when_taken, int32_t when_given_back) {
+    return [=](const std::string &word) {
+        statistics_export_interval_minute = word == ")" ? when_given_back : when_taken;
+    };
+}
+
+TEST_F(ExportInterval, IsReadUnderItsLock) {
+    int32_t seen = 0;
+    EXPECT_EQ(call_trace::of([&] { seen = utm_app_get_export_interval(); }, setting(77, 88)),
+              "interval-read()");
+    EXPECT_EQ(seen, 77);
+}
+
+TEST_F(ExportInterval, IsSetUnderItsLock) {
+    std::string seen;
+    const auto look = [&](const std::string &word) {
+        seen += word + std::to_string(statistics_export_interval_minute);
+    };
+    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_set_export_interval(5), 0); }, look),
+              "interval-write()");
+    EXPECT_EQ(seen, "interval-write(30)5");
 }
 
 } // namespace

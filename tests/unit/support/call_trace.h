@@ -1,0 +1,39 @@
+#pragma once
+/// The order in which the daemon takes its locks and calls the outside.
+///
+/// The linker puts fakes behind the calls that lock, read, write, sort and ask the machine. Each
+/// does what it always does; while a trace is being made it also leaves a word there, and a lock
+/// a pair of brackets. An export reads
+///
+///     store() file(clock store() empty write) log
+///
+/// so one comparison says what happens under which lock, and in which order. A lock that is given
+/// back before one that was taken after it names itself: ")store".
+///
+/// | word                                 | what                                         |
+/// |--------------------------------------|----------------------------------------------|
+/// | store file debug                     | utm_app_config_mutex, utm_app_export_import_mutex,
+/// utm_app_debug_mutex | | interval-read interval-write         | utm_export_interval_rwlock | |
+/// clock uptime                         | gettimeofday, sysinfo                        | | read
+/// empty write look                | json_object_from_fd, ftruncate, write, access, except for the
+/// log | | log                                  | a line is written to the log                 | |
+/// sort reply                           | qsort, send                                  | | query
+/// run event status               | popen, system, the two notification calls    |
+
+#include <functional>
+#include <string>
+
+namespace call_trace {
+
+/// @return what this thread calls while it acts
+std::string of(const std::function<void()> &act);
+
+/// The same, and does something right before each call. What that calls leaves no trace.
+/// @param before_each  gets the trace's next word, such as "store(", ")" or "clock"
+std::string of(const std::function<void()> &act,
+               const std::function<void(const std::string &word)> &before_each);
+
+/// For the fakes: adds a word if a trace is being made by this thread.
+void note(const char *word);
+
+} // namespace call_trace
