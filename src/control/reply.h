@@ -9,9 +9,9 @@
 
 #include <cstddef>
 
-/// Replies that are written at once: no more than the kernel takes in one piece, so that a block
-/// waits for its client once and not piece by piece.
-inline constexpr size_t reply_block_size = 48;
+/// Replies that are written at once: no more than the kernel takes in one piece, which is 32 KiB
+/// and most of a page, so that a block waits for its client once and not piece by piece.
+inline constexpr size_t reply_block_size = 40;
 
 /// The part of a list that is not written yet. What a list does not set stays zero in every reply,
 /// and what it sets for its last entry stands in its end too.

@@ -130,7 +130,7 @@ TEST_F(DaemonLists, AReaderThatNeverReadsCostsTheOthersAFewSeconds) {
     const int status = ask({.type = UTM_APP_CONFIG_PING});
 
     EXPECT_EQ(status, UTM_APP_CONFIG_STATUS_OK);
-    EXPECT_LT(steady_clock::now() - asked, seconds(8));
+    EXPECT_LT(steady_clock::now() - asked, seconds(5)) << "a reply may wait for three, once";
     const sim_answer rest = sim_read_answer(stuck);
     EXPECT_TRUE(rest.closed);
     EXPECT_LT(rest.replies.size(), static_cast<size_t>(APPS)) << "it was sent whole after all";

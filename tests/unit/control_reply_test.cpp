@@ -108,6 +108,25 @@ TEST_F(Reply, WaitsForNobodyOnceItIsToldNotTo) {
     EXPECT_GT(sent, 0) << "a client with room for it gets its reply";
 }
 
+TEST_F(Reply, BlockGoesInOnePiece) {
+    // What is taken of a block and what is left of it would each wait for the client.
+    int stream[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, stream), 0);
+    utm_app_reply_stop_waiting();
+    reply_block_t list;
+    utm_app_reply_begin(&list, stream[1]);
+    while (utm_app_reply_next(&list) != nullptr) {
+    }
+    close(stream[1]);
+    size_t taken = 0;
+    char chunk[4096];
+    for (ssize_t n; (n = read(stream[0], chunk, sizeof(chunk))) > 0;)
+        taken += static_cast<size_t>(n);
+    close(stream[0]);
+    EXPECT_GT(taken, 0u);
+    EXPECT_EQ(taken % sizeof(list.replies), 0u) << taken;
+}
+
 TEST_F(Reply, ThatWaitsIsGivenUp) {
     const auto before = signal(SIGPIPE, SIG_IGN);
     const utm_app_config_reply reply = {};
