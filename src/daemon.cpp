@@ -27,6 +27,11 @@ constexpr unsigned seconds_per_tick = 60;
 
 pthread_t socket_thread;
 
+/// Set while the socket thread is ended: a client that is cut off then has not gone by itself. The
+/// signal is not ignored instead, because the programs that are started would inherit that.
+std::atomic<bool> cuts_clients_off{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler reads it");
+
 void create_locks() {
     utm_app_config_mutex.create();
     utm_app_debug_mutex.create();
@@ -61,7 +66,7 @@ void tick() {
 void signal_handler(int signo) {
     if (signo == SIGINT)
         running = 0;
-    else if (signo == SIGPIPE)
+    else if (signo == SIGPIPE && !cuts_clients_off)
         utm_app_log_from_signal("Receive SIGPIPE\n");
 }
 
@@ -105,14 +110,15 @@ int32_t utm_app_config_handler_start() {
 }
 
 void utm_app_config_handler_stop() {
-    // Put back as in the main loop; but a client that is cut off here has not gone by itself.
+    cuts_clients_off = true;
+    // Put back as in the main loop.
     utm_app_install_signal_handlers();
-    signal(SIGPIPE, SIG_IGN);
     utm_app_config_socket_stop();
     // Without a descriptor left the thread does not watch its socket, for a second at a time. The
     // signal ends that wait; elsewhere it changes nothing.
     pthread_kill(socket_thread, SIGINT);
     pthread_join(socket_thread, nullptr);
+    cuts_clients_off = false;
     utm_app_config_socket_remove();
 }
 

@@ -8,7 +8,8 @@
 extern std::atomic<int> running;
 
 /// The handler of SIGINT and SIGPIPE; any other number does nothing. It runs on whichever thread
-/// the kernel picks, so it only stores a flag or appends one line to the log.
+/// the kernel picks, so it only stores a flag or appends one line to the log. While the
+/// control-socket thread is ended SIGPIPE does nothing either.
 void signal_handler(int signo);
 
 /// Makes sure of the descriptors that the starter left: 0 to 2 are open, so that no socket takes

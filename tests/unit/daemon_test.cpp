@@ -6,15 +6,20 @@
 #include "format/protocol.h"
 #include "persist/export.h"
 #include "persist/export_schedule.h"
+#include "sim/harness/client.h"
+#include "tests/lib/exchange.h"
 #include "tests/lib/render.h"
 #include "tests/lib/world.h"
 #include "usage/top_apps.h"
 
+#include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -339,6 +344,46 @@ TEST_F(Daemon, EndsTheControlSocketThreadWhenSelectFails) {
 }
 
 // ---- Shut-down -----------------------------------------------------------------------------
+
+void (*handler_of_sigpipe())(int) {
+    struct sigaction action = {};
+    sigaction(SIGPIPE, nullptr, &action);
+    return action.sa_handler;
+}
+
+TEST_F(DaemonStart, KeepsItsHandlerOfSigpipeWhileItEndsTheThread) {
+    // A signal that is ignored stays so in the programs that are started, and with it their pipes
+    // no longer end them.
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    world::make_profile(1, {world::tablet});
+    std::atomic<bool> runs = false;
+    void (*during)(int) = nullptr;
+    world::on_system([&](const std::string &) {
+        runs = true;
+        pollfd end = {listen_fd, 0, 0};
+        EXPECT_EQ(poll(&end, 1, -1), 1);
+        during = handler_of_sigpipe();
+        return 0;
+    });
+    ASSERT_EQ(utm_app_config_handler_start(), 0);
+    const int client = sim_connect();
+    const utm_app_config_cmd asked = world::request(UTM_APP_CONFIG_DELETE_PROFILE, {1});
+    ASSERT_EQ(write(client, &asked, sizeof(asked)), static_cast<ssize_t>(sizeof(asked)));
+    while (!runs)
+        std::this_thread::yield();
+    utm_app_config_handler_stop();
+    close(client);
+    EXPECT_EQ(during, signal_handler);
+    EXPECT_EQ(handler_of_sigpipe(), signal_handler);
+}
+
+TEST_F(DaemonStart, LogsSigpipeAgainOnceTheThreadHasEnded) {
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    ASSERT_EQ(utm_app_config_handler_start(), 0);
+    utm_app_config_handler_stop();
+    raise(SIGPIPE);
+    EXPECT_EQ(world::trace(), "log Config handler init success\nlog Receive SIGPIPE\n");
+}
 
 class DaemonExit : public Daemon {
 protected:
