@@ -27,22 +27,32 @@ void set_weekday(config_user_profile_t *profile, int32_t weekday,
     }
 }
 
+void say_nothing() {}
+
 /// Does something to a profile while the store is held.
+/// @param miss  says that there is no such profile, so that the line stands before whatever happens
+///              once the store is free again
 /// @return 0, or -1 without the profile
-template <typename Act>
-int32_t with_profile(int32_t profile_id, Act act) UTM_EXCLUDES(utm_app_config_mutex) {
+template <typename Act, typename Miss = void (*)()>
+int32_t with_profile(int32_t profile_id, Act act, Miss miss = say_nothing)
+    UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     config_user_profile_t *profile = utm_app_find_profile(profile_id);
-    if (profile == nullptr)
+    if (profile == nullptr) {
+        miss();
         return -1;
+    }
     act(profile);
     return 0;
 }
 
-int32_t read_figure(int32_t profile_id, int32_t config_user_profile_t::*figure, int32_t *value)
-    UTM_EXCLUDES(utm_app_config_mutex) {
-    return with_profile(profile_id, [=](const config_user_profile_t *profile)
-                                        UTM_STORE_LOCKED { *value = profile->*figure; });
+template <typename Miss = void (*)()>
+int32_t read_figure(int32_t profile_id, int32_t config_user_profile_t::*figure, int32_t *value,
+                    Miss miss = say_nothing) UTM_EXCLUDES(utm_app_config_mutex) {
+    return with_profile(
+        profile_id,
+        [=](const config_user_profile_t *profile) UTM_STORE_LOCKED { *value = profile->*figure; },
+        miss);
 }
 
 void set_every_day(config_user_profile_t *profile, int32_t minutes) UTM_STORE_LOCKED {
@@ -138,36 +148,37 @@ int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes) {
                           profile_id);
         return -1;
     }
-    const int32_t result =
-        with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+    return with_profile(
+        profile_id,
+        [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
             profile->daily_extend = saturating_sum(profile->daily_extend, minutes);
             utm_app_enforce_moved_budget(profile);
             utm_app_debug_log("Add extend %d to profile %d, now %d\n", minutes, profile_id,
                               profile->daily_extend);
+        },
+        [=] {
+            utm_app_debug_log("Add extend %d to profile %d failed because profile is not existed\n",
+                              minutes, profile_id);
         });
-    if (result != 0)
-        utm_app_debug_log("Add extend %d to profile %d failed because profile is not existed\n",
-                          minutes, profile_id);
-    return result;
 }
 
 int32_t utm_app_reset_extend(int32_t profile_id) {
-    const int32_t result =
-        with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+    return with_profile(
+        profile_id,
+        [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
             profile->daily_extend = 0;
             utm_app_enforce_moved_budget(profile);
             utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);
+        },
+        [=] {
+            utm_app_debug_log("Reset profile %d extend failed because profile is not existed\n",
+                              profile_id);
         });
-    if (result != 0)
-        utm_app_debug_log("Reset profile %d extend failed because profile is not existed\n",
-                          profile_id);
-    return result;
 }
 
 int32_t utm_app_get_extend(int32_t profile_id, int32_t *minutes) {
-    const int32_t result = read_figure(profile_id, &config_user_profile_t::daily_extend, minutes);
-    if (result != 0)
+    return read_figure(profile_id, &config_user_profile_t::daily_extend, minutes, [=] {
         utm_app_debug_log("Get extended for profile %d failed because profile is not existed\n",
                           profile_id);
-    return result;
+    });
 }

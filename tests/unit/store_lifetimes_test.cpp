@@ -7,6 +7,7 @@
 #include "tests/lib/render.h"
 #include "tests/lib/world.h"
 #include "usage/accounting.h"
+#include "usage/limits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -232,6 +233,15 @@ const lock_case lock_cases[] = {
      "held run\nheld log\n"},
     {"delete device", [] { (void)!utm_app_delete_device(1, world::tablet.data()); },
      "held run\nheld log\n"},
+    {"add a bonus", [] { (void)!utm_app_add_extend(1, 30); }, "held log\n"},
+    {"add a bonus to nobody", [] { (void)!utm_app_add_extend(9, 30); }, "held log\n"},
+    {"reset the bonus of nobody", [] { (void)!utm_app_reset_extend(9); }, "held log\n"},
+    {"get the bonus of nobody",
+     [] {
+         int32_t minutes = 0;
+         (void)!utm_app_get_extend(9, &minutes);
+     },
+     "held log\n"},
     {"create policy", [] { (void)!utm_app_create_policy(6); }, "free log\n"},
     {"create a policy that exists", [] { (void)!utm_app_create_policy(4); }, "free log\n"},
     {"add apps",
