@@ -4,7 +4,7 @@
 /// there. Without a simulated router (UTM_SIM_DIR unset) a call does nothing.
 
 #include "notify/qvutm_notify.h"
-#include "sim/router/router_dir.h"
+#include "notify/simulated_router.h"
 
 namespace {
 
