@@ -67,7 +67,7 @@ TEST_F(DaemonSwitch, WhileItIsOffNothingIsBlocked) {
                                        router_query(NOON, NOON + 60)));
 }
 
-TEST_F(DaemonSwitch, OffLiftsEveryBlockAndOnPutsItBack) {
+TEST_F(DaemonSwitch, OffLiftsEveryBlockAndOnPutsBackThoseOfLimits) {
     turn(1);
     use_everything_up();
 

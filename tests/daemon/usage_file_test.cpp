@@ -125,7 +125,7 @@ TEST_F(DaemonUsageFile, TheDebugLogAlsoTellsOfWhatWasWritten) {
                 ElementsAre("[socket] Receive cmd type=51", "export to /tmp/saved.json success"));
 }
 
-TEST_F(DaemonUsageFile, UsageAndItsBlocksSurviveAPowerCut) {
+TEST_F(DaemonUsageFile, UsageAndItsBlocksSurviveAPowerCutWithinADay) {
     turn_on();
     set_up_a_profile();
     prescribe("reply", R"({"data":[{"type":"APP","app_id":305,"total_time_usage":10},

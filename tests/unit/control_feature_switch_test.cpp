@@ -79,7 +79,7 @@ TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
     EXPECT_EQ(world::render_lists(), before);
 }
 
-TEST_F(FeatureSwitch, BringsTheSameBlocksBack) {
+TEST_F(FeatureSwitch, BringsBackEveryBlockThatARecordHolds) {
     make_blocked_profile();
     ASSERT_EQ(utm_app_set_activate(1), 0);
     const std::string first = world::trace();
@@ -87,6 +87,32 @@ TEST_F(FeatureSwitch, BringsTheSameBlocksBack) {
     world::trace();
     ASSERT_EQ(utm_app_set_activate(1), 0);
     EXPECT_EQ(world::trace(), first);
+}
+
+/// A block rule is brought back where a record holds its flag. Lifting releases the others, too,
+/// and they stay released: applications 13, which nobody has used, and 14, blocked by a binding.
+TEST_F(FeatureSwitch, BringsBackABlockRuleOnlyWhereARecordHoldsIt) {
+    config_user_profile_t *profile = world::make_profile(1, both);
+    world::make_usage(profile, {{12, 5}, {14, 7}});
+    world::make_policy(4, {{14, 2, 0}}, profile);
+    world::set_active(true);
+    const config_policy_rule_t rules[] = {{12, 2, 0}, {13, 2, 0}};
+    ASSERT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0);
+    EXPECT_EQ(world::trace(),
+              "log Policy 4 add app 12 action 2 limit 0 success\n" + world::block_lines(both, 12) +
+                  "log Policy 4 add app 13 action 2 limit 0 success\n" +
+                  world::block_lines(both, 13) + "log Add apps to policy 4 success\n");
+    const std::string before = world::render_lists();
+    EXPECT_EQ(utm_app_set_activate(0), 0);
+    EXPECT_EQ(world::trace(), "run lcsh apg off\n"
+                              "status_changed 1 0\n" +
+                                  world::unblock_lines(both, 12) + world::reset_lines(both) +
+                                  "log Set activate from 1 to 0\n");
+    EXPECT_EQ(utm_app_set_activate(1), 0);
+    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
+                              "status_changed 1 1\n" +
+                                  world::block_lines(both, 12) + "log Set activate from 0 to 1\n");
+    EXPECT_EQ(world::render_lists(), before);
 }
 
 TEST_F(FeatureSwitch, OnlyWritesItsLineWhenItStandsThereAlready) {
