@@ -1,6 +1,7 @@
 #include "tests/lib/world.h"
 
 #include "core/debug_log.h"
+#include "format/protocol.h"
 #include "core/owners.h"
 #include "notify/qvutm_notify.h"
 #include "persist/export_schedule.h"
@@ -11,6 +12,7 @@
 #include "usage/accounting.h"
 #include "usage/top_apps.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -20,6 +22,8 @@
 #include <sstream>
 #include <sys/mman.h>
 #include <sys/select.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/sysinfo.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -31,12 +35,21 @@ int __real_pclose(FILE *pipe);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *old, size_t size);
 ssize_t __real_write(int fd, const void *bytes, size_t size);
+ssize_t __real_send(int fd, const void *bytes, size_t size, int flags);
+int __real_stat(const char *path, struct stat *status);
+int __real_lstat(const char *path, struct stat *status);
 int __real_select(int descriptors, fd_set *read, fd_set *write, fd_set *except, timeval *timeout);
 int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
                           world::thread_body_t *body, void *argument);
 }
 
 namespace {
+
+/// What is in the way of bytes that are given out.
+struct disturbance_t {
+    int interruptions;
+    size_t most; ///< bytes a call, 0 for any number
+};
 
 struct state_t {
     std::string trace;
@@ -56,6 +69,10 @@ struct state_t {
     long uptime = 86'400;
     int sysinfo_result = 0;
     std::set<FILE *> pipes;
+    disturbance_t write = {0, 0};
+    disturbance_t send = {0, 0};
+    std::function<void(const std::string &)> act_after_stat;
+    std::function<int(struct stat *)> change_lstat;
 };
 
 state_t state;
@@ -87,6 +104,20 @@ bool is_allocation_to_fail() {
         return false;
     return state.fail_onwards ? state.allocations >= state.allocation_to_fail
                               : state.allocations == state.allocation_to_fail;
+}
+
+/// @return whether a call fails, with `errno` set
+bool is_interrupted(disturbance_t *disturbance) {
+    if (disturbance->interruptions == 0)
+        return false;
+    --disturbance->interruptions;
+    errno = EINTR;
+    return true;
+}
+
+/// @return the bytes that a call takes
+size_t taken(const disturbance_t &disturbance, size_t size) {
+    return disturbance.most == 0 ? size : std::min(size, disturbance.most);
 }
 
 /// A readable stream of a text of any length.
@@ -153,6 +184,7 @@ FILE *__wrap_popen(const char *line, const char *) {
 int __wrap_pclose(FILE *pipe) {
     if (state.pipes.erase(pipe) == 0)
         return __real_pclose(pipe);
+    call_trace::note("reap");
     return fclose(pipe);
 }
 
@@ -167,6 +199,32 @@ int __wrap_sysinfo(struct sysinfo *info) {
     if (state.sysinfo_result == 0)
         info->uptime = static_cast<decltype(info->uptime)>(state.uptime); // unsigned in musl
     return state.sysinfo_result;
+}
+
+ssize_t __wrap_write(int fd, const void *bytes, size_t size) {
+    call_trace::note_write(fd);
+    if (is_interrupted(&state.write))
+        return -1;
+    return __real_write(fd, bytes, taken(state.write, size));
+}
+
+ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags) {
+    call_trace::note(size == UTM_APP_CONFIG_CMD_SIZE ? "request" : "reply");
+    if (is_interrupted(&state.send))
+        return -1;
+    return __real_send(fd, bytes, taken(state.send, size), flags);
+}
+
+int __wrap_stat(const char *path, struct stat *status) {
+    const int result = __real_stat(path, status);
+    if (state.act_after_stat)
+        state.act_after_stat(path);
+    return result;
+}
+
+int __wrap_lstat(const char *path, struct stat *status) {
+    const int result = __real_lstat(path, status);
+    return result == 0 && state.change_lstat ? state.change_lstat(status) : result;
 }
 
 void *__wrap_calloc(size_t count, size_t size) {
@@ -337,6 +395,22 @@ void on_select(std::function<int(int, const timeval &)> answer) {
 
 void end_select_after(int calls) {
     state.selects_left = calls;
+}
+
+void disturb_write(int interruptions, size_t most) {
+    state.write = {interruptions, most};
+}
+
+void disturb_send(int interruptions, size_t most) {
+    state.send = {interruptions, most};
+}
+
+void after_stat(std::function<void(const std::string &)> act) {
+    state.act_after_stat = std::move(act);
+}
+
+void on_lstat(std::function<int(struct stat *)> change) {
+    state.change_lstat = std::move(change);
 }
 
 void on_thread(std::function<int(const pthread_attr_t *, thread_body_t *, void *)> answer) {

@@ -20,6 +20,7 @@
 #include <functional>
 #include <pthread.h>
 #include <string>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <vector>
 
@@ -94,6 +95,18 @@ void on_select(std::function<int(int descriptors, const timeval &timeout)> answe
 
 /// Lets the real `select` wait so many times and makes the call after these fail (EBADF).
 void end_select_after(int calls);
+
+/// Lets `write` fail with EINTR so many times and then take no more than so many bytes a call (0
+/// for any number). The log's lines go the same way.
+void disturb_write(int interruptions, size_t most);
+/// The same for `send`.
+void disturb_send(int interruptions, size_t most);
+
+/// Does something after each `stat`, when its caller believes to know the file.
+void after_stat(std::function<void(const std::string &path)> act);
+
+/// Changes what `lstat` found, and gives its result.
+void on_lstat(std::function<int(struct stat *found)> change);
 
 /// Answers `pthread_create`, which then starts nothing. Without an answer it is the real one.
 using thread_body_t = void *(void *);

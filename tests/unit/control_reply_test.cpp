@@ -141,4 +141,17 @@ TEST_F(Reply, ThatWaitsIsGivenUp) {
     signal(SIGPIPE, before);
 }
 
+TEST_F(Reply, IsWrittenWholeThroughInterruptionsAndSmallPieces) {
+    utm_app_config_reply reply = {};
+    memset(&reply, 0x5A, sizeof(reply));
+    world::disturb_send(3, 500);
+    EXPECT_TRUE(utm_app_reply_send(ends_[1], reply));
+    shutdown(ends_[1], SHUT_WR);
+    std::string bytes;
+    char piece[sizeof(reply)];
+    for (ssize_t n; (n = recv(ends_[0], piece, sizeof(piece), 0)) > 0;)
+        bytes.append(piece, static_cast<size_t>(n));
+    EXPECT_EQ(bytes, std::string(sizeof(reply), 0x5A));
+}
+
 } // namespace

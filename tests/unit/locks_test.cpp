@@ -140,9 +140,9 @@ TEST_F(Locks, ACollectorReadsTheClockBeforeItWaitsForTheStore) {
     second.devices = {"00:11:22:33:44:55"};
     make(second);
     EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
-              "clock store(query)");
+              "clock store(query reap)");
     EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_global_app_status(), 0); }),
-              "clock store(query)");
+              "clock store(query reap)");
 }
 
 TEST_F(Locks, ACollectorHoldsTheStoreToItsEnd) {
@@ -150,10 +150,10 @@ TEST_F(Locks, ACollectorHoldsTheStoreToItsEnd) {
     profile.devices = {"00:11:22:33:44:55"};
     make(profile);
     EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
-              "clock store(query)");
+              "clock store(query reap)");
     world::set_now(world::default_now + 86'400);
     EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
-              "clock store(event debug() clock query)");
+              "clock store(event debug() clock query reap)");
     world::fail_popen(1);
     EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), -1); }),
               "clock store(query debug())");
@@ -217,9 +217,14 @@ TEST_F(Locks, NoCommandHoldsOneWhileItReplies) {
     EXPECT_EQ(replying, 29);
 }
 
-TEST_F(Locks, ASignatureIsLoadedUnderNoLock) {
+TEST_F(Locks, ASignatureIsLoadedUnderNoLockAndItsShellReapedBeforeTheReply) {
     EXPECT_EQ(call_trace::of([] { world::exchange(sim_path_command(46, "/tmp/sig")); }),
-              "write debug() debug() debug() query reply"); // the first word is the client's
+              "request debug() debug() debug() query reap reply");
+}
+
+TEST_F(Locks, TheStatusIsReadUnderTheStoresLock) {
+    EXPECT_EQ(call_trace::of([] { world::exchange(world::request(47)); }),
+              "request debug() store() reply");
 }
 
 } // namespace

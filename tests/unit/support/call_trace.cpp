@@ -9,7 +9,6 @@
 #include <json-c/json.h>
 #include <pthread.h>
 #include <string_view>
-#include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -20,10 +19,8 @@ int __real_pthread_mutex_unlock(pthread_mutex_t *mutex);
 int __real_pthread_rwlock_rdlock(pthread_rwlock_t *lock);
 int __real_pthread_rwlock_wrlock(pthread_rwlock_t *lock);
 int __real_pthread_rwlock_unlock(pthread_rwlock_t *lock);
-ssize_t __real_write(int fd, const void *bytes, size_t size);
 int __real_ftruncate(int fd, off_t size);
 int __real_access(const char *path, int mode);
-ssize_t __real_send(int fd, const void *bytes, size_t size, int flags);
 json_object *__real_json_object_from_fd(int fd);
 void __real_qsort(void *first, size_t count, size_t size,
                   int (*compare)(const void *a, const void *b));
@@ -106,6 +103,11 @@ void note(const char *word) {
         add(word);
 }
 
+void note_write(int fd) {
+    if (trace != nullptr)
+        add(is_log(fd) ? "log" : "write");
+}
+
 } // namespace call_trace
 
 // ---- What the linker puts in place of the calls --------------------------------------------
@@ -139,12 +141,6 @@ int __wrap_pthread_rwlock_unlock(pthread_rwlock_t *lock) {
     return __real_pthread_rwlock_unlock(lock);
 }
 
-ssize_t __wrap_write(int fd, const void *bytes, size_t size) {
-    if (trace != nullptr)
-        add(is_log(fd) ? "log" : "write");
-    return __real_write(fd, bytes, size);
-}
-
 int __wrap_ftruncate(int fd, off_t size) {
     call_trace::note("empty");
     return __real_ftruncate(fd, size);
@@ -154,11 +150,6 @@ int __wrap_access(const char *path, int mode) {
     if (!std::string_view(path).starts_with(debug_log_directory))
         call_trace::note("look");
     return __real_access(path, mode);
-}
-
-ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags) {
-    call_trace::note("reply");
-    return __real_send(fd, bytes, size, flags);
 }
 
 json_object *__wrap_json_object_from_fd(int fd) {

@@ -10,15 +10,18 @@
 /// so one comparison says what happens under which lock, and in which order. A lock that is given
 /// back before one that was taken after it names itself: ")store".
 ///
-/// | word                                 | what                                         |
-/// |--------------------------------------|----------------------------------------------|
-/// | store file debug                     | utm_app_config_mutex, utm_app_export_import_mutex,
-/// utm_app_debug_mutex | | interval-read interval-write         | utm_export_interval_rwlock | |
-/// clock uptime                         | gettimeofday, sysinfo                        | | read
-/// empty write look                | json_object_from_fd, ftruncate, write, access, except for the
-/// log | | log                                  | a line is written to the log                 | |
-/// sort reply                           | qsort, send                                  | | query
-/// run event status               | popen, system, the two notification calls    |
+/// | word                          | what                                                     |
+/// |-------------------------------|----------------------------------------------------------|
+/// | store                         | utm_app_config_mutex                                     |
+/// | file                          | utm_app_export_import_mutex                              |
+/// | debug                         | utm_app_debug_mutex                                      |
+/// | interval-read interval-write  | utm_export_interval_rwlock                               |
+/// | clock uptime                  | gettimeofday, sysinfo                                    |
+/// | read empty write look         | json_object_from_fd, ftruncate, write, access, not the log's |
+/// | log                           | a line is written to the log                             |
+/// | sort                          | qsort                                                    |
+/// | request reply                 | send, by the client and by the daemon                    |
+/// | query reap run event status   | popen, pclose, system, the two notification calls        |
 
 #include <functional>
 #include <string>
@@ -33,7 +36,9 @@ std::string of(const std::function<void()> &act);
 std::string of(const std::function<void()> &act,
                const std::function<void(const std::string &word)> &before_each);
 
-/// For the fakes: adds a word if a trace is being made by this thread.
+/// For the fakes: adds a word if this thread is making a trace.
 void note(const char *word);
+/// The same for a write to a descriptor: "log" or "write".
+void note_write(int fd);
 
 } // namespace call_trace
