@@ -3,7 +3,7 @@
 #include "control/fd_event.h"
 #include "control/socket_server.h"
 #include "format/protocol.h"
-#include "tests/unit/support/world.h"
+#include "tests/lib/world.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

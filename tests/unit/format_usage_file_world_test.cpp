@@ -4,9 +4,9 @@
 
 #include "core/debug_log.h"
 #include "persist/export.h"
+#include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/usage_file_special.h"
-#include "tests/unit/support/world.h"
 
 #include <cerrno>
 #include <filesystem>
