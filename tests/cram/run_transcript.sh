@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Runs one transcript: what a person types, and what they see.
 #
-#   run_transcript.sh household|machine mounts|redirection|any BUILD CRAM FILE.t
+#   run_transcript.sh FOLDER mounts|redirection|any BUILD CRAM FILE.t
 #
 # household: it is typed in a sandbox, beside a daemon, with the sandbox's commands on the PATH.
+# client, commands: the same, but nobody is online, and it is noon on Tuesday, 2030-01-01.
 # machine:   it is typed on the machine; utm_sandbox and the build's programs are on the PATH, and
 #            $SANDBOX_WAY, $BUILD and $SOURCE are set.
 #
@@ -49,9 +50,23 @@ if [[ $way == mounts ]] && ! why=$(in_environment "$sandbox" --which 2>&1); then
     exit 77
 fi
 
+# In a sandbox the daemon ends with status 0, and the router refused nothing.
+in_sandbox() {
+    # shellcheck disable=SC2016 # for the inner shell
+    command=("$sandbox" "$@" sh -c '
+        "$@"
+        status=$?
+        ! daemon pid >/dev/null 2>&1 || daemon stop || status=1
+        ! journal --all | grep refused || status=1
+        exit $status' sh "${command[@]}")
+}
+
 # Cram's own fixed environment has another time zone than the sandbox.
 command=("$cram" --preserve-env "$name.t")
-[[ $where == machine ]] || command=("$sandbox" "${command[@]}")
+case $where in
+household) in_sandbox ;;
+client | commands) in_sandbox --scenario none --start '2030-01-01 12:00' ;;
+esac
 status=0
 in_environment "${command[@]}" || status=$?
 if [[ -e $name.t.err ]]; then

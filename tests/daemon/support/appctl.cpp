@@ -67,12 +67,8 @@ void set_environment(const appctl_setting &setting) {
 
 /// Prepares the new process for the exec of the client.
 void prepare(const appctl_setting &setting, int terminal_fd) {
-    if (!setting.out_path.empty())
-        dup2(open(setting.out_path.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
     if (terminal_fd >= 0)
         dup2(terminal_fd, STDOUT_FILENO);
-    if (!setting.directory.empty() && chdir(setting.directory.c_str()) != 0)
-        _exit(127);
     set_environment(setting);
     if (setting.in_child)
         setting.in_child();

@@ -13,8 +13,6 @@
 struct appctl_setting {
     /// Set last, so these may replace any of the above.
     std::vector<std::pair<std::string, std::string>> environment = {};
-    std::string directory = {};  ///< where it is started; empty: where the test is
-    std::string out_path = {};   ///< a device that is its standard output; `out` is empty then
     int terminal_columns = 0;    ///< its standard output is a terminal so wide; 0: a pipe
     std::string clock_path = {}; ///< the page of a virtual clock
     /// Run in the new process just before exec.

@@ -1,7 +1,6 @@
 #include "tests/daemon/support/client_fixture.h"
 
 #include <filesystem>
-#include <json-c/json.h>
 
 namespace {
 
@@ -49,14 +48,4 @@ void client_test::use(int online, const std::vector<std::pair<int, int>> &apps) 
 void client_test::sleep_over() {
     sim_clock_jump(&clock, DAY);
     tick();
-}
-
-bool is_document(const std::string &text) {
-    json_object *document = json_tokener_parse(text.c_str());
-    const bool same =
-        document != nullptr &&
-        std::string(json_object_to_json_string_ext(document, JSON_C_TO_STRING_PLAIN)) + "\n" ==
-            text;
-    json_object_put(document);
-    return same;
 }

@@ -22,6 +22,3 @@ protected:
     /// Goes to the next day, at the same time.
     void sleep_over();
 };
-
-/// @return whether a text is one JSON document and a line end, written without blanks
-bool is_document(const std::string &text);

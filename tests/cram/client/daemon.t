@@ -1,0 +1,82 @@
+A ping says nothing when the daemon answers.
+
+  $ . "$SOURCE/tests/cram/lib.sh"
+  $ utm_appctl debug on
+  $ utm_appctl ping
+  $ log
+  [socket] Receive cmd type=0
+
+Limits and the debug log are each on or off.
+
+  $ utm_appctl status
+  limits     off
+  debug log  on
+  $ utm_appctl status --json
+  {"active":false,"debug":true}
+  $ utm_appctl activate on
+  $ utm_appctl debug off
+  $ utm_appctl status
+  limits     on
+  debug log  off
+  $ utm_appctl status -j
+  {"active":true,"debug":false}
+
+The router is told when limits are turned on or off.
+
+  $ utm_appctl activate off
+  $ journal
+  lcsh apg on
+  notify status_changed 1 1
+  lcsh apg off
+  notify status_changed 1 0
+
+A switch knows "on" and "off" alone. The daemon is not asked anything else.
+
+  $ utm_appctl debug on
+  $ forget
+  $ for word in 1 ON '' offf; do
+  >   utm_appctl activate "$word" || echo "status $?"
+  >   utm_appctl debug "$word" || echo "status $?"
+  > done
+  utm_appctl: "1" is neither on nor off
+  status 2
+  utm_appctl: "1" is neither on nor off
+  status 2
+  utm_appctl: "ON" is neither on nor off
+  status 2
+  utm_appctl: "ON" is neither on nor off
+  status 2
+  utm_appctl: "" is neither on nor off
+  status 2
+  utm_appctl: "" is neither on nor off
+  status 2
+  utm_appctl: "offf" is neither on nor off
+  status 2
+  utm_appctl: "offf" is neither on nor off
+  status 2
+  $ log
+
+The interval between two exports may be written as hours and minutes.
+
+  $ utm_appctl interval show
+  30 (30m)
+  $ utm_appctl interval set 1h30m
+  $ utm_appctl interval show
+  90 (1h30m)
+  $ utm_appctl interval set 45
+  $ utm_appctl interval show
+  45 (45m)
+  $ utm_appctl interval show --json
+  {"interval":45}
+
+It is at least one minute.
+
+  $ utm_appctl interval set 0
+  utm_appctl: the daemon refused: the interval must be at least one minute
+  [1]
+  $ utm_appctl interval set soon
+  utm_appctl: "soon" is not a time: give minutes, such as 90, 90m or 1h30m
+  [2]
+  $ utm_appctl interval set 2147483647
+  $ utm_appctl interval show --json
+  {"interval":2147483647}
