@@ -1,4 +1,4 @@
-/// Long lists, and clients that take their time to read them.
+/// Clients that take their time to read a long list.
 
 #include "tests/daemon/support/fixture.h"
 
@@ -15,9 +15,7 @@ namespace {
 
 constexpr int APPS = 700;
 constexpr int FIRST_APP = 1000;
-constexpr int PERIOD_TODAY = 0;
 constexpr int BY_DAY = 0;
-constexpr int BY_WEEK = 1;
 
 class DaemonLists : public daemon_test {
 protected:
@@ -39,63 +37,7 @@ protected:
 const utm_app_config_cmd LONG_LIST = {
     .type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_DAY};
 
-/// @return whether the replies are that many entries and the end
-bool is_whole_list(const std::vector<utm_app_config_reply> &replies, size_t entries) {
-    if (replies.size() != entries + 1 || replies.back().status != UTM_APP_CONFIG_STATUS_OK)
-        return false;
-    for (size_t i = 0; i < entries; ++i)
-        if (replies[i].status != UTM_APP_CONFIG_STATUS_DATA)
-            return false;
-    return true;
-}
-
-std::vector<int> whole_row(const utm_app_config_reply &reply) {
-    std::vector<int> row = {reply.prev_day_app_id};
-    row.insert(row.end(), std::begin(reply.prev_day_data), std::end(reply.prev_day_data));
-    return row;
-}
-
 } // namespace
-
-TEST_F(DaemonLists, TheUsageOfHundredsOfApplicationsIsSortedAndWhole) {
-    const sim_answer answer =
-        sim_ask({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 1, .arg1 = PERIOD_TODAY});
-
-    ASSERT_TRUE(is_whole_list(answer.replies, APPS));
-    for (int i = 0; i < APPS; ++i) {
-        const utm_app_config_reply &reply = answer.replies[static_cast<size_t>(i)];
-        EXPECT_EQ(reply.app_usage_app_id, FIRST_APP + APPS - 1 - i);
-        EXPECT_EQ(reply.app_usage_value, APPS - i);
-    }
-}
-
-TEST_F(DaemonLists, TheDaysOfHundredsOfApplicationsComeNewestFirst) {
-    sim_clock_jump(&clock, 12 * 60 * 60);
-    tick();
-
-    const sim_answer answer = sim_ask(LONG_LIST);
-
-    ASSERT_TRUE(is_whole_list(answer.replies, APPS));
-    for (int i = 0; i < APPS; ++i) {
-        std::vector<int> row(32, 0);
-        row[0] = FIRST_APP + APPS - 1 - i;
-        row[2] = APPS - i; // yesterday
-        EXPECT_EQ(whole_row(answer.replies[static_cast<size_t>(i)]), row);
-    }
-}
-
-TEST_F(DaemonLists, TheWeeksOfHundredsOfApplicationsComeNewestFirst) {
-    const sim_answer answer =
-        sim_ask({.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_WEEK});
-
-    ASSERT_TRUE(is_whole_list(answer.replies, APPS));
-    for (int i = 0; i < APPS; ++i) {
-        std::vector<int> row(32, 0);
-        row[0] = FIRST_APP + APPS - 1 - i;
-        row[1] = APPS - i; // this week
-        EXPECT_EQ(whole_row(answer.replies[static_cast<size_t>(i)]), row);
-    }
-}
 
 TEST_F(DaemonLists, ASlowReaderGetsEverything) {
     const int fd = send_request(LONG_LIST);

@@ -11,10 +11,6 @@ using testing::Pair;
 
 namespace {
 
-constexpr char USAGE[] = R"({"data":[{"type":"APP","app_id":305,"total_time_usage":10},
-                                     {"type":"APP","app_id":306,"total_time_usage":20},
-                                     {"type":"INTERNET","app_id":0,"total_time_usage":25}]})";
-
 class DaemonReplies : public daemon_test {
 protected:
     void SetUp() override {
@@ -62,48 +58,7 @@ std::vector<std::pair<int, int>> app_usage(int32_t period) {
     return pairs;
 }
 
-std::vector<std::pair<int, int>> weekday_limits(int32_t profile_id) {
-    std::vector<std::pair<int, int>> pairs;
-    for (const auto &entry :
-         entries_of({.type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT, .arg0 = profile_id}))
-        pairs.push_back({entry.weekday_day, entry.weekday_limit});
-    return pairs;
-}
-
 } // namespace
-
-TEST_F(DaemonReplies, AProfileSLimitsAreWhatWasSet) {
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 1440);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 3, .arg2 = 1}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 60}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 30}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_ADD_EXTEND, .arg0 = 3, .arg4 = 15}), 0);
-
-    EXPECT_EQ(
-        reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, .arg0 = 3}).daily_limit_enable, 1);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 60);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 3}).extend, 45);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_RESET_EXTEND, .arg0 = 3}), 0);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXTEND, .arg0 = 3}).extend, 0);
-}
-
-TEST_F(DaemonReplies, TwoProfilesKeepTheirOwnWeekdayLimits) {
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = -4}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 3, .arg3 = 60}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT,
-                   .arg0 = 3,
-                   .arg1 = 2, // Tuesday, today
-                   .arg3 = 90}),
-              0);
-
-    EXPECT_THAT(weekday_limits(3), ElementsAre(Pair(0, 60), Pair(1, 60), Pair(2, 90), Pair(3, 60),
-                                               Pair(4, 60), Pair(5, 60), Pair(6, 60)));
-    EXPECT_THAT(weekday_limits(-4),
-                ElementsAre(Pair(0, 1440), Pair(1, 1440), Pair(2, 1440), Pair(3, 1440),
-                            Pair(4, 1440), Pair(5, 1440), Pair(6, 1440)));
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = 3}).daily_limit, 90);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_DAILY_LIMIT, .arg0 = -4}).daily_limit, 1440);
-}
 
 TEST_F(DaemonReplies, AProfileWithoutUsageHasOneEmptyPairAndNoDays) {
     EXPECT_THAT(app_usage(0), ElementsAre(Pair(0, 0)));
@@ -111,44 +66,9 @@ TEST_F(DaemonReplies, AProfileWithoutUsageHasOneEmptyPairAndNoDays) {
               UTM_APP_CONFIG_STATUS_FAIL);
 }
 
-TEST_F(DaemonReplies, UsageAddsUpOverMinutesAndDays) {
-    prescribe("reply.profile", USAGE);
-    tick(2);
-    prescribe("reply.profile", usage_reply({}));
-    sim_clock_jump(&clock, 24 * 60 * 60);
-    tick();
-    prescribe("reply.profile", USAGE);
-    tick();
-
-    const auto usage = reply_to({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 3});
-    EXPECT_EQ(usage.daily_used, 25);
-    EXPECT_EQ(usage.weekly_used, 50);
-    EXPECT_EQ(usage.monthly_used, 0);
-    EXPECT_THAT(app_usage(0), ElementsAre(Pair(306, 20), Pair(305, 10)));
-    EXPECT_THAT(app_usage(1), ElementsAre(Pair(306, 40), Pair(305, 20)));
-    EXPECT_THAT(app_usage(1000), ElementsAre(Pair(306, 60), Pair(305, 30)));
-    EXPECT_THAT(app_usage(2000), ElementsAre(Pair(306, 60), Pair(305, 30)));
-}
-
 TEST_F(DaemonReplies, APolicySNumberComesBack) {
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 7}).policy_id, 7);
     EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = 2147483647}).policy_id,
-              2147483647);
-}
-
-TEST_F(DaemonReplies, TheSwitchesAndTheIntervalAreWhatWasSet) {
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).activate, 0);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).debug, 0);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL}).export_interval_minute, 30);
-
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 2147483647}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = -1}), 1);
-
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).activate, 1);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_STATUS}).debug, 1);
-    EXPECT_EQ(reply_to({.type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL}).export_interval_minute,
               2147483647);
 }
 
