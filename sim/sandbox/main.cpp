@@ -171,6 +171,9 @@ pid_t start_command(std::vector<std::string> command, const sim_daemon_options &
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
     sim_set_environment(options);
+    // What is preloaded into programs that an emulator runs is of no use to this machine's.
+    if (SANDBOX_EMULATES)
+        unsetenv("LD_PRELOAD");
     setenv("PATH", (std::string(SANDBOX_COMMANDS ":") + getenv("PATH")).c_str(), 1);
     execvp(arguments[0], arguments.data());
     const int reason = errno;

@@ -1,7 +1,53 @@
-An option goes with the commands that take it. With others it is answered with the command's help.
+Each command of the help takes so many words, and answers any other number with its help. Each line
+shows what it says to no word, one word, and so on.
 
   $ . "$SOURCE/tests/cram/lib.sh"
   $ daemon stop
+  $ answer_to() {
+  >   help=$(utm_appctl $command --help)
+  >   answer=$(utm_appctl $command $(seq "$1") 2>&1)
+  >   case "$? $answer" in
+  >   "2 utm_appctl: too few operands
+  > $help") echo few ;;
+  >   "2 utm_appctl: too many operands
+  > $help") echo many ;;
+  >   *) echo right ;;
+  >   esac
+  > }
+  $ commands | while read -r command; do
+  >   echo "$command:" $(for count in 0 1 2 3 4; do answer_to $count; done)
+  > done
+  ping: right many many many many
+  status: right many many many many
+  activate: few right many many many
+  debug: few right many many many
+  profile add: few right many many many
+  profile del: few right many many many
+  device add: few few right right right
+  device del: few few right right right
+  limit show: few right many many many
+  limit set: few few right many many
+  limit enable: few right many many many
+  limit disable: few right many many many
+  weekday show: few right many many many
+  weekday set: few few few right many
+  extend show: few right many many many
+  extend add: few few right many many
+  extend reset: few right many many many
+  usage: few right many many many
+  report: right right many many many
+  policy create: few right many many many
+  policy rule: few few right right right
+  policy bind: few few right many many
+  policy clear: few right many many many
+  signature load: few right many many many
+  interval show: right many many many many
+  interval set: few right many many many
+  export: few right many many many
+  import: few right many many many
+
+An option goes with the commands that take it. With others it is answered with the command's help.
+
   $ utm_appctl ping --json
   utm_appctl: --json cannot be used with this command
   Usage: utm_appctl ping
@@ -17,7 +63,7 @@ An option goes with the commands that take it. With others it is answered with t
   $ utm_appctl usage 3 --apps
   utm_appctl: cannot reach the daemon at /dev/utm_app_config_socket (No such file or directory): is it running? Use -s for another socket
   [3]
-  $ utm_appctl activate on -n /dev/null 2>&1 | head -n 1
+  $ utm_appctl activate on -n /dev/null 2>&1 | sed -n 1p
   utm_appctl: --names cannot be used with this command
 
 These are all that each command takes: with any other its answer is of that kind.
