@@ -50,13 +50,18 @@ if [[ $way == mounts ]] && ! why=$(in_environment "$sandbox" --which 2>&1); then
     exit 77
 fi
 
-# In a sandbox the daemon ends with status 0, and the router refused nothing.
+# In a sandbox the last daemon ends with status 0 (or by "daemon kill"), and the router has refused
+# nothing.
 in_sandbox() {
     # shellcheck disable=SC2016 # for the inner shell
     command=("$sandbox" "$@" sh -c '
         "$@"
         status=$?
         ! daemon pid >/dev/null 2>&1 || daemon stop || status=1
+        if ! grep -qsx -e "exit status 0" -e "signal 9" /tmp/router/daemon.exit; then
+            cat /tmp/router/daemon.exit
+            status=1
+        fi
         ! journal --all | grep refused || status=1
         exit $status' sh "${command[@]}")
 }
