@@ -87,75 +87,25 @@ A pipe is as wide as COLUMNS says, within bounds, or 80 columns wide.
   Tue  1 Jan  120   2h  ##########################################################
   $ (unset COLUMNS; utm_appctl usage 3 --history) | cmp - /tmp/chart
 
-Applications have charts of their own.
+Applications have charts of their own. December is left out here: nothing was used in it.
 
   $ echo '306 chat' >/tmp/apps
-  $ utm_appctl usage 3 --history --apps --names /tmp/apps
+  $ utm_appctl usage 3 --history --apps --names /tmp/apps >/tmp/charts
+  $ sed '/ Dec /d' /tmp/charts
   chat
-  Tue  4 Dec   0   0m
-  Wed  5 Dec   0   0m
-  Thu  6 Dec   0   0m
-  Fri  7 Dec   0   0m
-  Sat  8 Dec   0   0m
-  Sun  9 Dec   0   0m
-  Mon 10 Dec   0   0m
-  Tue 11 Dec   0   0m
-  Wed 12 Dec   0   0m
-  Thu 13 Dec   0   0m
-  Fri 14 Dec   0   0m
-  Sat 15 Dec   0   0m
-  Sun 16 Dec   0   0m
-  Mon 17 Dec   0   0m
-  Tue 18 Dec   0   0m
-  Wed 19 Dec   0   0m
-  Thu 20 Dec   0   0m
-  Fri 21 Dec   0   0m
-  Sat 22 Dec   0   0m
-  Sun 23 Dec   0   0m
-  Mon 24 Dec   0   0m
-  Tue 25 Dec   0   0m
-  Wed 26 Dec   0   0m
-  Thu 27 Dec   0   0m
-  Fri 28 Dec   0   0m
-  Sat 29 Dec   0   0m
-  Sun 30 Dec   0   0m
-  Mon 31 Dec   0   0m
   Tue  1 Jan  30  30m  ###########################################################
   Wed  2 Jan   0   0m
   Thu  3 Jan   0   0m
   
   305
-  Tue  4 Dec   0     0m
-  Wed  5 Dec   0     0m
-  Thu  6 Dec   0     0m
-  Fri  7 Dec   0     0m
-  Sat  8 Dec   0     0m
-  Sun  9 Dec   0     0m
-  Mon 10 Dec   0     0m
-  Tue 11 Dec   0     0m
-  Wed 12 Dec   0     0m
-  Thu 13 Dec   0     0m
-  Fri 14 Dec   0     0m
-  Sat 15 Dec   0     0m
-  Sun 16 Dec   0     0m
-  Mon 17 Dec   0     0m
-  Tue 18 Dec   0     0m
-  Wed 19 Dec   0     0m
-  Thu 20 Dec   0     0m
-  Fri 21 Dec   0     0m
-  Sat 22 Dec   0     0m
-  Sun 23 Dec   0     0m
-  Mon 24 Dec   0     0m
-  Tue 25 Dec   0     0m
-  Wed 26 Dec   0     0m
-  Thu 27 Dec   0     0m
-  Fri 28 Dec   0     0m
-  Sat 29 Dec   0     0m
-  Sun 30 Dec   0     0m
-  Mon 31 Dec   0     0m
   Tue  1 Jan  90  1h30m  #########################################################
   Wed  2 Jan   0     0m
   Thu  3 Jan  45    45m  #############################
+  $ grep ' Dec ' /tmp/charts | cut -c1-10 >/tmp/days
+  $ { cut -c1-10 /tmp/december; cut -c1-10 /tmp/december; } | cmp - /tmp/days
+  $ grep ' Dec ' /tmp/charts | cut -c11- | uniq -c
+       28    0   0m
+       28    0     0m
 
 The document has the newest day last.
 
