@@ -13,6 +13,9 @@ Limits and the debug log are each on or off.
   debug log  on
   $ utm_appctl status --json
   {"active":false,"debug":true}
+  $ log
+  [socket] Receive cmd type=47
+  [socket] Receive cmd type=47
   $ utm_appctl activate on
   $ utm_appctl debug off
   $ utm_appctl status
@@ -80,3 +83,13 @@ It is at least one minute.
   $ utm_appctl interval set 2147483647
   $ utm_appctl interval show --json
   {"interval":2147483647}
+  $ log
+  [socket] Receive cmd type=48
+  [socket] Receive cmd type=49
+  [socket] Receive cmd type=48
+  [socket] Receive cmd type=49
+  [socket] Receive cmd type=48
+  [socket] Receive cmd type=48
+  [socket] Receive cmd type=49
+  [socket] Receive cmd type=49
+  [socket] Receive cmd type=48
