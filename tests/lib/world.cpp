@@ -184,7 +184,7 @@ FILE *__wrap_popen(const char *line, const char *) {
 int __wrap_pclose(FILE *pipe) {
     if (state.pipes.erase(pipe) == 0)
         return __real_pclose(pipe);
-    call_trace::note("reap");
+    call_trace::note(feof(pipe) != 0 ? "reap" : "cut");
     return fclose(pipe);
 }
 

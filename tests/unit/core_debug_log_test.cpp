@@ -53,6 +53,11 @@ TEST_F(DebugLog, WritesALineWithTheLongestPathWhole) {
     EXPECT_EQ(world::log(), "import from " + path + " failed\n");
 }
 
+TEST_F(DebugLog, CutsALineThatIsLongerThanAnyOfItsOwn) {
+    utm_app_debug_log("%s\n", std::string(5000, 'x').c_str());
+    EXPECT_EQ(world::log(), std::string(4096 + 128 - 1, 'x'));
+}
+
 TEST_F(DebugLog, CreatesNothingForAGatedLineWhileSwitchedOff) {
     fs::remove_all(debug_log_directory);
     switch_logging(0);

@@ -112,6 +112,24 @@ TEST_F(Locks, AnImportThatFailsLeavesTheStoreAlone) {
     EXPECT_EQ(import(import_path), "store()");
 }
 
+/// The time of the last export as each word finds it: "before" it is set, or "after".
+TEST_F(Locks, AnExportCountsOnceTheFileIsWrittenAndAnImportOnceAllIsTakenOver) {
+    std::string words;
+    const auto look = [&](const std::string &word) {
+        words += word + (last_export_statistics_ts == 5 ? "before " : "after ");
+    };
+    set_last_export(5);
+    call_trace::of([] { EXPECT_EQ(utm_app_export_statistics(export_path, 1), 0); }, look);
+    EXPECT_EQ(words, "file(before clockbefore store(before )before emptybefore writebefore "
+                     ")after debug(after )after ");
+    write_file(import_path, empty_file);
+    set_last_export(5);
+    words.clear();
+    call_trace::of([] { EXPECT_EQ(utm_app_import_statistics(import_path), 0); }, look);
+    EXPECT_EQ(words, "store(before )before file(before clockbefore readbefore store(before "
+                     ")before store(before )before )after logafter ");
+}
+
 // ---- When it is written --------------------------------------------------------------------
 
 TEST_F(Locks, TheExportCheckLetsTheIntervalGoBeforeItAsksOrWrites) {
@@ -220,6 +238,14 @@ TEST_F(Locks, NoCommandHoldsOneWhileItReplies) {
 TEST_F(Locks, ASignatureIsLoadedUnderNoLockAndItsShellReapedBeforeTheReply) {
     EXPECT_EQ(call_trace::of([] { world::exchange(sim_path_command(46, "/tmp/sig")); }),
               "request debug() debug() debug() query reap reply");
+}
+
+/// A shell whose output nobody takes is killed by it, in the midst of its loading.
+TEST_F(Locks, ASignaturesShellIsHeardToItsEndWhateverItSays) {
+    world::on_popen([](const std::string &) { return "loaded\n" + std::string(9000, '\n'); });
+    EXPECT_EQ(call_trace::of(
+                  [] { EXPECT_EQ(world::exchange(world::path_request(46, "/tmp/sig")), "ok\n"); }),
+              "write debug() debug() debug() query reap reply");
 }
 
 TEST_F(Locks, TheStatusIsReadUnderTheStoresLock) {

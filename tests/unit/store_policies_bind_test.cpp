@@ -118,6 +118,20 @@ TEST_F(PolicyBinding, IsStillInForceAfterTheRulesWereDeletedAndRefilled) {
     EXPECT_EQ(world::render_policy(4), "policy 4: profile 1, count 2, rules 12/1/5\n");
 }
 
+TEST_F(PolicyBinding, EndsWhereThePolicyIsDestroyed) {
+    config_user_profile_t *profile = world::make_profile(1, both);
+    world::make_usage(profile, {{12, 5}});
+    config_app_policy_t *policy = world::make_policy(4, {{12, 1, 60}}, profile);
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_destroy_policy(policy);
+    }
+    EXPECT_EQ(profile->app_policy, nullptr);
+    EXPECT_EQ(usage_of(profile, 12)->policy_app, nullptr);
+    EXPECT_EQ(policy_text(4), "no policy 4\n");
+    EXPECT_EQ(world::story(), "");
+}
+
 // ---- After an import -----------------------------------------------------------------------
 
 void relink_and_enforce(config_user_profile_t *profile) {

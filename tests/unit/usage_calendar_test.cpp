@@ -239,4 +239,21 @@ TEST_F(Calendar, SaysMinusOneForADistanceBeyond32Bits) {
     EXPECT_EQ(utm_app_days_between(far, 0), -1);
 }
 
+/// Whoever sets the router's zone does not tell the daemon.
+TEST_F(Calendar, LooksAtTheZoneEachTime) {
+    const time_t evening = local(2026, 3, 4, 20, 30);
+    const time_t night = local(2026, 3, 4, 21, 30);
+    world::set_now(night);
+    EXPECT_EQ(utm_app_is_day_changed(evening, night), 0);
+    EXPECT_EQ(utm_app_current_weekday(), 3);
+    EXPECT_EQ(utm_app_days_between(evening, night), 0);
+    setenv("TZ", "EAST-3", 1); // three hours ahead: there it is past midnight
+    EXPECT_EQ(utm_app_is_day_changed(evening, night), 1);
+    setenv("TZ", "UTC", 1);
+    EXPECT_EQ(utm_app_is_day_changed(evening, night), 0);
+    setenv("TZ", "EAST-3", 1);
+    EXPECT_EQ(utm_app_current_weekday(), 4);
+    EXPECT_EQ(utm_app_days_between(evening, night), 1);
+}
+
 } // namespace
