@@ -1,8 +1,8 @@
 #include "tests/lib/world.h"
 
 #include "core/debug_log.h"
-#include "format/protocol.h"
 #include "core/owners.h"
+#include "format/protocol.h"
 #include "notify/qvutm_notify.h"
 #include "persist/export_schedule.h"
 #include "store/policies.h"

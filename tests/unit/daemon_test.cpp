@@ -294,16 +294,6 @@ TEST_F(DaemonStart, ReportsASocketThatCannotBeBoundWhileLoggingIsOff) {
     EXPECT_EQ(world::trace(), "log utm_app_config_socket_init_binding failed\n");
 }
 
-/// Where a client is cut off at the end, it has not gone by itself.
-TEST_F(DaemonStart, HearsNoMoreOfClientsThatHaveGoneOnceItsThreadIsStopped) {
-    ASSERT_EQ(utm_app_config_handler_init(), 0);
-    ASSERT_EQ(utm_app_config_handler_start(), 0);
-    utm_app_config_handler_stop();
-    raise(SIGPIPE);
-    EXPECT_EQ(world::story(), "log Config handler init success\n");
-    EXPECT_FALSE(fs::exists(UTM_APP_CONFIG_SOCKET_PATH));
-}
-
 TEST_F(Daemon, StartsTheControlSocketThread) {
     const pthread_attr_t *attributes = nullptr;
     world::thread_body_t *body = nullptr;

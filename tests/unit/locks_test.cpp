@@ -244,8 +244,8 @@ TEST_F(Locks, ASignatureIsLoadedUnderNoLockAndItsShellReapedBeforeTheReply) {
 TEST_F(Locks, ASignaturesShellIsHeardToItsEndWhateverItSays) {
     world::on_popen([](const std::string &) { return "loaded\n" + std::string(9000, '\n'); });
     EXPECT_EQ(call_trace::of(
-                  [] { EXPECT_EQ(world::exchange(world::path_request(46, "/tmp/sig")), "ok\n"); }),
-              "write debug() debug() debug() query reap reply");
+                  [] { EXPECT_EQ(world::exchange(sim_path_command(46, "/tmp/sig")), "ok\n"); }),
+              "request debug() debug() debug() query reap reply");
 }
 
 TEST_F(Locks, TheStatusIsReadUnderTheStoresLock) {

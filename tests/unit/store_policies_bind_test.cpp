@@ -127,9 +127,9 @@ TEST_F(PolicyBinding, EndsWhereThePolicyIsDestroyed) {
         utm_app_destroy_policy(policy);
     }
     EXPECT_EQ(profile->app_policy, nullptr);
-    EXPECT_EQ(usage_of(profile, 12)->policy_app, nullptr);
-    EXPECT_EQ(policy_text(4), "no policy 4\n");
-    EXPECT_EQ(world::story(), "");
+    EXPECT_EQ(world::usage_of(profile, 12)->policy_app, nullptr);
+    EXPECT_EQ(world::render_policy(4), "no policy 4\n");
+    EXPECT_EQ(world::trace(), "");
 }
 
 // ---- After an import -----------------------------------------------------------------------
