@@ -223,8 +223,13 @@ int __wrap_stat(const char *path, struct stat *status) {
 }
 
 int __wrap_lstat(const char *path, struct stat *status) {
-    const int result = __real_lstat(path, status);
-    return result == 0 && state.change_lstat ? state.change_lstat(status) : result;
+    struct stat found = {};
+    int result = __real_lstat(path, &found);
+    if (result == 0 && state.change_lstat)
+        result = state.change_lstat(&found);
+    if (result == 0)
+        *status = found;
+    return result;
 }
 
 void *__wrap_calloc(size_t count, size_t size) {

@@ -105,7 +105,7 @@ void disturb_send(int interruptions, size_t most);
 /// Does something after each `stat`, when its caller believes to know the file.
 void after_stat(std::function<void(const std::string &path)> act);
 
-/// Changes what `lstat` found, and gives its result.
+/// Changes what `lstat` found, and gives its result: without 0 it finds nothing.
 void on_lstat(std::function<int(struct stat *found)> change);
 
 /// Answers `pthread_create`, which then starts nothing. Without an answer it is the real one.

@@ -197,6 +197,15 @@ TEST_F(Daemon, CollectsProfilesBeforeTheRouterInATick) {
                               "'{\"s\":1772625540,\"e\":1772625540}'\n");
 }
 
+TEST_F(Daemon, ExportsWhatATickHasCollected) {
+    world::set_active(true);
+    last_export_statistics_ts = 0;
+    ticks_within(1);
+    EXPECT_EQ(world::trace(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+                              "'{\"s\":1772625540,\"e\":1772625540}'\n"
+                              "log export to /tmp/ApplicationData/app_usage.json failed\n");
+}
+
 TEST_F(Daemon, FinishesTheTickAndSleepsOnceMoreAfterSigint) {
     world::make_profile(1, {world::tablet});
     int queries = 0;

@@ -4,6 +4,7 @@
 #include "control/feature_switch.h"
 #include "core/debug_log.h"
 #include "core/owners.h"
+#include "format/protocol.h"
 #include "format/usage_file.h"
 #include "persist/export.h"
 #include "persist/export_schedule.h"
@@ -220,6 +221,15 @@ std::vector<int64_t> depths_of(const std::string &word, const std::string &trace
     return depths;
 }
 
+/// A request of any type that is served.
+utm_app_config_cmd request_of(uint8_t type, const char *path) {
+    const bool has_path = type == UTM_APP_CONFIG_LOAD_SIGNATURE ||
+                          type == UTM_APP_CONFIG_IMPORT_STATISTICS ||
+                          type == UTM_APP_CONFIG_EXPORT_STATISTICS;
+    const int32_t first = type == UTM_APP_CONFIG_SET_ACTIVATE ? 1 : 3;
+    return has_path ? sim_path_command(type, path) : world::request(type, {first});
+}
+
 TEST_F(Locks, NoCommandHoldsOneWhileItReplies) {
     int replying = 0;
     for (uint8_t type = 0; type <= 51; ++type) {
@@ -227,7 +237,7 @@ TEST_F(Locks, NoCommandHoldsOneWhileItReplies) {
         make(usage_file::profile_t{3, 0, 0, 0, {{10, 5}, {20, 6}}});
         world::make_policy(7, {{10, 1, 60}});
         const std::string trace = call_trace::of(
-            [=] { world::exchange_bytes(sim_bytes(world::request(type, {type == 39 ? 1 : 3}))); });
+            [=] { world::exchange_bytes(sim_bytes(request_of(type, export_path))); });
         const std::vector<int64_t> depths = depths_of("reply", trace);
         EXPECT_EQ(depths, std::vector<int64_t>(depths.size(), 0)) << int{type} << ": " << trace;
         replying += depths.empty() ? 0 : 1;
