@@ -51,8 +51,8 @@ set(CPACK_PACKAGE_VENDOR "the utm_appd authors")
 set(CPACK_PACKAGE_CONTACT "the utm_appd authors <utm_appd@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "internet time limits for a family's router")
 set(CPACK_PACKAGE_DESCRIPTION
-"Keeps a family's internet time on a home router: daily allowances per person,
-limits per application, bonus minutes. The daemon utm_appd counts and decides,
+"Tracks and limits each family member's internet time on a home router: daily
+allowances per person, limits per application, bonus minutes. The daemon utm_appd counts and decides,
 the client utm_appctl configures and asks it.
 On a machine without a router's DPI engine the daemon runs only against the
 simulated router of its source tree: installed alone it starts and answers, but

@@ -1,4 +1,4 @@
-/// utm_appd: keeps a family's internet time on a home router. Takes no arguments.
+/// utm_appd: tracks and limits each family member's internet time. Takes no arguments.
 
 #include "daemon.h"
 

@@ -36,7 +36,7 @@ static int finish(stage *set) {
     std::string reports = sim_sanitizer_reports(set->options.router_dir);
     stage_expect(set, reports.empty(), "memory and threads are sound\n" + reports);
     if (set->unexpected > 0) {
-        printf("\n%d unexpected, see above.\n", set->unexpected);
+        printf("\n%d times not as expected, see above.\n", set->unexpected);
         return 1;
     }
     printf("\nThe evening as a page for the browser: %s\nAll as it should be.\n",

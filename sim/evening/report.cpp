@@ -117,7 +117,7 @@ static std::string table_row(const std::string &name, const std::string &today,
 }
 
 std::string usage_table(stage *set, int32_t days_ago) {
-    std::map<int32_t, int32_t> together;
+    std::map<int32_t, int32_t> total;
     std::string table = table_row("", "today", "this week", "this month",
                                   days_ago == 0 ? "applications today" : "applications yesterday");
     for (const scenario_person &person : set->scene.people) {
@@ -126,9 +126,9 @@ std::string usage_table(stage *set, int32_t days_ago) {
         table += table_row(person.name, minutes_text(usage.today), minutes_text(usage.week),
                            minutes_text(usage.month), app_list(*set, apps));
         for (const auto &[id, minutes] : apps)
-            together[id] += minutes;
+            total[id] += minutes;
     }
-    return table + table_row("together", "", "", "", app_list(*set, together));
+    return table + table_row("total", "", "", "", app_list(*set, total));
 }
 
 void show_router_counts(stage *set) {

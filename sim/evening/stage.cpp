@@ -69,7 +69,7 @@ void stage_expect(stage *set, bool holds, const std::string &expectation) {
     if (holds || set->broken)
         return;
     ++set->unexpected;
-    timeline_complain(&set->out, "it is not so that " + expectation);
+    timeline_complain(&set->out, expectation);
 }
 
 static void give_up(stage *set, const std::string &expectation) {

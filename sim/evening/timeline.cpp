@@ -88,6 +88,6 @@ void timeline_note(timeline *out, const std::string &text) {
 }
 
 void timeline_complain(timeline *out, const std::string &text) {
-    printf("%sUNEXPECTED: %s%s\n", paint(*out, "\033[31m"), text.c_str(), paint(*out, "\033[0m"));
+    printf("%sexpected: %s%s\n", paint(*out, "\033[31m"), text.c_str(), paint(*out, "\033[0m"));
     pause(out);
 }

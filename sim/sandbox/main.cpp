@@ -65,7 +65,7 @@ sandbox_wish read_arguments(int argc, char **argv) {
                               {"help", no_argument, nullptr, help},
                               {}};
     sandbox_wish wish;
-    // What stands behind the command is the command's.
+    // Words after the command belong to the command.
     for (int found = 0; (found = getopt_long(argc, argv, "+", options, nullptr)) != -1;) {
         if (found == scenario)
             wish.scenario = optarg;
