@@ -97,7 +97,7 @@ static bool is_noise(const std::string &line) {
     return line.rfind("[socket]", 0) == 0;
 }
 
-/// @return how often the line at `at` stands there in a row
+/// @return how often the line at `at` is repeated from there on
 static size_t run_length(const std::vector<std::string> &lines, size_t at) {
     size_t end = at;
     while (end < lines.size() && lines[end] == lines[at])

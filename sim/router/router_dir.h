@@ -10,7 +10,7 @@
 /// | `rule.MAC.APP`      | a rule bars the application on the device (guard permitting) |
 /// | `profile.ID.blocked`| the profile has no network                                  |
 ///
-/// What the notification library's substitute needs of it stands beside that.
+/// What the notification library's substitute needs of it is declared beside that.
 
 #include "notify/simulated_router.h"
 

@@ -74,7 +74,7 @@ int terminal_columns() {
     return columns_unless_told;
 }
 
-/// What stands in front of the bars, in columns.
+/// The columns of a chart: what precedes the bars, and the bars.
 struct layout {
     int label;
     int number;

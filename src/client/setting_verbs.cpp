@@ -17,7 +17,7 @@ const char *on_or_off(int32_t value) {
 }
 
 /// Shows a time that is all of an answer.
-/// @param document  what stands in front of it there
+/// @param document  what precedes it there
 ctl_exit print_time(const ctl_call &call, int32_t minutes, const char *key,
                     ctl_document *document) {
     document->add_int(key, minutes);

@@ -44,5 +44,5 @@ __attribute__((format(strftime, 2, 0))) ctl_day_text ctl_write_day(const tm &day
                                                                    const char *format);
 
 /// Writes a date with the day of the month as people do, "4": `strftime` can only pad it.
-/// @param before, after  what stands on either side of it, as `strftime` has it
+/// @param before, after  the text on either side of it, as `strftime` has it
 ctl_day_text ctl_write_date(const tm &day, const char *before, const char *after);

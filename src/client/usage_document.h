@@ -17,7 +17,7 @@ inline constexpr int ctl_history_days = day_ring_days + 1;
 /// but three million fit in a file, and a page of them in no router.
 inline constexpr size_t ctl_profiles_max = 100;
 inline constexpr size_t ctl_devices_max = 32;
-/// A limit of a whole day stands for none.
+/// A limit of a whole day means no limit.
 inline constexpr int32_t ctl_no_limit = minutes_per_day;
 
 /// @return the whole week's minutes, today's included

@@ -71,7 +71,7 @@ bool append_policy(config_app_policy_t *policy) UTM_EXCLUDES(utm_app_config_mute
     return true;
 }
 
-/// Runs every rule, going on after a failure, since each rule stands for itself.
+/// Runs every rule and continues after a rule that fails: each rule is independent.
 int32_t set_rules(int32_t policy_id, const config_policy_rule_t *rules, int32_t count)
     UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);

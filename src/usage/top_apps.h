@@ -12,7 +12,7 @@
 int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes,
                                     app_index_t *index = nullptr) UTM_STORE_LOCKED;
 
-/// Ranks every application by today's, this week's and this month's minutes together.
+/// Ranks every application by the total of today's, this week's and this month's minutes.
 /// @param count  out: applications, 0 for none
 /// @return an array, most used first, that the caller frees; null without applications or memory
 [[nodiscard]] config_app_minutes_t *utm_app_get_top_apps(int32_t *count)

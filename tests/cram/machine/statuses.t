@@ -24,7 +24,7 @@ So is what it prints, and what it reads.
   $ cat errors
   more
 
-What stands behind a command is the command's.
+Words after a command belong to the command.
 
   $ utm_sandbox echo --which --start
   --which --start
