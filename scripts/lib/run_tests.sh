@@ -25,6 +25,8 @@ run_tests() {
     scripts/capabilities >"$folder/capabilities"
     echo "What this machine allows:"
     sed 's/^/  /' "$folder/capabilities"
+    # What the tests do, and with it the demo: a mount namespace or redirected paths.
+    "build/${presets[0]}/sim/utm_sandbox" --which 2>/dev/null || true
     printf 'subdirs("../%s")\n' "${presets[@]}" >"$folder/CTestTestfile.cmake"
     # One more than there are processors: some tests wait most of their time.
     ctest --test-dir "$folder" --no-tests=error --output-on-failure --parallel $(($(nproc) + 1)) \

@@ -16,6 +16,9 @@ struct sim_exit {
     int signal = 0;     ///< the signal that ended it, or 0
 };
 
+/// The wait status of a child whose end nobody knows: that of an exit with 1, which is no success.
+inline constexpr int sim_lost_status = 1 << 8;
+
 /// Waits for a child of ours to end.
 sim_exit sim_reap(pid_t pid, sim_timeout timeout = {});
 

@@ -4,6 +4,7 @@
 #include "sim/harness/sandbox_redirection.h"
 
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -80,6 +81,9 @@ void enter(char **arguments, const std::vector<std::string> &keep) {
 
 void sim_enter_sandbox(char **arguments, std::vector<std::string> keep) {
     std::string why;
+    // Whoever ignores its children's ends never learns how they ended; a starter may have left
+    // that to this program.
+    signal(SIGCHLD, SIG_DFL);
     if (access("/proc/self/exe", F_OK) != 0)
         refuse("there is no /proc; mount it: mount -t proc proc /proc");
     if (!sim_is_redirected())

@@ -119,8 +119,10 @@ int wait_for(pid_t process) {
     for (;;) {
         int status = 0;
         const pid_t ended = waitpid(-1, &status, 0);
-        if (ended == process || (ended < 0 && errno != EINTR))
+        if (ended == process)
             return status;
+        if (ended < 0 && errno != EINTR)
+            return sim_lost_status;
     }
 }
 

@@ -158,7 +158,7 @@ int reap_until(pid_t awaited) {
         if (ended > 0)
             note_end(ended, status);
         else if (errno == ECHILD)
-            return 0;
+            return sim_lost_status;
     }
 }
 
@@ -183,6 +183,7 @@ pid_t start_command(std::vector<std::string> command, const sim_daemon_options &
 
 std::vector<std::string> shell() {
     const char *wanted = getenv("SHELL");
+    puts(sim_sandbox_way().c_str());
     fputs(greeting, stdout);
     fflush(stdout);
     return {wanted != nullptr && access(wanted, X_OK) == 0 ? wanted : "/bin/sh"};

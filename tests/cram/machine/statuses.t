@@ -17,6 +17,11 @@ A command's exit status is the sandbox's.
   /etc: Permission denied
   [126]
 
+It is so where the starter ignores how its children end.
+
+  $ perl -e '$SIG{CHLD} = "IGNORE"; exec @ARGV' utm_sandbox --no-daemon sh -c 'exit 3'
+  [3]
+
 So is what it prints, and what it reads.
 
   $ echo text | utm_sandbox sh -c 'cat; echo more >&2' 2>errors
@@ -33,7 +38,7 @@ Words after a command belong to the command.
 
 Without a command there is a shell.
 
-  $ echo 'daemon stop && echo stopped' | SHELL=/bin/sh utm_sandbox
+  $ echo 'daemon stop && echo stopped' | SHELL=/bin/sh utm_sandbox | sed '/^Sandbox: /d'
   The real daemon runs here, on a simulated router, in virtual time. Try:
     utm_appctl status          the client
     tick 60                    an hour passes
