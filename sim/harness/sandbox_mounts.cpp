@@ -161,7 +161,8 @@ bool sim_enter_mount_namespace(const std::vector<std::string> &keep, std::string
         return false;
     // Before anything is mounted, or the machine would see it too.
     if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-        return fail(why, "cannot make the mounts private");
+        return fail(why,
+                    "this machine allows no mount namespace: its mounts cannot be made private");
     if (!hold_all(keep, &held, why) || !mount_fresh("/tmp", "mode=1777", why) ||
         !mount_fresh("/dev", "mode=0755", why))
         return false;

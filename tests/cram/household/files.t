@@ -1,6 +1,6 @@
 The daemon's files are at its own paths, and begin empty.
 
-  $ ls -dF /dev/utm* /tmp/ApplicationData
+  $ ls -dF /dev/utm_app_config_socket /tmp/ApplicationData
   /dev/utm_app_config_socket=
   /tmp/ApplicationData/
   $ ls /tmp/utm_log

@@ -5,7 +5,7 @@ Nothing of a sandbox is on the machine, neither while it runs nor afterwards.
   > }
   $ traces >before
 
-  $ utm_sandbox sh -c 'utm_appctl debug on; utm_appctl activate on; ls -d /tmp/utm_log /dev/utm*'
+  $ utm_sandbox sh -c 'utm_appctl debug on; utm_appctl activate on; ls -d /tmp/utm_log /dev/utm_app_config_socket'
   /dev/utm_app_config_socket
   /tmp/utm_log
   $ traces >after
