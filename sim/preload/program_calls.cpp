@@ -76,6 +76,12 @@ struct argument_list {
         words[count++] = word;
         return word != nullptr;
     }
+
+    /// The words up to the null that ends them.
+    void add_all(char *word, va_list &more) {
+        while (add(word))
+            word = va_arg(more, char *);
+    }
 };
 
 } // namespace
@@ -100,8 +106,7 @@ SIM_DEFINE(int, execl, (const char *file, char *word, ...)) {
     argument_list list;
     va_list more;
     va_start(more, word);
-    while (list.add(word))
-        word = va_arg(more, char *);
+    list.add_all(word, more);
     va_end(more);
     return execute(file, list.words, environ);
 }
@@ -110,8 +115,7 @@ SIM_DEFINE(int, execlp, (const char *file, char *word, ...)) {
     argument_list list;
     va_list more;
     va_start(more, word);
-    while (list.add(word))
-        word = va_arg(more, char *);
+    list.add_all(word, more);
     va_end(more);
     return search_and_execute(file, list.words, environ);
 }
@@ -120,8 +124,7 @@ SIM_DEFINE(int, execle, (const char *file, char *word, ...)) {
     argument_list list;
     va_list more;
     va_start(more, word);
-    while (list.add(word))
-        word = va_arg(more, char *);
+    list.add_all(word, more);
     char *const *environment = va_arg(more, char *const *);
     va_end(more);
     return execute(file, list.words, environment);
