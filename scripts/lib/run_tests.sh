@@ -31,9 +31,12 @@ run_tests() {
     # One more than there are processors: some tests wait most of their time.
     ctest --test-dir "$folder" --no-tests=error --output-on-failure --parallel $(($(nproc) + 1)) \
         --output-junit "$PWD/$folder/results.xml" --test-output-size-passed 100000000 \
-        --test-output-size-failed 100000000 "$@" || status=$?
+        --test-output-size-failed 100000000 --output-log "$folder/ctest.log" "$@" || status=$?
     # Such as ctest -N.
     [[ -e $folder/results.xml ]] || return "$status"
     scripts/lib/outcome "$folder/capabilities" "$folder/results.xml" || status=1
+    # With --repeat a test may have failed and passed.
+    ((status)) || sed -n 's/.* Test *#[0-9]*: \([^ ]*\) .*\*\*\*[FTE].*/Passed only when tried again: \1/p' \
+        "$folder/ctest.log"
     return "$status"
 }

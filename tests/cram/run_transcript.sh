@@ -38,7 +38,7 @@ environment=(
     BUILD="$build"
     SOURCE="$source"
 )
-for variable in ASAN_OPTIONS LSAN_OPTIONS UBSAN_OPTIONS TSAN_OPTIONS; do
+for variable in ASAN_OPTIONS LSAN_OPTIONS UBSAN_OPTIONS TSAN_OPTIONS G_SLICE; do
     [[ -z ${!variable:-} ]] || environment+=("$variable=${!variable}")
 done
 [[ $way == any ]] || environment+=(UTM_SANDBOX="$way")
