@@ -73,7 +73,7 @@ int32_t collect_profile(config_user_profile_t *profile, time_t now,
         utm_app_debug_log("Update app status failed because popen failed\n");
         return -1;
     }
-    const size_t failed = utm_app_reply_read(reply, pipe.get());
+    const size_t failed = utm_app_statistics_read(reply, pipe.get());
     if (failed != 0)
         end_for_want_of_memory("Update app status failed because realloc %d failed\n", failed,
                                std::move(pipe));
@@ -89,7 +89,7 @@ int32_t utm_app_update_app_status() {
     const time_t now = utm_app_now();
     const mutex_guard lock(utm_app_config_mutex);
     statistics_reply_t reply = {};
-    if (!utm_app_reply_create(&reply)) {
+    if (!utm_app_statistics_create(&reply)) {
         utm_app_debug_log("Update app status failed because malloc failed\n");
         return -1;
     }
@@ -99,7 +99,7 @@ int32_t utm_app_update_app_status() {
         utm_app_profile_rollover(&profile, now);
         if (has_devices(profile) && collect_profile(&profile, now, &reply) != 0)
             return -1;
-        utm_app_reply_clear(&reply);
+        utm_app_statistics_clear(&reply);
         profile.last_collect_ts = now;
     }
     return 0;
@@ -117,13 +117,13 @@ int32_t utm_app_update_global_app_status() {
         return -1;
     }
     statistics_reply_t reply = {};
-    if (!utm_app_reply_create(&reply)) {
+    if (!utm_app_statistics_create(&reply)) {
         utm_app_debug_log("Update global app status failed because malloc failed\n");
         // The pipe is left open, a known leak of the rarest of ticks.
         [[maybe_unused]] const FILE *left_open = pipe.release();
         return -1;
     }
-    const size_t failed = utm_app_reply_read(&reply, pipe.get());
+    const size_t failed = utm_app_statistics_read(&reply, pipe.get());
     if (failed != 0)
         end_for_want_of_memory("Update global app status failed because realloc %d failed\n",
                                failed, std::move(pipe));

@@ -128,19 +128,19 @@ global_query_line_t utm_app_global_query_line(time_t last, time_t now) {
     return line;
 }
 
-bool utm_app_reply_create(statistics_reply_t *reply) {
+bool utm_app_statistics_create(statistics_reply_t *reply) {
     reply->text.reset(heap_allocate<char>(statistics_reply_step));
     reply->capacity = statistics_reply_step;
     reply->used = 0;
     return reply->text != nullptr;
 }
 
-void utm_app_reply_clear(statistics_reply_t *reply) {
+void utm_app_statistics_clear(statistics_reply_t *reply) {
     memset(reply->text.get(), 0, reply->capacity);
     reply->used = 0;
 }
 
-size_t utm_app_reply_read(statistics_reply_t *reply, FILE *pipe) {
+size_t utm_app_statistics_read(statistics_reply_t *reply, FILE *pipe) {
     char block[block_size];
     size_t length = 0;
     while (const size_t size = fread(block, 1, sizeof(block), pipe)) {

@@ -54,15 +54,15 @@ struct statistics_reply_t {
 
 /// Allocates the buffer's first step, zero-filled.
 /// @return false when memory runs out
-[[nodiscard]] bool utm_app_reply_create(statistics_reply_t *reply);
+[[nodiscard]] bool utm_app_statistics_create(statistics_reply_t *reply);
 
 /// Clears the buffer for the next reply; it keeps its size.
-void utm_app_reply_clear(statistics_reply_t *reply);
+void utm_app_statistics_clear(statistics_reply_t *reply);
 
 /// Reads a pipe to its end. A NUL ends its line, and in a longer line the piece of 127 characters
 /// that it stands in.
 /// @return 0, or the number of bytes asked for when the buffer could not grow
-[[nodiscard]] size_t utm_app_reply_read(statistics_reply_t *reply, FILE *pipe);
+[[nodiscard]] size_t utm_app_statistics_read(statistics_reply_t *reply, FILE *pipe);
 
 /// What a figure counts, from the first letters of its "type".
 enum class figure_kind_t { app, internet };

@@ -57,10 +57,10 @@ held_t read_by_lines(const std::string &bytes) {
 
 held_t read_by_blocks(const std::string &bytes) {
     statistics_reply_t reply = {};
-    EXPECT_TRUE(utm_app_reply_create(&reply));
+    EXPECT_TRUE(utm_app_statistics_create(&reply));
     FILE *stream = stream_of(bytes);
     world::fail_allocation(0);
-    EXPECT_EQ(utm_app_reply_read(&reply, stream), 0U);
+    EXPECT_EQ(utm_app_statistics_read(&reply, stream), 0U);
     const int grown = world::allocations();
     fclose(stream);
     return {reply.text.get(), reply.capacity, grown};
@@ -106,10 +106,10 @@ TEST_F(ReplyRead, TakesNulsInAnyPlace) {
 
 TEST_F(ReplyRead, NamesTheSizeThatCouldNotBeHad) {
     statistics_reply_t reply = {};
-    ASSERT_TRUE(utm_app_reply_create(&reply));
+    ASSERT_TRUE(utm_app_statistics_create(&reply));
     FILE *stream = stream_of(std::string(5000, 'x'));
     world::fail_allocation(3);
-    EXPECT_EQ(utm_app_reply_read(&reply, stream), 4096U);
+    EXPECT_EQ(utm_app_statistics_read(&reply, stream), 4096U);
     world::fail_allocation(0);
     fclose(stream);
 }

@@ -52,13 +52,13 @@ void read_into(statistics_reply_t *reply, const std::string &text, size_t *faile
     ASSERT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     lseek(fd, 0, SEEK_SET);
     FILE *pipe = fdopen(fd, "r");
-    *failed = utm_app_reply_read(reply, pipe);
+    *failed = utm_app_statistics_read(reply, pipe);
     fclose(pipe);
 }
 
 read_t read_reply(const std::string &text) {
     read_t read;
-    EXPECT_TRUE(utm_app_reply_create(&read.reply));
+    EXPECT_TRUE(utm_app_statistics_create(&read.reply));
     read_into(&read.reply, text, &read.failed);
     return read;
 }
@@ -119,7 +119,7 @@ TEST_F(StatisticsQuery, LosesTheRestOfAChunkBehindANul) {
 
 TEST_F(StatisticsQuery, ClearsAReplyAndKeepsItsSize) {
     read_t read = read_reply(std::string(3000, 'x'));
-    utm_app_reply_clear(&read.reply);
+    utm_app_statistics_clear(&read.reply);
     EXPECT_EQ(std::string(read.reply.text.get(), 3072), std::string(3072, '\0'));
     EXPECT_EQ(read.reply.used, 0u);
     read_into(&read.reply, "new", &read.failed);
@@ -130,7 +130,7 @@ TEST_F(StatisticsQuery, ClearsAReplyAndKeepsItsSize) {
 TEST_F(StatisticsQuery, SaysHowManyBytesItCouldNotHave) {
     statistics_reply_t reply = {};
     world::fail_allocation(1);
-    EXPECT_FALSE(utm_app_reply_create(&reply));
+    EXPECT_FALSE(utm_app_statistics_create(&reply));
     world::fail_allocation(3);
     const read_t read = read_reply(std::string(3000, 'x'));
     EXPECT_EQ(read.failed, 3072u);
