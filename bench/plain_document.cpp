@@ -64,7 +64,7 @@ json_object *json_of(const std::string &text) {
     return json_object_new_string(text.c_str());
 }
 
-json_object *json_of(const usage_rule_t &rule) {
+json_object *json_of(const config_policy_rule_t &rule) {
     json_object *object = json_object_new_object();
     add_int(object, usage_key::app_id, rule.app_id);
     add_int(object, usage_key::action, rule.action);

@@ -12,7 +12,7 @@ struct plain_profile_t {
     std::vector<usage_app_t> apps;
     std::vector<std::string> devices;
     int32_t policy_id;
-    std::vector<usage_rule_t> rules;
+    std::vector<config_policy_rule_t> rules;
 };
 
 struct plain_document_t {

@@ -31,14 +31,14 @@ void put_app_name(const report_page &report, int32_t app_id) {
 }
 
 /// @return the first rule for an application, or null
-const usage_rule_t *rule_for(std::span<const usage_rule_t> rules, int32_t app_id) {
-    for (const usage_rule_t &rule : rules)
+const config_policy_rule_t *rule_for(std::span<const config_policy_rule_t> rules, int32_t app_id) {
+    for (const config_policy_rule_t &rule : rules)
         if (rule.app_id == app_id)
             return &rule;
     return nullptr;
 }
 
-void put_rule(FILE *page, const usage_rule_t &rule, int64_t daily_used) {
+void put_rule(FILE *page, const config_policy_rule_t &rule, int64_t daily_used) {
     if (rule.action == POLICY_ACTION_BLOCK)
         fputs("always blocked", page);
     else
@@ -53,7 +53,7 @@ void put_cells(FILE *page, int64_t today, int64_t week, int64_t month) {
     fputs("</tr>\n", page);
 }
 
-void put_row(const report_page &report, const ctl_app_use &app, const usage_rule_t *rule,
+void put_row(const report_page &report, const ctl_app_use &app, const config_policy_rule_t *rule,
              int64_t longest) {
     fputs("<tr><th scope=\"row\">", report.page);
     put_app_name(report, app.app_id);
@@ -83,7 +83,7 @@ void put_rest(FILE *page, std::span<const ctl_app_use> rest) {
 }
 
 void put_table(const report_page &report, std::span<const ctl_app_use> apps,
-               std::span<const usage_rule_t> rules) {
+               std::span<const config_policy_rule_t> rules) {
     fputs("<table>\n<caption>The most used this month first; a bar is the month.</caption>\n"
           "<thead><tr><th scope=\"col\">Application</th><th scope=\"col\">Today</th>"
           "<th scope=\"col\">Week</th><th scope=\"col\">Month</th></tr></thead>\n<tbody>\n",
@@ -104,9 +104,9 @@ bool is_among(std::span<const ctl_app_use> apps, int32_t app_id) {
 
 /// Writes the rules whose applications have no row of their own.
 void put_other_rules(const report_page &report, std::span<const ctl_app_use> shown,
-                     std::span<const usage_rule_t> rules) {
+                     std::span<const config_policy_rule_t> rules) {
     size_t count = 0;
-    for (const usage_rule_t &rule : rules) {
+    for (const config_policy_rule_t &rule : rules) {
         if (is_among(shown, rule.app_id) || ++count > rows_max)
             continue;
         if (count == 1)
@@ -126,7 +126,7 @@ void put_other_rules(const report_page &report, std::span<const ctl_app_use> sho
 /// Writes a list of applications as a table, the first ones each in a row and the rest added up.
 /// @param rules  the rules of the profile; none for the router
 void put_apps(const report_page &report, std::span<const ctl_app_use> apps,
-              std::span<const usage_rule_t> rules) {
+              std::span<const config_policy_rule_t> rules) {
     if (apps.empty())
         fputs("<p class=\"soft\">No applications yet.</p>\n", report.page);
     else

@@ -66,11 +66,12 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_rules(json_object *list, ctl_vector<usage_rule_t> *rules, ctl_part *part) {
+[[nodiscard]] bool read_rules(json_object *list, ctl_vector<config_policy_rule_t> *rules,
+                              ctl_part *part) {
     part->first = rules->size();
     const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i) {
-        usage_rule_t rule;
+        config_policy_rule_t rule;
         if (!usage_read_rule(json_object_array_get_idx(list, i), &rule) ||
             (rule.action != POLICY_ACTION_LIMIT && rule.action != POLICY_ACTION_BLOCK))
             continue;

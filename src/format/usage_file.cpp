@@ -301,7 +301,7 @@ void usage_write_policy(usage_text_t *text, int32_t app_policy_id) {
     open_member(text, usage_key::app_list, "[");
 }
 
-void usage_write_rule(usage_text_t *text, const usage_rule_t &rule) {
+void usage_write_rule(usage_text_t *text, const config_policy_rule_t &rule) {
     open_element(text);
     put_int(text, usage_key::app_id, rule.app_id);
     put_int(text, usage_key::action, rule.action);
@@ -419,7 +419,7 @@ bool usage_read_app(json_object *element, usage_app_t *app) {
     return true;
 }
 
-bool usage_read_rule(json_object *element, usage_rule_t *rule) {
+bool usage_read_rule(json_object *element, config_policy_rule_t *rule) {
     *rule = {};
     if (!json_object_is_type(element, json_type_object) ||
         !read_int(element, usage_key::app_id, &rule->app_id))

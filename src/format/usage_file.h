@@ -31,6 +31,7 @@
 #include "core/mac.h"
 #include "core/owners.h"
 #include "format/day_ring.h"
+#include "format/policy_rule.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -100,13 +101,6 @@ struct usage_profile_t {
     int32_t blocked;
 };
 
-/// One rule of a bound policy.
-struct usage_rule_t {
-    int32_t app_id;
-    int32_t action;
-    int32_t daily_limit;
-};
-
 // ---- Opening -------------------------------------------------------------------------------
 
 /// Opens a usage file for reading. Anything but a regular file is refused, and not even opened: a
@@ -147,7 +141,7 @@ void usage_write_devices(usage_text_t *text);
 void usage_write_device(usage_text_t *text, const mac_text_t &mac);
 void usage_write_devices_end(usage_text_t *text);
 void usage_write_policy(usage_text_t *text, int32_t app_policy_id);
-void usage_write_rule(usage_text_t *text, const usage_rule_t &rule);
+void usage_write_rule(usage_text_t *text, const config_policy_rule_t &rule);
 void usage_write_policy_end(usage_text_t *text);
 void usage_write_profile_end(usage_text_t *text);
 /// @param timestamp  the document's time, seconds since the epoch, cut to 32 bits
@@ -196,4 +190,4 @@ bool usage_read_time(json_object *root, int32_t *timestamp);
 [[nodiscard]] bool usage_read_app(json_object *element, usage_app_t *app);
 
 /// @return false for an element without an application
-[[nodiscard]] bool usage_read_rule(json_object *element, usage_rule_t *rule);
+[[nodiscard]] bool usage_read_rule(json_object *element, config_policy_rule_t *rule);

@@ -8,6 +8,7 @@
 #include "core/list.h"
 #include "core/mac.h"
 #include "format/day_ring.h"
+#include "format/policy_rule.h"
 #include "format/protocol.h"
 
 #include <cstdint>
@@ -80,13 +81,6 @@ struct config_policy_app_t {
     int32_t daily_limit;           ///< minutes; decides only for POLICY_ACTION_LIMIT
     config_app_usage_t *app_usage; ///< the bound profile's record of this application, or null
     config_list_node_t link;
-};
-
-/// A rule as clients pass and read it: three integers, no links.
-struct config_policy_rule_t {
-    int32_t app_id;
-    int32_t action;
-    int32_t daily_limit;
 };
 
 /// An application and its minutes, the row of every ranking.
