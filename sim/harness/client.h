@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-using sim_mac = std::array<uint8_t, UTM_APP_CONFIG_MAC_SIZE>;
+using sim_mac = std::array<uint8_t, mac_bytes>;
 
 /// ADD_DEVICE or DEL_DEVICE.
 utm_app_config_cmd sim_device_command(uint8_t type, int32_t profile_id, const sim_mac &mac);

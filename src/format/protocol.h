@@ -1,9 +1,12 @@
 #pragma once
-/// The wire format of the control socket, and nothing else: clients include this file alone.
+/// The wire format of the control socket, and nothing else: a client includes this file, which
+/// needs core/mac.h beside it.
 ///
 /// A client connects to the stream socket, writes one request of 136 bytes and reads replies of
 /// 832 bytes until one whose status is not UTM_APP_CONFIG_STATUS_DATA; then the server closes.
 /// Integers are 32 bits wide in the host's byte order: both ends run on the same machine.
+
+#include "core/mac.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -111,8 +114,6 @@ inline constexpr size_t UTM_APP_CONFIG_APP_LIST_OFFSET = 16;
 /// Entries that a request has room for.
 inline constexpr int32_t UTM_APP_CONFIG_APP_LIST_MAX = 10;
 
-inline constexpr size_t UTM_APP_CONFIG_MAC_SIZE = 6;
-
 static_assert(sizeof(utm_app_config_cmd) == UTM_APP_CONFIG_CMD_SIZE);
 static_assert(offsetof(utm_app_config_cmd, type) == 0);
 static_assert(offsetof(utm_app_config_cmd, arg0) == 8);
@@ -133,12 +134,12 @@ inline void utm_app_config_overlay(utm_app_config_cmd *cmd, size_t offset, const
     memcpy(reinterpret_cast<char *>(cmd) + offset, bytes, size);
 }
 
-/// @param mac  UTM_APP_CONFIG_MAC_SIZE bytes
+/// @param mac  `mac_bytes` bytes
 inline void utm_app_config_put_mac(utm_app_config_cmd *cmd, const uint8_t *mac) {
-    utm_app_config_overlay(cmd, UTM_APP_CONFIG_MAC_OFFSET, mac, UTM_APP_CONFIG_MAC_SIZE);
+    utm_app_config_overlay(cmd, UTM_APP_CONFIG_MAC_OFFSET, mac, mac_bytes);
 }
 
-/// @return UTM_APP_CONFIG_MAC_SIZE bytes of the request
+/// @return `mac_bytes` bytes of the request
 inline const uint8_t *utm_app_config_mac(const utm_app_config_cmd &cmd) {
     return reinterpret_cast<const uint8_t *>(&cmd) + UTM_APP_CONFIG_MAC_OFFSET;
 }
