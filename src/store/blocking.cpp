@@ -9,14 +9,14 @@ namespace {
 void block_profile(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (profile->blocked != 0)
         return;
-    utm_app_block_profile(profile);
+    utm_app_send_block_event(profile);
     profile->blocked = 1;
 }
 
 void unblock_profile(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (profile->blocked != 1)
         return;
-    utm_app_unblock_profile(profile);
+    utm_app_send_unblock_event(profile);
     profile->blocked = 0;
 }
 
@@ -124,13 +124,13 @@ void utm_app_enforce_changed_enable(config_user_profile_t *profile) {
 
 void utm_app_announce_new_day(const config_user_profile_t &profile) {
     if (has_devices(profile))
-        utm_app_unblock_profile(&profile);
+        utm_app_send_unblock_event(&profile);
 }
 
 void utm_app_release_for_new_day(config_user_profile_t *profile) {
     if (profile->blocked == 1) {
         if (has_devices(*profile))
-            utm_app_unblock_profile(profile);
+            utm_app_send_unblock_event(profile);
         profile->blocked = 0;
     }
     release_limited_apps(profile);
@@ -223,13 +223,13 @@ void utm_app_release_profile(config_user_profile_t *profile) {
         return;
     utm_app_reset_devices(&profile->device_list);
     if (profile->blocked == 1)
-        utm_app_unblock_profile(profile);
+        utm_app_send_unblock_event(profile);
 }
 
 void utm_app_apply_all_blocks() {
     for (config_user_profile_t &profile : all_profiles()) {
         if (is_cut_off(profile))
-            utm_app_block_profile(&profile);
+            utm_app_send_block_event(&profile);
         for (config_app_usage_t &usage : apps_of(&profile))
             if (usage.blocked == 1)
                 utm_app_block_app_on_devices(&profile.device_list, usage.app_id);
@@ -239,7 +239,7 @@ void utm_app_apply_all_blocks() {
 void utm_app_lift_all_blocks() {
     for (config_user_profile_t &profile : all_profiles()) {
         if (is_cut_off(profile))
-            utm_app_unblock_profile(&profile);
+            utm_app_send_unblock_event(&profile);
         for (config_app_usage_t &usage : apps_of(&profile))
             if (usage.blocked == 1)
                 utm_app_unblock_app_on_devices(&profile.device_list, usage.app_id);

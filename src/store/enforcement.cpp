@@ -112,14 +112,14 @@ void utm_app_reset_devices(config_list_node_t *device_list) {
         utm_app_reset_device(&device);
 }
 
-void utm_app_block_profile(const config_user_profile_t *profile) {
+void utm_app_send_block_event(const config_user_profile_t *profile) {
     if (profile == nullptr)
         return;
     send_profile_event(profile, notify_block);
     utm_app_debug_log("send event: block profile %d to use network\n", profile->user_profile_id);
 }
 
-void utm_app_unblock_profile(const config_user_profile_t *profile) {
+void utm_app_send_unblock_event(const config_user_profile_t *profile) {
     if (profile == nullptr)
         return;
     send_profile_event(profile, notify_unblock);

@@ -34,10 +34,10 @@ void utm_app_unblock_app_on_devices(config_list_node_t *device_list,
                                     int32_t app_id) UTM_STORE_LOCKED;
 void utm_app_reset_devices(config_list_node_t *device_list) UTM_STORE_LOCKED;
 
-/// Announces that a profile loses or regains the network; a null profile does nothing.
-/// The profile's `blocked` flag is the caller's.
-void utm_app_block_profile(const config_user_profile_t *profile) UTM_STORE_LOCKED;
-void utm_app_unblock_profile(const config_user_profile_t *profile) UTM_STORE_LOCKED;
+/// Tells the router's services that a profile loses or regains the network; a null profile does
+/// nothing. The profile's `blocked` flag is the caller's: `blocking` keeps both together.
+void utm_app_send_block_event(const config_user_profile_t *profile) UTM_STORE_LOCKED;
+void utm_app_send_unblock_event(const config_user_profile_t *profile) UTM_STORE_LOCKED;
 
 /// Placeholders: the router has no way to cut off a single device, so these only say so in the
 /// log. A device that joins a blocked profile is caught by the next event for the profile.

@@ -117,8 +117,8 @@ TEST_F(Enforcement, DoesNothingWithoutADeviceOrAProfile) {
     utm_app_block_app_on_device(nullptr, 12);
     utm_app_unblock_app_on_device(nullptr, 12);
     utm_app_reset_device(nullptr);
-    utm_app_block_profile(nullptr);
-    utm_app_unblock_profile(nullptr);
+    utm_app_send_block_event(nullptr);
+    utm_app_send_unblock_event(nullptr);
     EXPECT_EQ(world::trace(), "");
 }
 
@@ -127,8 +127,8 @@ TEST_F(Enforcement, AnnouncesAProfileAndThenSaysSo) {
         config_user_profile_t *profile = world::make_profile(id);
         const std::string text = std::to_string(id);
         const mutex_guard lock(utm_app_config_mutex);
-        utm_app_block_profile(profile);
-        utm_app_unblock_profile(profile);
+        utm_app_send_block_event(profile);
+        utm_app_send_unblock_event(profile);
         EXPECT_EQ(world::trace(),
                   "event block profile " + text + "\nlog send event: block profile " + text +
                       " to use network\nevent unblock profile " + text +
