@@ -71,14 +71,6 @@ utm_app_config_cmd sim_rules_command(int32_t policy_id,
     return command;
 }
 
-sim_mac sim_parse_mac(const std::string &text) {
-    sim_mac mac = {};
-    if (text.size() != 17 || sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx", &mac[0],
-                                    &mac[1], &mac[2], &mac[3], &mac[4], &mac[5]) != 6)
-        mac = {};
-    return mac;
-}
-
 std::string sim_bytes(const utm_app_config_cmd &command) {
     return std::string(reinterpret_cast<const char *>(&command), sizeof(command));
 }

@@ -22,9 +22,6 @@ utm_app_config_cmd sim_path_command(uint8_t type, const std::string &path);
 utm_app_config_cmd sim_rules_command(int32_t policy_id,
                                      const std::vector<utm_app_config_app_entry> &rules);
 
-/// "02:00:00:00:00:0A" to its bytes; all zero when it is not written like that.
-sim_mac sim_parse_mac(const std::string &text);
-
 /// @return a request as it is sent
 std::string sim_bytes(const utm_app_config_cmd &command);
 

@@ -18,8 +18,8 @@ using testing::IsEmpty;
 
 namespace {
 
-const sim_mac FIRST_DEVICE = sim_parse_mac("02:00:00:00:00:01");
-const sim_mac SECOND_DEVICE = sim_parse_mac("02:00:00:00:00:02");
+const sim_mac FIRST_DEVICE = {0x02, 0, 0, 0, 0, 0x01};
+const sim_mac SECOND_DEVICE = {0x02, 0, 0, 0, 0, 0x02};
 
 class DaemonLife : public daemon_test {
 protected:
