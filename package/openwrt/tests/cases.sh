@@ -63,11 +63,11 @@ used_in() {
 
 # until_true SECONDS COMMAND...: whether it has come true in time
 until_true() {
-    patience=$(($1 * 10))
+    tenths_left=$(($1 * 10))
     shift
     until "$@"; do
-        [ "$patience" -gt 0 ] || return 1
-        patience=$((patience - 1))
+        [ "$tenths_left" -gt 0 ] || return 1
+        tenths_left=$((tenths_left - 1))
         usleep 100000
     done
 }

@@ -115,7 +115,7 @@ compare "CMake takes the substitute where the vendor's is in reach" \
     "a substitute, which announces nothing to a router" \
     "$(CMAKE_LIBRARY_PATH=$work notification_library OFF)"
 
-# The rest of the root: BusyBox, stand-ins, the simulated router, and the libraries of them all.
+# The rest of the root: BusyBox, fakes, the simulated router, and the libraries of them all.
 busybox=$(command -v busybox)
 mkdir -p "$root/bin" "$root/sbin" "$root/dev" "$root/proc" "$root/tmp" "$root/test/bin" "$root/var"
 ln -s ../tmp/run "$root/var/run"
@@ -126,9 +126,9 @@ for applet in $("$busybox" --list); do
     *) ln -s busybox "$root/bin/$applet" ;;
     esac
 done
-cp "$here/stand-ins/rc.common" "$root/etc/"
-cp "$here/stand-ins/procd_instance" "$here/cases.sh" "$here/../test.sh" "$root/test/"
-cp "$here/stand-ins/uci" "$here/stand-ins/logger" "$here/stand-ins/utm_appctl" "$root/test/bin/"
+cp "$here/fakes/rc.common" "$root/etc/"
+cp "$here/fakes/procd_instance" "$here/cases.sh" "$here/../test.sh" "$root/test/"
+cp "$here/fakes/uci" "$here/fakes/logger" "$here/fakes/utm_appctl" "$root/test/bin/"
 cp "$build"/sim/bin/* "$root/test/bin/"
 for program in "$busybox" $work/installed/usr/sbin/utm_appd "$build"/sim/bin/ubus; do
     for library in $(ldd "$program" | grep -o '/[^ ]*'); do
