@@ -29,7 +29,7 @@ const program_end TIMED_OUT =
              "one of the router's programs; try again, or wait longer with -t");
 
 /// Runs the client with a timeout of a second and expects that this is what it had.
-program_end impatient(std::vector<std::string> words) {
+program_end run_with_timeout(std::vector<std::string> words) {
     words.insert(words.end(), {"-s", FAKE_SOCKET, "-t", "1"});
     const auto began = steady_clock::now();
     const program_end end = appctl(words);
@@ -128,9 +128,9 @@ TEST(ClientNoAnswer, AConnectionClosedUnreadIsABrokenReply) {
 TEST(ClientNoAnswer, AServerThatSaysNothingIsGivenUp) {
     const fake_server server(FAKE_SOCKET,
                              [](int fd, const std::string &) { client_goes(fd, 20'000); });
-    EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
-    EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
-    EXPECT_EQ(impatient({"signature", "load", "/tmp/a"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"ping"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"usage", "3", "--apps"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"signature", "load", "/tmp/a"}), TIMED_OUT);
 }
 
 TEST(ClientNoAnswer, AServerThatStopsInTheMiddleIsGivenUp) {
@@ -138,7 +138,7 @@ TEST(ClientNoAnswer, AServerThatStopsInTheMiddleIsGivenUp) {
         sim_send(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA, .weekday_minutes = 1}));
         client_goes(fd, 20'000);
     });
-    EXPECT_EQ(impatient({"weekday", "show", "3"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"weekday", "show", "3"}), TIMED_OUT);
 }
 
 TEST(ClientNoAnswer, AServerThatDripsIsGivenUp) {
@@ -146,7 +146,7 @@ TEST(ClientNoAnswer, AServerThatDripsIsGivenUp) {
         while (sim_send(fd, std::string(1, '\0')) && !client_goes(fd, 100)) {
         }
     });
-    EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"ping"}), TIMED_OUT);
 }
 
 TEST(ClientNoAnswer, AListOfNothingWithoutEndIsGivenUp) {
@@ -155,7 +155,7 @@ TEST(ClientNoAnswer, AListOfNothingWithoutEndIsGivenUp) {
         while (sim_send(fd, wire_of({.status = UTM_APP_CONFIG_STATUS_DATA}))) {
         }
     });
-    EXPECT_EQ(impatient({"usage", "3", "--apps"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"usage", "3", "--apps"}), TIMED_OUT);
 }
 
 TEST(ClientNoAnswer, AQueueThatStaysFullIsGivenUp) {
@@ -164,7 +164,7 @@ TEST(ClientNoAnswer, AQueueThatStaysFullIsGivenUp) {
     std::copy(std::begin(FAKE_SOCKET), std::end(FAKE_SOCKET), address.sun_path);
     const std::vector<int> fillers = fill_queue(address);
 
-    EXPECT_EQ(impatient({"ping"}), TIMED_OUT);
+    EXPECT_EQ(run_with_timeout({"ping"}), TIMED_OUT);
 
     for (const int fd : fillers)
         close(fd);
