@@ -73,23 +73,23 @@ void put_key(usage_text_t *text, const char *key) {
 }
 
 /// @param bracket  "[" or "{"
-void open(usage_text_t *text, const char *bracket) {
+void open_bracket(usage_text_t *text, const char *bracket) {
     put(text, bracket);
     text->is_at_start = true;
 }
 
 void open_member(usage_text_t *text, const char *key, const char *bracket) {
     put_key(text, key);
-    open(text, bracket);
+    open_bracket(text, bracket);
 }
 
 void open_element(usage_text_t *text) {
     separate(text);
-    open(text, "{");
+    open_bracket(text, "{");
 }
 
 /// @param brackets  one or several
-void close(usage_text_t *text, const char *brackets) {
+void close_brackets(usage_text_t *text, const char *brackets) {
     put(text, brackets);
     text->is_at_start = false;
 }
@@ -251,7 +251,7 @@ int usage_file_open_to_write(const char *path) {
 }
 
 void usage_write_begin(usage_text_t *text) {
-    open(text, "{");
+    open_bracket(text, "{");
     open_member(text, usage_key::user_profile_list, "[");
 }
 
@@ -276,11 +276,11 @@ void usage_write_app(usage_text_t *text, const usage_app_t &app) {
         separate(text);
         put_number(text, minutes);
     }
-    close(text, "]}");
+    close_brackets(text, "]}");
 }
 
 void usage_write_devices(usage_text_t *text) {
-    close(text, "]");
+    close_brackets(text, "]");
     open_member(text, usage_key::device_list, "[");
 }
 
@@ -292,7 +292,7 @@ void usage_write_device(usage_text_t *text, const mac_text_t &mac) {
 }
 
 void usage_write_devices_end(usage_text_t *text) {
-    close(text, "]");
+    close_brackets(text, "]");
 }
 
 void usage_write_policy(usage_text_t *text, int32_t app_policy_id) {
@@ -306,25 +306,25 @@ void usage_write_rule(usage_text_t *text, const config_policy_rule_t &rule) {
     put_int(text, usage_key::app_id, rule.app_id);
     put_int(text, usage_key::action, rule.action);
     put_int(text, usage_key::daily_limit, rule.daily_limit);
-    close(text, "}");
+    close_brackets(text, "}");
 }
 
 void usage_write_policy_end(usage_text_t *text) {
-    close(text, "]}");
+    close_brackets(text, "]}");
 }
 
 void usage_write_profile_end(usage_text_t *text) {
-    close(text, "}");
+    close_brackets(text, "}");
 }
 
 void usage_write_router(usage_text_t *text, int32_t timestamp) {
-    close(text, "]");
+    close_brackets(text, "]");
     put_int(text, usage_key::timestamp, timestamp);
     open_member(text, usage_key::global_stat, "[");
 }
 
 void usage_write_end(usage_text_t *text) {
-    close(text, "]}");
+    close_brackets(text, "]}");
 }
 
 bool usage_text_write(const usage_text_t &text, int fd) {
