@@ -20,24 +20,24 @@ void link_new_usage(config_user_profile_t *profile, config_app_usage_t *usage) U
 
 } // namespace
 
-config_app_usage_t *utm_app_count_minutes(config_list_node_t *list, int32_t *count, int32_t app_id,
-                                          int32_t minutes, app_index_t *index) {
+counted_usage_t utm_app_count_minutes(config_list_node_t *list, int32_t *count, int32_t app_id,
+                                      int32_t minutes, app_index_t *index) {
     config_app_usage_t *usage =
         index != nullptr ? app_index_find(index, app_id) : utm_app_find_app_usage(list, app_id);
     if (usage != nullptr) {
         usage->daily_used = saturating_sum(usage->daily_used, minutes);
-        return usage;
+        return {usage, false};
     }
     usage = heap_allocate<config_app_usage_t>();
     if (usage == nullptr)
-        return nullptr;
+        return {};
     usage->app_id = app_id;
     usage->daily_used = minutes;
     list_push_front(list, &usage->link);
     *count += 1;
     if (index != nullptr)
         app_index_add(index, usage);
-    return usage;
+    return {usage, true};
 }
 
 int32_t utm_app_update_profile_usage(config_user_profile_t *profile, int32_t minutes) {
@@ -52,13 +52,12 @@ int32_t utm_app_update_app_usage(config_user_profile_t *profile, int32_t app_id,
                                  app_index_t *index) {
     if (profile == nullptr)
         return -1;
-    const int32_t count = profile->app_count;
-    config_app_usage_t *usage =
+    const counted_usage_t counted =
         utm_app_count_minutes(&profile->app_stat_list, &profile->app_count, app_id, minutes, index);
-    if (usage == nullptr)
+    if (counted.usage == nullptr)
         return -1;
-    if (profile->app_count != count)
-        link_new_usage(profile, usage);
-    utm_app_block_used_up_app(profile, usage);
+    if (counted.is_new)
+        link_new_usage(profile, counted.usage);
+    utm_app_block_used_up_app(profile, counted.usage);
     return 0;
 }

@@ -6,14 +6,19 @@
 
 #include <cstdint>
 
+/// A usage record that minutes were added to.
+struct counted_usage_t {
+    config_app_usage_t *usage; ///< null when memory ran out
+    bool is_new;               ///< it was created for them
+};
+
 /// Adds minutes to an application's record in a list, the profile's or the router's, and creates
 /// the record when it is new.
 /// @param count  the list's own count, which a new record raises
 /// @param index  an index over the list, or null to walk the list
-/// @return the record, or null when memory runs out
-[[nodiscard]] config_app_usage_t *utm_app_count_minutes(config_list_node_t *list, int32_t *count,
-                                                        int32_t app_id, int32_t minutes,
-                                                        app_index_t *index) UTM_STORE_LOCKED;
+[[nodiscard]] counted_usage_t utm_app_count_minutes(config_list_node_t *list, int32_t *count,
+                                                    int32_t app_id, int32_t minutes,
+                                                    app_index_t *index) UTM_STORE_LOCKED;
 
 /// Adds minutes of internet use to a profile and blocks it when they use up its budget. It never
 /// unblocks: that is left to the setters and to midnight.
