@@ -4,10 +4,14 @@
 #include "core/owners.h"
 #include "core/saturate.h"
 #include "format/day_ring.h"
+#include "format/protocol.h"
 #include "usage/calendar.h"
 #include "usage/top_apps.h"
 
 namespace {
+
+static_assert(UTM_APP_CONFIG_PERIOD_OLDEST_DAY == day_ring_days,
+              "a client asks for no day that the ring does not hold");
 
 bool is_period(int32_t period) {
     return (period >= 0 && period <= UTM_APP_CONFIG_PERIOD_OLDEST_DAY) ||
