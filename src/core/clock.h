@@ -1,5 +1,5 @@
 #pragma once
-/// The wall clock: the one place where the daemon asks what time it is; and what time is made of.
+/// The wall clock, which the daemon reads nowhere else, and the lengths of a day and a week.
 
 #include <cstdint>
 #include <sys/time.h>

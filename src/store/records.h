@@ -88,29 +88,3 @@ struct config_app_minutes_t {
     int32_t app_id;
     int32_t minutes;
 };
-
-/// @return whether the profile is cut off now: a block counts only while the limit is enabled
-inline bool is_cut_off(const config_user_profile_t &profile) {
-    return profile.daily_limit_enable == 1 && profile.blocked == 1;
-}
-
-/// @return whether there is anything to query and to block
-inline bool has_devices(const config_user_profile_t &profile) {
-    return profile.device_count != 0 || !list_is_empty(&profile.device_list);
-}
-
-inline list_range<config_weekday_limit_t> weekdays_of(config_user_profile_t *profile) {
-    return list_range<config_weekday_limit_t>(&profile->weekday_list);
-}
-
-inline list_range<config_device_t> devices_of(config_user_profile_t *profile) {
-    return list_range<config_device_t>(&profile->device_list);
-}
-
-inline list_range<config_app_usage_t> apps_of(config_user_profile_t *profile) {
-    return list_range<config_app_usage_t>(&profile->app_stat_list);
-}
-
-inline list_range<config_policy_app_t> rules_of(config_app_policy_t *policy) {
-    return list_range<config_policy_app_t>(&policy->app_list);
-}

@@ -52,6 +52,33 @@ inline list_range<config_app_usage_t> global_apps() UTM_STORE_LOCKED {
     return list_range<config_app_usage_t>(&utm_app_config_global_app_stat_list);
 }
 
+/// @return whether the profile is cut off now: a block counts only while the limit is enabled
+inline bool is_cut_off(const config_user_profile_t &profile) UTM_STORE_LOCKED {
+    return profile.daily_limit_enable == 1 && profile.blocked == 1;
+}
+
+/// @return whether there is anything to query and to block
+inline bool has_devices(const config_user_profile_t &profile) UTM_STORE_LOCKED {
+    return profile.device_count != 0 || !list_is_empty(&profile.device_list);
+}
+
+inline list_range<config_weekday_limit_t>
+weekdays_of(config_user_profile_t *profile) UTM_STORE_LOCKED {
+    return list_range<config_weekday_limit_t>(&profile->weekday_list);
+}
+
+inline list_range<config_device_t> devices_of(config_user_profile_t *profile) UTM_STORE_LOCKED {
+    return list_range<config_device_t>(&profile->device_list);
+}
+
+inline list_range<config_app_usage_t> apps_of(config_user_profile_t *profile) UTM_STORE_LOCKED {
+    return list_range<config_app_usage_t>(&profile->app_stat_list);
+}
+
+inline list_range<config_policy_app_t> rules_of(config_app_policy_t *policy) UTM_STORE_LOCKED {
+    return list_range<config_policy_app_t>(&policy->app_list);
+}
+
 /// The lookups walk a list from the front and return the first match, or null; so does a null
 /// record or list.
 [[nodiscard]] config_user_profile_t *utm_app_find_profile(int32_t profile_id) UTM_STORE_LOCKED;

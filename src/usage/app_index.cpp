@@ -11,7 +11,7 @@ size_t start_slot(const app_index_t *index, int32_t app_id) {
 }
 
 /// @return the slot that holds the application, or the free one where it belongs
-config_app_usage_t **slot_of(const app_index_t *index, int32_t app_id) {
+config_app_usage_t **slot_of(const app_index_t *index, int32_t app_id) UTM_STORE_LOCKED {
     config_app_usage_t **slots = index->slots.get();
     size_t at = start_slot(index, app_id);
     while (slots[at] != nullptr && slots[at]->app_id != app_id)
@@ -19,7 +19,7 @@ config_app_usage_t **slot_of(const app_index_t *index, int32_t app_id) {
     return &slots[at];
 }
 
-void insert(app_index_t *index, config_app_usage_t *usage) {
+void insert(app_index_t *index, config_app_usage_t *usage) UTM_STORE_LOCKED {
     config_app_usage_t **slot = slot_of(index, usage->app_id);
     if (*slot != nullptr)
         return;
@@ -28,7 +28,7 @@ void insert(app_index_t *index, config_app_usage_t *usage) {
 }
 
 /// Builds the table anew, with room for twice the records that the list holds now.
-void rebuild(app_index_t *index) {
+void rebuild(app_index_t *index) UTM_STORE_LOCKED {
     size_t records = 0;
     for ([[maybe_unused]] const auto &usage : list_range<config_app_usage_t>(index->list))
         ++records;

@@ -16,7 +16,7 @@
 /// "(really [...])" follows. A link that goes one way only or to something that does not belong
 /// here, and a list that cannot be walked both ways, read "ASTRAY".
 
-#include "store/records.h"
+#include "store/store.h"
 
 #include <string>
 

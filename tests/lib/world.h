@@ -13,7 +13,7 @@
 ///
 /// A test builds the smallest state, acts once, and compares the whole trace.
 
-#include "store/records.h"
+#include "store/store.h"
 
 #include <cstdint>
 #include <ctime>
