@@ -3,11 +3,12 @@
 #include "client/message.h"
 #include "client/text.h"
 #include "core/owners.h"
+#include "core/regular_file.h"
 
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <strings.h>
-#include <sys/stat.h>
 
 namespace {
 
@@ -69,16 +70,14 @@ ctl_exit unreadable(const char *path, const char *wanted, const char *reason) {
 
 ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
     const char *wanted = path != nullptr ? path : ctl_names_path;
-    // A pipe would keep us waiting, and a device might never end.
-    struct stat status = {};
-    const bool is_there = stat(wanted, &status) == 0;
-    if (!is_there && path == nullptr && errno == ENOENT)
+    fd_guard opened(regular_file_open(wanted, std::numeric_limits<int64_t>::max()));
+    if (opened.get() < 0 && path == nullptr && errno == ENOENT)
         return CTL_DONE;
-    if (is_there && !S_ISREG(status.st_mode))
-        return unreadable(path, wanted, "it is not a regular file");
-    const file_ptr file(is_there ? fopen(wanted, "re") : nullptr);
+    const file_ptr file(opened.get() < 0 ? nullptr : fdopen(opened.get(), "r"));
     if (file == nullptr)
-        return unreadable(path, wanted, strerror(errno));
+        return unreadable(path, wanted,
+                          errno == ENOTSUP ? "it is not a regular file" : strerror(errno));
+    opened.release(); // the stream's from here on
     return read_lines(file.get(), wanted, names);
 }
 

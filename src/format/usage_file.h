@@ -30,6 +30,7 @@
 #include "core/json.h"
 #include "core/mac.h"
 #include "core/owners.h"
+#include "core/regular_file.h"
 #include "format/day_ring.h"
 #include "format/policy_rule.h"
 
@@ -103,16 +104,15 @@ struct usage_profile_t {
 
 // ---- Opening -------------------------------------------------------------------------------
 
-/// Opens a usage file for reading. Anything but a regular file is refused, and not even opened: a
-/// pipe or a device could keep the reader, and the lock it holds, waiting for ever. So is a file
-/// that is too large, since json-c reads a file whole before it looks at it.
+/// Opens a usage file for reading, as `regular_file_open` does: json-c reads a file whole before it
+/// looks at it.
 /// @param size_limit  bytes
-/// @return a descriptor that is closed in the programs that the caller starts; or -1 with `errno`
-///         set, to ENOTSUP for no regular file and to EFBIG for one that is too large
-[[nodiscard]] int usage_file_open_to_read(const char *path,
-                                          int64_t size_limit = usage_file_size_limit);
+[[nodiscard]] inline int usage_file_open_to_read(const char *path,
+                                                 int64_t size_limit = usage_file_size_limit) {
+    return regular_file_open(path, size_limit);
+}
 
-/// Opens a usage file for writing, empty. Pipes and sockets are refused like that.
+/// Opens a usage file for writing, empty. Pipes and sockets are refused in the same way.
 /// @return a descriptor that is closed in the programs that the caller starts, or -1
 [[nodiscard]] int usage_file_open_to_write(const char *path);
 
