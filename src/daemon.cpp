@@ -1,6 +1,7 @@
 #include "daemon.h"
 
 #include "control/fd_event.h"
+#include "control/reply.h"
 #include "control/socket_server.h"
 #include "core/clock.h"
 #include "core/debug_log.h"
@@ -26,11 +27,6 @@ namespace {
 constexpr unsigned seconds_per_tick = 60;
 
 pthread_t socket_thread;
-
-/// Set while the socket thread is ended: a client that is cut off then has not gone by itself. The
-/// signal is not ignored instead, because the programs that are started would inherit that.
-std::atomic<bool> cuts_clients_off{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler reads it");
 
 void create_locks() {
     utm_app_config_mutex.create();
@@ -66,7 +62,9 @@ void tick() {
 void signal_handler(int signo) {
     if (signo == SIGINT)
         running = 0;
-    else if (signo == SIGPIPE && !cuts_clients_off)
+    // A client that is cut off at the end has not gone by itself. The signal is not ignored then
+    // instead, because the programs that are started would inherit that.
+    else if (signo == SIGPIPE && !utm_app_reply_is_ending())
         utm_app_log_from_signal("Receive SIGPIPE\n");
 }
 
@@ -110,7 +108,6 @@ int32_t utm_app_config_handler_start() {
 }
 
 void utm_app_config_handler_stop() {
-    cuts_clients_off = true;
     // Put back as in the main loop.
     utm_app_install_signal_handlers();
     utm_app_config_socket_stop();
@@ -118,7 +115,7 @@ void utm_app_config_handler_stop() {
     // signal ends that wait; elsewhere it changes nothing.
     pthread_kill(socket_thread, SIGINT);
     pthread_join(socket_thread, nullptr);
-    cuts_clients_off = false;
+    utm_app_reply_allow_waiting();
     utm_app_config_socket_remove();
 }
 

@@ -6,14 +6,15 @@
 
 namespace {
 
-std::atomic<bool> may_wait{true};
+std::atomic<bool> is_ending{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler reads it");
 /// The connection that a reply is being written to, -1 for none.
 std::atomic<int> writing_fd{-1};
 
 bool send_whole(int fd, const void *bytes, size_t size) {
     const char *next = static_cast<const char *>(bytes);
     while (size > 0) {
-        const ssize_t sent = send(fd, next, size, may_wait ? 0 : MSG_DONTWAIT);
+        const ssize_t sent = send(fd, next, size, is_ending ? MSG_DONTWAIT : 0);
         if (sent < 0 && errno == EINTR)
             continue;
         if (sent <= 0)
@@ -24,7 +25,7 @@ bool send_whole(int fd, const void *bytes, size_t size) {
     return true;
 }
 
-/// The descriptor is shown before `may_wait` is read, and `utm_app_reply_stop_waiting` goes the
+/// The descriptor is shown before `is_ending` is read, and `utm_app_reply_stop_waiting` goes the
 /// other way round: either the writing does not wait, or the client is cut off.
 bool write_replies(int fd, const void *bytes, size_t size) {
     writing_fd = fd;
@@ -77,12 +78,16 @@ void utm_app_reply_end(reply_block_t *block) {
 }
 
 void utm_app_reply_allow_waiting() {
-    may_wait = true;
+    is_ending = false;
 }
 
 void utm_app_reply_stop_waiting() {
-    may_wait = false;
+    is_ending = true;
     const int fd = writing_fd;
     if (fd >= 0)
         shutdown(fd, SHUT_RDWR);
+}
+
+bool utm_app_reply_is_ending() {
+    return is_ending;
 }

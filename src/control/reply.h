@@ -39,9 +39,17 @@ void utm_app_reply_begin(reply_block_t *block, int fd);
 /// Ends a list, and writes what is left of it.
 void utm_app_reply_end(reply_block_t *block);
 
-/// Lets replies wait for their clients, at the start.
+// ---- The end -------------------------------------------------------------------------------
+//
+// Whether the control-socket thread is being ended is known here, since the replies are what it
+// may be held up by. The socket's loop and the daemon's signal handler ask for it.
+
+/// Lets replies wait for their clients again, as they do at the start.
 void utm_app_reply_allow_waiting();
 
 /// From here on no reply waits for its client, and the client that one is being written to is cut
 /// off: for the thread that ends the control-socket thread.
 void utm_app_reply_stop_waiting();
+
+/// @return whether replies have stopped waiting; safe in a signal handler
+[[nodiscard]] bool utm_app_reply_is_ending();

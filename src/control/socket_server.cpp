@@ -7,7 +7,6 @@
 #include "core/owners.h"
 #include "format/protocol.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <sys/socket.h>
@@ -26,8 +25,6 @@ constexpr mode_t socket_mode = 0777;
 /// How long a reply may wait for a client that does not read. The thread serves nobody else
 /// meanwhile, so it is short; a reader that is merely slow comes back well within it.
 constexpr time_t send_timeout_seconds = 3;
-
-std::atomic<bool> is_stopping{false};
 
 /// The path as it was bound: another file of the same name has another number.
 struct stat bound_path;
@@ -90,7 +87,7 @@ void utm_app_config_socket_accept(int listening) {
 }
 
 int utm_app_config_socket_on_read(int fd, void *data) {
-    if (is_stopping)
+    if (utm_app_reply_is_ending())
         return 0;
     if (fd == listen_fd) {
         utm_app_config_socket_accept(fd);
@@ -143,7 +140,6 @@ int utm_app_config_socket_create(const char *path) {
 }
 
 int utm_app_config_socket_init_binding() {
-    is_stopping = false;
     utm_app_reply_allow_waiting();
     bound_path = {};
     unlink(UTM_APP_CONFIG_SOCKET_PATH);
@@ -158,8 +154,8 @@ int utm_app_config_socket_init_binding() {
 
 void *utm_app_config_handler(void *) {
     const socket_event_handler handler = config_socket_handler;
-    while (!is_stopping) {
-        if (utm_app_config_loop(&handler) >= 0 || is_stopping)
+    while (!utm_app_reply_is_ending()) {
+        if (utm_app_config_loop(&handler) >= 0 || utm_app_reply_is_ending())
             continue;
         utm_app_debug_log("utm_app_config_loop failed\n");
         return nullptr;
@@ -168,11 +164,10 @@ void *utm_app_config_handler(void *) {
 }
 
 void utm_app_config_socket_stop() {
-    is_stopping = true;
+    utm_app_reply_stop_waiting();
     // A listening socket that is shut down is ready to be read for good: it ends the wait that is
     // under way or the next one.
     shutdown(listen_fd, SHUT_RDWR);
-    utm_app_reply_stop_waiting();
 }
 
 void utm_app_config_socket_remove() {
