@@ -8,6 +8,7 @@ include(GNUInstallDirs)
 install(TARGETS utm_appd RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(TARGETS utm_appctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/utm_appctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/utm_appd.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES completion/utm_appctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
 # The pages keep their places to each other, so that links among them work.

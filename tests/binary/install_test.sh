@@ -23,7 +23,7 @@ fail() {
 expected_files() {
     local page
     printf '%s\n' bin/utm_appctl sbin/utm_appd share/man/man1/utm_appctl.1 \
-        share/bash-completion/completions/utm_appctl \
+        share/man/man8/utm_appd.8 share/bash-completion/completions/utm_appctl \
         share/doc/utm-appd/{README.md,LICENSE,copyright}
     for page in "$source"/docs/*.{md,png}; do
         echo "share/doc/utm-appd/docs/${page##*/}"
