@@ -44,6 +44,13 @@ struct pipe_ends {
     }
 };
 
+volatile sig_atomic_t gets_signals = 0;
+
+void pass_on(int signal_number) {
+    if (gets_signals > 0)
+        kill(static_cast<pid_t>(gets_signals), signal_number);
+}
+
 sim_exit describe(int wait_status) {
     sim_exit how = {.ended = true};
     if (WIFEXITED(wait_status))
@@ -156,6 +163,14 @@ sim_outcome sim_run(const std::vector<std::string> &command_line,
         waitpid(pid, nullptr, 0);
     }
     return outcome;
+}
+
+void sim_leave_signals_to(pid_t process) {
+    gets_signals = process;
+    signal(SIGINT, SIG_IGN);
+    signal(SIGQUIT, SIG_IGN);
+    signal(SIGTERM, pass_on);
+    signal(SIGHUP, pass_on);
 }
 
 std::set<pid_t> sim_children() {

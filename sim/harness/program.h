@@ -22,6 +22,11 @@ inline constexpr int sim_lost_status = 1 << 8;
 /// Waits for a child of ours to end.
 sim_exit sim_reap(pid_t pid, sim_timeout timeout = {});
 
+/// Lets another process end first: this one ignores what a terminal sends, which reaches the other
+/// by itself, and passes SIGTERM and SIGHUP on to it.
+/// @param process  0: pass nothing on any more
+void sim_leave_signals_to(pid_t process);
+
 /// @return the children of the calling process, orphans that were passed to it included
 std::set<pid_t> sim_children();
 

@@ -4,6 +4,7 @@
 #include "sim/harness/program.h"
 #include "sim/preload/redirect.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -21,8 +22,6 @@ namespace fs = std::filesystem;
 /// Holds the process that a sandbox was made for: a program that it starts, and that wants a
 /// sandbox too, gets one of its own.
 constexpr char process_variable[] = "UTM_SANDBOX_PROCESS";
-
-volatile sig_atomic_t sandboxed_process = 0;
 
 bool fail(std::string *why, const std::string &what) {
     *why = what + ": " + strerror(errno);
@@ -100,20 +99,6 @@ void set_environment(const std::string &root, const std::vector<std::string> &ke
     sim_exec_own(command_line);
 }
 
-void pass_on(int signal_number) {
-    if (sandboxed_process > 0)
-        kill(static_cast<pid_t>(sandboxed_process), signal_number);
-}
-
-/// What a terminal sends reaches the sandboxed process by itself.
-void leave_signals_to(pid_t process) {
-    sandboxed_process = process;
-    signal(SIGINT, SIG_IGN);
-    signal(SIGQUIT, SIG_IGN);
-    signal(SIGTERM, pass_on);
-    signal(SIGHUP, pass_on);
-}
-
 /// Orphans of the sandbox are reaped meanwhile.
 int wait_for(pid_t process) {
     for (;;) {
@@ -163,9 +148,9 @@ void sim_enter_redirection(char **arguments, const std::vector<std::string> &kee
     const pid_t process = fork();
     if (process == 0)
         start_anew(arguments, root, keep);
-    leave_signals_to(process);
+    sim_leave_signals_to(std::max(process, 0));
     const int status = process > 0 ? wait_for(process) : 0;
-    sandboxed_process = 0;
+    sim_leave_signals_to(0);
     end_survivors();
     fs::remove_all(root, error);
     if (process > 0)

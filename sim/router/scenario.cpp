@@ -114,15 +114,22 @@ std::string parse_span(const reader &in, line_rest *rest, scenario_span *span) {
     return error;
 }
 
+/// @param what  what people call an entry
+/// @return what is wrong: two of a kind would have the same handle
+template <typename Entry>
+std::string add(std::vector<Entry> *entries, const Entry &entry, const std::string &what) {
+    if (find(*entries, entry.handle) < entries->size())
+        return "there is another " + what + " " + entry.handle;
+    entries->push_back(entry);
+    return {};
+}
+
 std::string read_person(reader *in, line_rest rest) {
     scenario_person person = {.handle = next_word(&rest), .profile_id = 0, .name = {}};
     if (!parse_number(next_word(&rest), &person.profile_id))
         return "a person needs a handle, a profile id and a name";
     person.name = remainder(rest);
-    if (find(in->result->people, person.handle) < in->result->people.size())
-        return "there is another person " + person.handle;
-    in->result->people.push_back(person);
-    return {};
+    return add(&in->result->people, person, "person");
 }
 
 std::string read_device(reader *in, line_rest rest) {
@@ -141,10 +148,7 @@ std::string read_device(reader *in, line_rest rest) {
              byte[1] & 0xFF, byte[2] & 0xFF, byte[3] & 0xFF, byte[4] & 0xFF, byte[5] & 0xFF);
     device.mac = written;
     device.name = remainder(rest);
-    if (find(in->result->devices, device.handle) < in->result->devices.size())
-        return "there is another device " + device.handle;
-    in->result->devices.push_back(device);
-    return {};
+    return add(&in->result->devices, device, "device");
 }
 
 std::string read_app(reader *in, line_rest rest) {
@@ -152,10 +156,7 @@ std::string read_app(reader *in, line_rest rest) {
     if (!parse_number(next_word(&rest), &app.id))
         return "an app needs a handle, an id and a name";
     app.name = remainder(rest);
-    if (find(in->result->apps, app.handle) < in->result->apps.size())
-        return "there is another app " + app.handle;
-    in->result->apps.push_back(app);
-    return {};
+    return add(&in->result->apps, app, "app");
 }
 
 std::string read_use(reader *in, line_rest rest, bool has_app) {

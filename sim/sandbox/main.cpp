@@ -1,6 +1,7 @@
 /// The sandbox for people: a shell, or one command, beside the real daemon, its client and the
 /// simulated router, in virtual time. scripts/sandbox builds and starts it.
 
+#include "sim/harness/program.h"
 #include "sim/harness/sandbox.h"
 #include "sim/router/router_dir.h"
 #include "sim/router/scenario.h"
@@ -189,27 +190,12 @@ std::vector<std::string> shell() {
     return {wanted != nullptr && access(wanted, X_OK) == 0 ? wanted : "/bin/sh"};
 }
 
-volatile sig_atomic_t running_command = 0;
-
-void pass_on(int signal_number) {
-    kill(static_cast<pid_t>(running_command), signal_number);
-}
-
-/// The sandbox ends when its command does, so that the daemon is always stopped.
-void leave_signals_to(pid_t command) {
-    running_command = command;
-    // What a terminal sends reaches the command by itself.
-    signal(SIGINT, SIG_IGN);
-    signal(SIGQUIT, SIG_IGN);
-    signal(SIGTERM, pass_on);
-    signal(SIGHUP, pass_on);
-}
-
 int run_command(const sandbox_wish &wish, const sim_daemon_options &options) {
     const pid_t pid = start_command(wish.command.empty() ? shell() : wish.command, options);
     if (pid < 0)
         fail(std::string("cannot start a process: ") + strerror(errno));
-    leave_signals_to(pid);
+    // The sandbox ends when its command does, so that the daemon is always stopped.
+    sim_leave_signals_to(pid);
     const int status = reap_until(pid);
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
