@@ -76,7 +76,9 @@ usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_conf
 }
 
 /// @return whether the file was written
-[[nodiscard]] bool export_now(const char *path) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_config_mutex) {
+[[nodiscard]] bool export_now(const char *path)
+    UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_export_import_mutex);
     const time_t now = utm_app_now();
     if (path == nullptr || path[0] == '\0')
         return false;
@@ -93,12 +95,7 @@ usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_conf
 int32_t utm_app_export_statistics(const char *path, int32_t force) {
     if (force == 0 && utm_app_get_activate() == 0)
         return -1;
-    bool written = false;
-    {
-        const mutex_guard lock(utm_app_export_import_mutex);
-        written = export_now(path);
-    }
-    if (!written) {
+    if (!export_now(path)) {
         // Always written: a file that stopped growing must show in the log of any router.
         utm_app_log_always("export to %s failed\n", usage_path_shown(path));
         return -1;

@@ -116,7 +116,9 @@ json_ptr read_document(const char *path) UTM_FILE_LOCKED {
 }
 
 /// @return whether the file was taken over; if not, the store is untouched
-[[nodiscard]] bool import_now(const char *path) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_config_mutex) {
+[[nodiscard]] bool import_now(const char *path)
+    UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex) {
+    const mutex_guard lock(utm_app_export_import_mutex);
     const time_t now = utm_app_now();
     const json_ptr document = read_document(path);
     json_object *root = document.get();
@@ -140,12 +142,7 @@ json_ptr read_document(const char *path) UTM_FILE_LOCKED {
 int32_t utm_app_import_statistics(const char *path) {
     if (utm_app_get_activate() == 0)
         return -1;
-    bool imported = false;
-    {
-        const mutex_guard lock(utm_app_export_import_mutex);
-        imported = import_now(path);
-    }
-    if (!imported) {
+    if (!import_now(path)) {
         utm_app_log_always("import from %s failed\n", usage_path_shown(path));
         return -1;
     }
