@@ -1,7 +1,8 @@
 #include "control/reply.h"
 
+#include "core/write_whole.h"
+
 #include <atomic>
-#include <cerrno>
 #include <sys/socket.h>
 
 namespace {
@@ -11,25 +12,13 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler reads it
 /// The connection that a reply is being written to, -1 for none.
 std::atomic<int> writing_fd{-1};
 
-bool send_whole(int fd, const void *bytes, size_t size) {
-    const char *next = static_cast<const char *>(bytes);
-    while (size > 0) {
-        const ssize_t sent = send(fd, next, size, is_ending ? MSG_DONTWAIT : 0);
-        if (sent < 0 && errno == EINTR)
-            continue;
-        if (sent <= 0)
-            return false;
-        next += sent;
-        size -= static_cast<size_t>(sent);
-    }
-    return true;
-}
-
 /// The descriptor is shown before `is_ending` is read, and `utm_app_reply_stop_waiting` goes the
 /// other way round: either the writing does not wait, or the client is cut off.
 bool write_replies(int fd, const void *bytes, size_t size) {
     writing_fd = fd;
-    const bool written = send_whole(fd, bytes, size);
+    const bool written = write_whole(bytes, size, [fd](const char *next, size_t left) {
+        return send(fd, next, left, is_ending ? MSG_DONTWAIT : 0);
+    });
     writing_fd = -1;
     return written;
 }

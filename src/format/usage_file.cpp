@@ -1,5 +1,7 @@
 #include "format/usage_file.h"
 
+#include "core/write_whole.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -300,17 +302,8 @@ void usage_write_end(usage_text_t *text) {
 }
 
 bool usage_text_write(const usage_text_t &text, int fd) {
-    const char *next = text.bytes.get();
-    for (size_t left = text.size; left > 0;) {
-        const ssize_t written = write(fd, next, left);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        next += written;
-        left -= static_cast<size_t>(written);
-    }
-    return true;
+    return write_whole(text.bytes.get(), text.size,
+                       [fd](const char *next, size_t left) { return write(fd, next, left); });
 }
 
 void usage_add_weekday(usage_profile_t *profile, int32_t day, int32_t limit) {
