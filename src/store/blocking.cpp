@@ -81,6 +81,25 @@ void release_limited_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
     }
 }
 
+/// Carries out every block that a profile's records hold, or takes it back. The records stay as
+/// they are.
+void repeat_blocks(config_user_profile_t *profile, bool blocks) UTM_STORE_LOCKED {
+    if (is_cut_off(*profile)) {
+        if (blocks)
+            utm_app_send_block_event(profile);
+        else
+            utm_app_send_unblock_event(profile);
+    }
+    for (const config_app_usage_t &usage : apps_of(profile)) {
+        if (usage.blocked != 1)
+            continue;
+        if (blocks)
+            utm_app_block_app_on_devices(&profile->device_list, usage.app_id);
+        else
+            utm_app_unblock_app_on_devices(&profile->device_list, usage.app_id);
+    }
+}
+
 } // namespace
 
 bool utm_app_rule_is_used_up(const config_policy_app_t &rule) {
@@ -227,22 +246,13 @@ void utm_app_release_profile(config_user_profile_t *profile) {
 }
 
 void utm_app_apply_all_blocks() {
-    for (config_user_profile_t &profile : all_profiles()) {
-        if (is_cut_off(profile))
-            utm_app_send_block_event(&profile);
-        for (config_app_usage_t &usage : apps_of(&profile))
-            if (usage.blocked == 1)
-                utm_app_block_app_on_devices(&profile.device_list, usage.app_id);
-    }
+    for (config_user_profile_t &profile : all_profiles())
+        repeat_blocks(&profile, true);
 }
 
 void utm_app_lift_all_blocks() {
     for (config_user_profile_t &profile : all_profiles()) {
-        if (is_cut_off(profile))
-            utm_app_send_unblock_event(&profile);
-        for (config_app_usage_t &usage : apps_of(&profile))
-            if (usage.blocked == 1)
-                utm_app_unblock_app_on_devices(&profile.device_list, usage.app_id);
+        repeat_blocks(&profile, false);
         if (profile.app_policy != nullptr)
             utm_app_reset_devices(&profile.device_list);
     }
