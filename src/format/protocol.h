@@ -94,16 +94,19 @@ struct utm_app_config_app_entry {
     uint16_t limit;  ///< minutes
 };
 
-/// The period of GET_APP_USAGE, in `arg1`. Days are their own numbers: 0 is today, 30 the oldest.
-inline constexpr int32_t UTM_APP_CONFIG_PERIOD_OLDEST_DAY = 30;
-/// This week; each number more is a week earlier.
-inline constexpr int32_t UTM_APP_CONFIG_PERIOD_WEEK = 1000;
-inline constexpr int32_t UTM_APP_CONFIG_PERIOD_OLDEST_WEEK = 1003;
-inline constexpr int32_t UTM_APP_CONFIG_PERIOD_MONTH = 2000;
+/// The period of GET_APP_USAGE, in `arg1`.
+enum utm_app_config_period : int32_t {
+    UTM_APP_CONFIG_PERIOD_OLDEST_DAY = 30, ///< days are their own numbers, from 0, which is today
+    UTM_APP_CONFIG_PERIOD_WEEK = 1000,     ///< this week; each number more is a week earlier
+    UTM_APP_CONFIG_PERIOD_OLDEST_WEEK = 1003,
+    UTM_APP_CONFIG_PERIOD_MONTH = 2000,
+};
 
 /// The selector of GET_PREV_DAY_USAGE, in `arg1`.
-inline constexpr int32_t UTM_APP_CONFIG_PREV_BY_DAY = 0;
-inline constexpr int32_t UTM_APP_CONFIG_PREV_BY_WEEK = 1;
+enum utm_app_config_prev : int32_t {
+    UTM_APP_CONFIG_PREV_BY_DAY = 0,
+    UTM_APP_CONFIG_PREV_BY_WEEK = 1,
+};
 
 inline constexpr size_t UTM_APP_CONFIG_CMD_SIZE = 136;
 inline constexpr size_t UTM_APP_CONFIG_MAC_OFFSET = 12;
