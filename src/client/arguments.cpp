@@ -125,6 +125,7 @@ bool ctl_read_switch(const char *text, int32_t *value) {
 bool ctl_read_weekday(const char *text, int32_t *day) {
     const size_t length = strlen(text);
     for (int32_t i = 0; i < days_per_week; ++i) {
+        // Three letters tell every day from the others.
         const bool is_number = length == 1 && text[0] == '0' + i;
         if (is_number || (length >= 3 && strncasecmp(text, weekday_names[i], length) == 0)) {
             *day = i;
@@ -145,6 +146,7 @@ bool ctl_read_mac(const char *text, uint8_t *mac) {
 }
 
 bool ctl_read_rule(const ctl_app_names &names, const char *text, utm_app_config_app_entry *rule) {
+    // The last one: a name may have such a sign too.
     const char *equals = strrchr(text, '=');
     char app[ctl_name_size] = {};
     int32_t app_id = 0;
@@ -167,6 +169,7 @@ bool ctl_read_path(const char *text, ctl_path *path) {
     const char *slash = "";
     if (text[0] == '\0')
         return refuse("the path is empty: name a file");
+    // The daemon runs in the root folder and would look there.
     if (text[0] != '/') {
         if (getcwd(directory, sizeof(directory)) == nullptr)
             return refuse("cannot find the current directory (%s): give an absolute path",

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+// Everything goes to standard error, so that a script's JSON or report stays whole.
+
 void ctl_say_list(const char *format, va_list arguments) {
     fputs("utm_appctl: ", stderr);
     vfprintf(stderr, format, arguments);

@@ -14,6 +14,7 @@ constexpr int32_t timeout_max_s = 3600;
 constexpr int32_t day_max = UTM_APP_CONFIG_PERIOD_OLDEST_DAY;
 constexpr int32_t week_max = UTM_APP_CONFIG_PERIOD_OLDEST_WEEK - UTM_APP_CONFIG_PERIOD_WEEK;
 
+/// One option: the library's table, the help and the manual's test are made from these rows.
 struct option_row {
     ctl_option bit;
     const char *name;
@@ -105,6 +106,7 @@ ctl_exit unknown_option(const char *word, int value) {
     if (optopt >= first_value)
         return ctl_fail(CTL_USAGE, "\"%s\": this option takes no value", word);
     if (word[1] >= '0' && word[1] <= '9')
+        // What begins like a number was mostly meant as one.
         return ctl_fail(CTL_USAGE, "\"%s\": unknown option; put -- in front of a negative number",
                         word);
     return ctl_fail(CTL_USAGE, "\"%s\": unknown option; see utm_appctl --help", word);

@@ -63,6 +63,7 @@ bool is_set(const char *variable) {
     return value != nullptr && value[0] != '\0';
 }
 
+/// The terminal's own answer comes first: COLUMNS stays behind when a window changes its size.
 int terminal_columns() {
     winsize size = {};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
@@ -101,6 +102,7 @@ layout layout_of(const ctl_bars &bars, int columns) {
     return of;
 }
 
+/// The longest bar fills the columns, and not a day's limit: a chart compares days with each other.
 /// @return eighths of a column; whatever was used at all shows
 int bar_length(int64_t minutes, const layout &of) {
     if (minutes <= 0)

@@ -38,6 +38,7 @@ const config_policy_rule_t *rule_for(std::span<const config_policy_rule_t> rules
     return nullptr;
 }
 
+/// "Used up" compares two figures of the file. The router may block nothing: limits may be off.
 void put_rule(FILE *page, const config_policy_rule_t &rule, int64_t daily_used) {
     if (rule.action == POLICY_ACTION_BLOCK)
         fputs("always blocked", page);
@@ -97,6 +98,7 @@ void put_table(const report_page &report, std::span<const ctl_app_use> apps,
     fputs("</tbody>\n</table>\n", report.page);
 }
 
+/// Both lists are short (`rows_max`), so a search through one is good enough.
 bool is_among(std::span<const ctl_app_use> apps, int32_t app_id) {
     return std::any_of(apps.begin(), apps.end(),
                        [app_id](const ctl_app_use &app) { return app.app_id == app_id; });
@@ -141,7 +143,8 @@ void put_head(FILE *page, const ctl_profile_use &profile) {
             profile.blocked ? "Blocked now" : "Not blocked");
 }
 
-/// Writes today's use where no limit can be shown.
+/// Writes today's use where no limit can be shown. No meter stands there: an empty one would look
+/// like time that is left.
 void put_today_alone(FILE *page, int64_t used, const char *limit) {
     fputs("<p class=\"today\">", page);
     ctl_put_minutes(page, "strong", used);

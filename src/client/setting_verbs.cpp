@@ -58,7 +58,8 @@ ctl_exit print_weekdays_json(int32_t profile_id, const weekday_limits &limits) {
 
 using rule_list = ctl_vector<utm_app_config_app_entry>;
 
-/// Sends rules in their order, as many to a request as it has room for.
+/// Sends rules in their order, as many to a request as it has room for. A refusal ends it; what was
+/// sent before stays.
 ctl_exit send_rules(const ctl_call &call, const rule_list &rules) {
     constexpr size_t room = UTM_APP_CONFIG_APP_LIST_MAX;
     ctl_exit status = CTL_DONE;
@@ -113,6 +114,7 @@ ctl_exit ctl_weekday_show(const ctl_call &call) {
     const ctl_exit status =
         ctl_ask_list(call.options.daemon, call.request, call.verb.refusal,
                      [&limits](const utm_app_config_reply &reply) {
+                         // A server that sends more days than a week has is no daemon of ours.
                          return limits.size() < size_t{days_per_week} &&
                                 limits.add({reply.weekday_day, reply.weekday_limit});
                      });
@@ -160,6 +162,7 @@ ctl_exit ctl_devices(const ctl_call &call) {
 }
 
 ctl_exit ctl_policy_rule(const ctl_call &call) {
+    // All rules are read before the first is sent, so that a slip of the hand changes nothing.
     rule_list rules;
     for (const char *operand : call.operands.subspan(1)) {
         utm_app_config_app_entry rule = {};

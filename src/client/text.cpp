@@ -15,6 +15,7 @@ bool is_continuation(byte_t byte) {
     return (byte & 0xC0) == 0x80;
 }
 
+/// By hand, since libc's conversions depend on the locale, which a router may not have.
 /// @return bytes of the character that a text begins with; 0 when it is not UTF-8
 size_t character_size(const byte_t *text) {
     const byte_t first = text[0];
@@ -27,11 +28,14 @@ size_t character_size(const byte_t *text) {
     for (size_t i = 1; i < size; ++i)
         if (!is_continuation(text[i]))
             return 0;
+    // The long spelling of a short character could hide a control character; surrogates and numbers
+    // beyond Unicode are no characters at all.
     const bool overlong = (first == 0xE0 && text[1] < 0xA0) || (first == 0xF0 && text[1] < 0x90);
     const bool beyond = (first == 0xED && text[1] >= 0xA0) || (first == 0xF4 && text[1] >= 0x90);
     return overlong || beyond ? 0 : size;
 }
 
+/// Also those of two bytes (U+0080 to U+009F): some terminals obey them.
 bool is_control(const byte_t *character) {
     return character[0] < 0x20 || character[0] == 0x7F ||
            (character[0] == 0xC2 && character[1] < 0xA0);
@@ -45,7 +49,7 @@ bool parse_digits(const char **next, int64_t bound, int64_t *value) {
     int64_t sum = 0;
     while (isdigit(static_cast<unsigned char>(*text))) {
         sum = sum * 10 + (*text++ - '0');
-        if (sum > bound)
+        if (sum > bound) // before the next digit could leave 64 bits
             return false;
     }
     if (text == *next)
@@ -58,6 +62,7 @@ bool parse_digits(const char **next, int64_t bound, int64_t *value) {
 } // namespace
 
 bool ctl_parse_int(const char *text, int32_t *value) {
+    // strtoll would also take blanks in front, or a text without a digit.
     const char *digits = text + (*text == '-' || *text == '+');
     char *end = nullptr;
     errno = 0;
@@ -136,6 +141,7 @@ tm ctl_local_day(int64_t time, int days_ago) {
     localtime_r(&seconds, &day);
     if (days_ago == 0)
         return day;
+    // At noon, since an hour around midnight may be missing or come twice.
     day.tm_mday -= days_ago;
     day.tm_hour = 12;
     day.tm_isdst = -1;

@@ -15,6 +15,7 @@ namespace {
 /// thousand applications are one and a half million bytes; no family has as many.
 constexpr int64_t size_limit = int64_t{2} * 1024 * 1024;
 
+/// A file may have been written by anybody: a negative figure would turn a sum or a bar around.
 int32_t minutes(int32_t read) {
     return std::max(read, 0);
 }
@@ -34,6 +35,7 @@ int compare(int64_t left, int64_t right) {
     return (left > right) - (left < right);
 }
 
+/// By month, then week, then today; the number last, so that equal ones have an order too.
 int compare_apps(const void *left_record, const void *right_record) {
     const auto &left = *static_cast<const ctl_app_use *>(left_record);
     const auto &right = *static_cast<const ctl_app_use *>(right_record);

@@ -8,9 +8,12 @@ constexpr unsigned usage_options =
     CTL_OPTION_JSON | CTL_OPTION_ASCII | CTL_OPTION_NAMES | CTL_OPTION_APPS | CTL_OPTION_DAY |
     CTL_OPTION_WEEK | CTL_OPTION_MONTH | CTL_OPTION_HISTORY | CTL_OPTION_DAYS | CTL_OPTION_WEEKS;
 
+// The daemon says of a refusal only that it is one, so each verb tells what it can have been.
 constexpr char no_profile[] = "no such profile; create it with profile add";
 constexpr char bad_limit[] = "no such profile, or the limit is not between 1m and 24h";
 
+// In the order of the help, which groups them. Dispatch, help and the number of operands all come
+// from here; a row without `run` sends one request and shows nothing.
 constexpr ctl_verb verbs[] = {
     {.group = "The daemon",
      .noun = "ping",

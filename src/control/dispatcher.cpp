@@ -145,6 +145,7 @@ int32_t set_debug(const cmd_t &cmd, reply_t &) {
 }
 
 int32_t create_policy(const cmd_t &cmd, reply_t &reply) {
+    // The one operation whose result is a number and no status.
     const int32_t policy_id = utm_app_create_policy(cmd.arg0);
     if (policy_id < 1)
         return -1;
@@ -152,6 +153,8 @@ int32_t create_policy(const cmd_t &cmd, reply_t &reply) {
     return 0;
 }
 
+/// The action and the limit have 16 bits on the wire, without a sign: -1 arrives as 65535, and is
+/// refused as an action that nobody knows.
 config_policy_rule_t rule_of(const cmd_t &cmd, int32_t index) {
     const utm_app_config_app_entry entry = utm_app_config_rule(cmd, index);
     return {static_cast<int32_t>(entry.app_id), entry.action, entry.limit};

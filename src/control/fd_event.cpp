@@ -7,13 +7,17 @@
 
 namespace {
 
+/// One table, for the one thread that waits: the main thread prepares it before the other starts.
 fd_event_table table;
 
+/// `select` could take numbers up to 1023, the table has room for 128. A connection beyond it is
+/// accepted and left open unserved (ARCHITECTURE.md says what that means).
 bool is_in_range(int fd) {
     return fd >= 0 && fd < table.capacity;
 }
 
-/// Moves the last slot's descriptor into a slot that becomes free.
+/// Moves the last slot's descriptor into a slot that becomes free: the list stays dense, so that a
+/// pass costs no more than there are descriptors, and nothing is searched.
 void free_slot(int fd) {
     const int slot = table.pos[fd];
     const int last = --table.count;
@@ -33,6 +37,8 @@ int collect_ready() {
     return count;
 }
 
+/// A descriptor for reading that is not ready to be read is tried for writing. Neither can happen;
+/// if it does, the lines tell where to look.
 void serve(int fd, const socket_event_handler *handler) {
     const int kind = table.kind[fd];
     if (kind != fd_event_read && kind != fd_event_write)
@@ -71,6 +77,7 @@ void fd_event_add(int fd, int kind, void *data) {
         utm_app_debug_log("Add fd failed: %d\n", fd);
         return;
     }
+    // Of another kind than read and write: refused without a line, unlike a bad descriptor.
     if (kind != fd_event_read && kind != fd_event_write)
         return;
     FD_SET(fd, kind == fd_event_read ? &table.read_set : &table.write_set);
@@ -87,6 +94,7 @@ int fd_event_del(int fd) {
         return -1;
     FD_CLR(fd, table.kind[fd] == fd_event_read ? &table.read_set : &table.write_set);
     free_slot(fd);
+    // The next highest is looked for once a pass: connections come and go several at a time.
     if (fd >= table.max_fd)
         table.max_fd_dirty = 1;
     table.kind[fd] = fd_event_none;
@@ -125,6 +133,7 @@ int utm_app_config_loop(const socket_event_handler *handler) {
     if (is_in_range(table.paused_fd))
         FD_CLR(table.paused_fd, &table.ready_read);
     table.paused_fd = -1;
+    // A second bounds nothing but the pause of a socket that cannot accept right now.
     timeval timeout = {1, 0};
     if (select(fd_event_max_fd() + 1, &table.ready_read, &table.ready_write, nullptr, &timeout) < 0)
         return errno == EINTR ? 0 : -1;

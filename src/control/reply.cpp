@@ -23,6 +23,8 @@ bool write_replies(int fd, const void *bytes, size_t size) {
     return written;
 }
 
+/// The block is empty afterwards, whether or not it was written: after a failure nothing is left to
+/// be sent to a client that no longer takes replies.
 bool write_block(reply_block_t *block) {
     const size_t count = block->count;
     block->count = 0;
@@ -46,6 +48,7 @@ utm_app_config_reply *utm_app_reply_next(reply_block_t *block) {
     if (block->count == reply_block_size && !write_block(block))
         return nullptr;
     utm_app_config_reply *reply = &block->replies[block->count++];
+    // Cleared once and not for every block: a list sets the same fields of each reply anew.
     if (block->zeroed < block->count) {
         *reply = {};
         block->zeroed = block->count;
@@ -56,6 +59,8 @@ utm_app_config_reply *utm_app_reply_next(reply_block_t *block) {
 }
 
 void utm_app_reply_end(reply_block_t *block) {
+    // Asked for first, because making room for the end may write the block that `last` stands in;
+    // its bytes stay where they are.
     const utm_app_config_reply *last = block->last;
     utm_app_config_reply *end = utm_app_reply_next(block);
     if (end == nullptr)

@@ -11,6 +11,7 @@ json_object *json_array_member(json_object *object, const char *key) {
 
 int32_t json_int(json_object *value) {
     if (json_object_is_type(value, json_type_double)) {
+        // Only a NaN differs from itself.
         const double number = json_object_get_double(value);
         if (number != number)
             return 0;

@@ -6,6 +6,8 @@
 
 namespace {
 
+/// The flag keeps the events apart: one is sent when the profile changes sides, not whenever
+/// somebody asks.
 void block_profile(config_user_profile_t *profile) UTM_STORE_LOCKED {
     if (profile->blocked != 0)
         return;
@@ -37,6 +39,8 @@ void enforce_block_rule(config_app_policy_t *policy, config_policy_app_t *rule) 
         rule->app_usage->blocked = 1;
 }
 
+/// A limit on an application that had no rule. It only blocks: without a rule nothing was blocked
+/// that it could release.
 void enforce_new_limit(config_app_policy_t *policy, config_policy_app_t *rule) UTM_STORE_LOCKED {
     if (!utm_app_feature_is_active() || !utm_app_rule_is_used_up(*rule))
         return;
@@ -70,6 +74,8 @@ void block_app_over_limit(config_user_profile_t *profile, int32_t app_id) UTM_ST
     utm_app_block_app_on_devices(&profile->device_list, app_id);
 }
 
+/// Releases the applications that a limit has blocked. The flags are cleared without devices too:
+/// there is nobody to release, but the new day starts with nothing used.
 void release_limited_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
     for (config_app_usage_t &usage : apps_of(profile)) {
         if (usage.blocked != 1 || usage.policy_app == nullptr ||
@@ -103,10 +109,12 @@ void repeat_blocks(config_user_profile_t *profile, bool blocks) UTM_STORE_LOCKED
 } // namespace
 
 bool utm_app_rule_is_used_up(const config_policy_app_t &rule) {
+    // Without a record nothing is used, so not even a limit of 0 minutes is used up.
     return rule.app_usage != nullptr && rule.app_usage->daily_used >= rule.daily_limit;
 }
 
 int32_t utm_app_budget_of(const config_user_profile_t &profile) {
+    // Bonuses have no upper bound: a wrapped sum would block whoever was given most.
     return saturating_sum(profile.daily_limit, profile.daily_extend);
 }
 
@@ -137,6 +145,7 @@ void utm_app_enforce_changed_enable(config_user_profile_t *profile) {
         return;
     if (profile->daily_limit_enable == 0)
         unblock_profile(profile);
+    // Switching limits on takes nobody out who has time left.
     else if (utm_app_budget_is_used_up(*profile))
         block_profile(profile);
 }
@@ -147,6 +156,8 @@ void utm_app_announce_new_day(const config_user_profile_t &profile) {
 }
 
 void utm_app_release_for_new_day(config_user_profile_t *profile) {
+    // A blocked profile is announced a second time, after `utm_app_announce_new_day`. The router
+    // must take an unblock twice (docs/integration.md).
     if (profile->blocked == 1) {
         if (has_devices(*profile))
             utm_app_send_unblock_event(profile);
@@ -180,6 +191,7 @@ void utm_app_release_policy(config_app_policy_t *policy) {
         return;
     for (config_app_usage_t &usage : apps_of(policy->profile))
         usage.blocked = 0;
+    // One line per device takes back every application at once.
     utm_app_reset_devices(&policy->profile->device_list);
 }
 
@@ -200,6 +212,8 @@ void utm_app_enforce_bound_policy(config_app_policy_t *policy) {
 void utm_app_enforce_imported_use(config_user_profile_t *profile) {
     if (profile->app_policy == nullptr)
         return;
+    // A block rule counts here by its stored limit, as any rule. A device that joins, and the next
+    // change of the rule, go by the action again.
     for (config_policy_app_t &rule : rules_of(profile->app_policy))
         if (utm_app_rule_is_used_up(rule))
             block_app_over_limit(profile, rule.app_id);
@@ -218,6 +232,7 @@ void utm_app_block_used_up_app(config_user_profile_t *profile, config_app_usage_
 }
 
 void utm_app_block_joining_device(config_user_profile_t *profile, const config_device_t *device) {
+    // The router knows no way to do this (see enforcement.h); the line in the log stays.
     if (is_cut_off(*profile))
         __block_one_device_to_use_network(device);
     for (const config_app_usage_t &usage : apps_of(profile))
@@ -238,6 +253,7 @@ void utm_app_release_leaving_device(const config_user_profile_t *profile,
 }
 
 void utm_app_release_profile(config_user_profile_t *profile) {
+    // Without devices not even the event is sent: nobody was cut off.
     if (list_is_empty(&profile->device_list))
         return;
     utm_app_reset_devices(&profile->device_list);
@@ -253,6 +269,7 @@ void utm_app_apply_all_blocks() {
 void utm_app_lift_all_blocks() {
     for (config_user_profile_t &profile : all_profiles()) {
         repeat_blocks(&profile, false);
+        // Block rules set no flag where nothing was used yet: only a reset takes these back.
         if (profile.app_policy != nullptr)
             utm_app_reset_devices(&profile.device_list);
     }

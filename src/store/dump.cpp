@@ -16,6 +16,7 @@ void dump_history(const config_app_usage_t &usage, char *separator) UTM_STORE_LO
     utm_app_debug_log("\n");
 }
 
+/// The limit is shown whatever the rule's action is, for a block rule too.
 void dump_application(const config_app_usage_t &usage, char *separator) UTM_STORE_LOCKED {
     utm_app_debug_log("\tapp id %d use: %d, ", usage.app_id, usage.daily_used);
     if (usage.policy_app == nullptr)

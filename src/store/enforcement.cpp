@@ -23,6 +23,8 @@ struct command_line_t {
     char text[command_size];
 };
 
+/// Builds a line. Beside the program's name only numbers and addresses go into it: nothing that a
+/// shell could read another way.
 __attribute__((format(printf, 1, 2))) command_line_t command_line(const char *format, ...) {
     command_line_t line = {};
     va_list arguments;

@@ -20,6 +20,7 @@ void free_rule(config_policy_app_t *rule) UTM_STORE_LOCKED {
 }
 
 int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) UTM_STORE_LOCKED {
+    // Removing what is not there is no failure: a front end may repeat a request.
     if (rule->action == POLICY_ACTION_REMOVE)
         return 0;
     config_policy_app_t *entry = heap_allocate<config_policy_app_t>();
@@ -35,6 +36,7 @@ int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) 
     // The old value survives `utm_app_delete_policy`, so filling and deleting lets it climb for
     // ever.
     policy->app_count = saturating_sum(policy->app_count, 1);
+    // The links come before the enforcement, which asks the rule's record what was used.
     if (policy->profile != nullptr)
         utm_app_link_policy_to_usage(policy->profile);
     utm_app_debug_log("Policy %d add app %d action %d limit %d success\n", policy->app_policy_id,
@@ -43,12 +45,16 @@ int32_t add_rule(config_app_policy_t *policy, const config_policy_rule_t *rule) 
     return 0;
 }
 
+/// Releases the application first: `utm_app_release_rule` needs the rule's record, whose link
+/// `free_rule` clears.
 void remove_rule(config_app_policy_t *policy, config_policy_app_t *entry) UTM_STORE_LOCKED {
     utm_app_release_rule(policy, entry);
     free_rule(entry);
     policy->app_count -= 1;
 }
 
+/// Changes or removes a rule. The line is written before anything is done and says "update" for a
+/// removal too: readers of the log know it so.
 void change_rule(config_app_policy_t *policy, config_policy_app_t *entry,
                  const config_policy_rule_t *rule) UTM_STORE_LOCKED {
     utm_app_debug_log("Policy %d update app %d action %d limit %d success\n", policy->app_policy_id,
@@ -62,7 +68,8 @@ void change_rule(config_app_policy_t *policy, config_policy_app_t *entry,
     utm_app_enforce_changed_rule(policy, entry);
 }
 
-/// Appends a new policy unless its id is taken.
+/// Appends a new policy unless its id is taken. The caller has allocated it and logs the outcome,
+/// so that the store is held for the list alone.
 bool append_policy(config_app_policy_t *policy) UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     if (utm_app_find_policy(policy->app_policy_id) != nullptr)
@@ -88,6 +95,7 @@ int32_t set_rules(int32_t policy_id, const config_policy_rule_t *rules, int32_t 
 } // namespace
 
 int32_t utm_app_create_policy(int32_t policy_id) {
+    // Profiles take any id, policies do not: the result is the id, and 0 and below say failure.
     if (policy_id < 1) {
         utm_app_debug_log("Create policy %d failed because id <= 0\n", policy_id);
         return -1;
@@ -133,8 +141,10 @@ config_policy_rule_t *utm_app_get_apps_of_policy(int32_t policy_id, int32_t *cou
     *count = -1;
     const mutex_guard lock(utm_app_config_mutex);
     config_app_policy_t *policy = utm_app_find_policy(policy_id);
+    // An empty policy gives -1, where a profile without devices gives 0; callers know both.
     if (policy == nullptr || policy->app_count < 1)
         return nullptr;
+    // The count may be higher than the rules there are (see `add_rule`). The rest are zeros.
     config_policy_rule_t *rules =
         heap_allocate<config_policy_rule_t>(static_cast<size_t>(policy->app_count));
     if (rules == nullptr) {
@@ -157,6 +167,8 @@ int32_t utm_app_delete_policy(int32_t policy_id) {
     if (policy == nullptr)
         return -1;
     utm_app_release_policy(policy);
+    // Only the rules go. The policy keeps its id, its profile and even its count, so that a front
+    // end can fill it again under the same number.
     for (config_policy_app_t &rule : rules_of(policy))
         free_rule(&rule);
     if (policy->profile != nullptr)
@@ -177,6 +189,7 @@ int32_t utm_app_add_policy_to_profile(int32_t profile_id, int32_t policy_id) {
                           policy_id, profile_id);
         return -1;
     }
+    // A policy of two profiles would be freed with the first of them, under the other's feet.
     config_app_policy_t *policy = utm_app_find_policy(policy_id);
     if (policy == nullptr || policy->profile != nullptr)
         return -1;
@@ -208,6 +221,7 @@ int32_t utm_app_set_rule(config_app_policy_t *policy, const config_policy_rule_t
 }
 
 void utm_app_destroy_policy(config_app_policy_t *policy) {
+    // Nothing is released here: the profile that goes resets each of its devices anyway.
     for (config_policy_app_t &rule : rules_of(policy))
         free_rule(&rule);
     if (policy->profile != nullptr)

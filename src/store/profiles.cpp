@@ -11,11 +11,12 @@
 
 namespace {
 
-/// Bytes of the device list string that are allocated for a device, and those that it fills.
+/// Bytes of the device list string that are allocated for a device, and those that it fills. The
+/// last device's spare byte holds the NUL.
 constexpr size_t device_piece_size = 14;
 constexpr size_t device_piece_length = 13;
 
-/// Appends a new profile unless its id is taken.
+/// Appends a new profile unless its id is taken. Any id is good, 0 and negative ones too.
 bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     if (utm_app_find_profile(profile->user_profile_id) != nullptr)
@@ -52,6 +53,8 @@ int32_t utm_app_create_profile(int32_t profile_id) {
         utm_app_debug_log("Create profile %d failed because malloc failed\n", profile_id);
         return -1;
     }
+    // An id that is taken leaves the profile of that id as it is, and is reported as a success: a
+    // front end sends everything again after a restart, of its own too.
     if (append_profile(profile.get()))
         profile.release();
     utm_app_debug_log("Create profile %d success\n", profile_id);
@@ -71,6 +74,7 @@ int32_t utm_app_add_weekday_limits(int32_t profile_id) {
         if (entry == nullptr) {
             utm_app_debug_log("Add weekday to profile %d failed because malloc failed\n",
                               profile_id);
+            // The day is left out and takes no limit of its own; the others hold.
             result = -1;
             continue;
         }
@@ -84,6 +88,7 @@ int32_t utm_app_add_weekday_limits(int32_t profile_id) {
 void utm_app_destroy_profile(config_user_profile_t *profile) {
     free(profile->device_list_string);
     profile->device_list_string = nullptr;
+    // The policy goes with its profile: there is no operation that unbinds one.
     if (profile->app_policy != nullptr)
         utm_app_destroy_policy(profile->app_policy);
     utm_app_release_profile(profile);
@@ -153,6 +158,7 @@ int32_t utm_app_delete_device(int32_t profile_id, const uint8_t *mac) {
     if (device == nullptr) {
         utm_app_debug_log("Del dev %s from profile %d failed because cannot find dev\n",
                           mac_text(mac).text, profile_id);
+        // The log says failed, the client hears success: the device is not there, as it wished.
         return 0;
     }
     list_unlink(&device->link);
@@ -198,6 +204,7 @@ void utm_app_rebuild_device_list_string(config_user_profile_t *profile) {
         utm_app_debug_log("Update device list string failed because malloc failed\n");
         return;
     }
+    // The old text stays until the new one is whole.
     char *end = text;
     for (const config_device_t &device : devices_of(profile)) {
         snprintf(end, device_piece_size, "%s ", mac_digits(device.mac).text);

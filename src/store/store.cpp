@@ -6,6 +6,7 @@
 
 utm_mutex_t utm_app_config_mutex;
 
+// Zero until `utm_app_store_init`: a list is not even empty before it points at itself.
 config_list_node_t utm_app_config_user_profile_list;
 config_list_node_t utm_app_config_app_policy_list;
 config_list_node_t utm_app_config_global_app_stat_list;
@@ -40,6 +41,7 @@ config_app_policy_t *utm_app_find_policy(int32_t policy_id) {
     return nullptr;
 }
 
+// An address is compared in full and found in this profile alone: two people may share a device.
 config_device_t *utm_app_find_device(config_user_profile_t *profile, const uint8_t *mac) {
     if (profile == nullptr)
         return nullptr;
@@ -70,6 +72,7 @@ config_policy_app_t *utm_app_find_policy_app(config_app_policy_t *policy, int32_
 void utm_app_link_policy_to_usage(config_user_profile_t *profile) {
     if (profile->app_policy == nullptr)
         return;
+    // All links anew, since either list may have lost records: one that survived would be followed.
     for (config_app_usage_t &usage : apps_of(profile))
         usage.policy_app = nullptr;
     for (config_policy_app_t &rule : rules_of(profile->app_policy)) {
@@ -81,6 +84,7 @@ void utm_app_link_policy_to_usage(config_user_profile_t *profile) {
 
 void utm_app_free_app_usage(config_user_profile_t *profile) {
     for (config_app_usage_t &usage : apps_of(profile)) {
+        // The rule outlives the record when an import replaces a profile's figures.
         if (usage.policy_app != nullptr)
             usage.policy_app->app_usage = nullptr;
         list_unlink(&usage.link);

@@ -33,6 +33,7 @@ counted_usage_t utm_app_count_minutes(config_list_node_t *list, int32_t *count, 
         return {};
     usage->app_id = app_id;
     usage->daily_used = minutes;
+    // At the front: the order shows in the usage file, in the dump and in replies.
     list_push_front(list, &usage->link);
     *count += 1;
     if (index != nullptr)

@@ -8,18 +8,21 @@
 
 namespace {
 
+/// Minutes of one bonus. Bonuses add up without a bound, so this only stops slips of the hand.
 constexpr int32_t extend_max = 360;
 
 bool is_daily_limit(int32_t minutes) {
     return minutes >= 1 && minutes <= minutes_per_day;
 }
 
+/// An entry that has this limit already changes nothing, not even today's limit.
 void set_weekday(config_user_profile_t *profile, int32_t weekday,
                  int32_t minutes) UTM_STORE_LOCKED {
     for (config_weekday_limit_t &entry : weekdays_of(profile)) {
         if (entry.day != weekday || entry.limit == minutes)
             continue;
         entry.limit = minutes;
+        // Only today's entry decides anything before midnight.
         if (weekday != utm_app_current_weekday())
             continue;
         profile->daily_limit = minutes;
@@ -46,6 +49,8 @@ int32_t with_profile(int32_t profile_id, Act act, Miss miss = say_nothing)
     return 0;
 }
 
+/// Reads one figure of a profile. Most getters say nothing of a profile that is missing; the texts
+/// of those that do are different.
 template <typename Miss = void (*)()>
 int32_t read_figure(int32_t profile_id, int32_t config_user_profile_t::*figure, int32_t *value,
                     Miss miss = say_nothing) UTM_EXCLUDES(utm_app_config_mutex) {
@@ -55,6 +60,7 @@ int32_t read_figure(int32_t profile_id, int32_t config_user_profile_t::*figure, 
         miss);
 }
 
+/// A limit for every day overwrites all weekdays', also when it is today's limit already.
 void set_every_day(config_user_profile_t *profile, int32_t minutes) UTM_STORE_LOCKED {
     if (profile->daily_limit != minutes) {
         profile->daily_limit = minutes;
@@ -72,6 +78,7 @@ int32_t utm_app_set_daily_limit_enable(int32_t profile_id, int32_t enable) {
         return -1;
     }
     return with_profile(profile_id, [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+        // The network is touched on a change alone; the line is written in any case.
         if (profile->daily_limit_enable != enable) {
             profile->daily_limit_enable = enable;
             utm_app_enforce_changed_enable(profile);
@@ -105,6 +112,7 @@ int32_t utm_app_get_daily_limit(int32_t profile_id, int32_t *minutes) {
 }
 
 int32_t utm_app_set_weekday_daily_limit(int32_t profile_id, int32_t weekday, int32_t minutes) {
+    // The minutes come first: a request with two errors is logged with this one.
     if (!is_daily_limit(minutes)) {
         utm_app_debug_log("Set weekday daily limit %d for profile %d failed because range error\n",
                           minutes, profile_id);
@@ -133,6 +141,7 @@ config_weekday_pair_t *utm_app_get_weekday_daily_limit(int32_t profile_id) {
                           profile_id);
         return nullptr;
     }
+    // Zeros stand where memory was short for an entry: the reply always has seven rows.
     int32_t filled = 0;
     for (const config_weekday_limit_t &entry : weekdays_of(profile)) {
         if (filled == days_per_week)
@@ -166,6 +175,7 @@ int32_t utm_app_reset_extend(int32_t profile_id) {
     return with_profile(
         profile_id,
         [=](config_user_profile_t *profile) UTM_STORE_LOCKED {
+            // Whoever has already used the bonus is blocked at once.
             profile->daily_extend = 0;
             utm_app_enforce_moved_budget(profile);
             utm_app_debug_log("Reset profile %d , now %d\n", profile_id, profile->daily_extend);

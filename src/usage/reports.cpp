@@ -40,6 +40,8 @@ int32_t minutes_in_period(const config_app_usage_t &usage, int32_t period,
     return period == 0 ? usage.daily_used : day_ring_at(usage, period);
 }
 
+/// Copies a profile's figures, in list order. A profile without any has one row of zeros, so that
+/// its list is told from that of a profile that is missing.
 config_app_minutes_t *copy_app_usage(int32_t profile_id, int32_t period, int32_t weekday,
                                      int32_t *count) UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
@@ -63,6 +65,8 @@ config_app_minutes_t *copy_app_usage(int32_t profile_id, int32_t period, int32_t
     return pairs;
 }
 
+/// Counted rather than read from `app_count`, which an import may leave higher than the list is
+/// long.
 int32_t count_apps(config_user_profile_t *profile) UTM_STORE_LOCKED {
     int32_t count = 0;
     for ([[maybe_unused]] const config_app_usage_t &usage : apps_of(profile))

@@ -15,6 +15,7 @@ struct boundary_t {
     bool month;
 };
 
+/// A month counts only where a week ends too: front ends show a month as whole weeks.
 boundary_t boundary_between(time_t last, time_t now) {
     const bool week = utm_app_is_week_changed(last, now) != 0;
     return {week, week && utm_app_is_month_changed(last, now) != 0};
@@ -62,6 +63,7 @@ void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) {
     if (utm_app_is_day_changed(last, now) == 0)
         return;
     const boundary_t boundary = boundary_between(last, now);
+    // First the network, then the figures, last the blocks: the order of the events is visible.
     utm_app_announce_new_day(*profile);
     profile->daily_extend = 0;
     take_weekday_limit(profile);

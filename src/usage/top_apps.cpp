@@ -6,6 +6,7 @@
 #include "usage/accounting.h"
 
 int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes, app_index_t *index) {
+    // A record that memory is short for is no reason to give up the other figures.
     static_cast<void>(utm_app_count_minutes(&utm_app_config_global_app_stat_list,
                                             &utm_app_config_global_app_stat_list_count, app_id,
                                             minutes, index));
@@ -38,6 +39,7 @@ config_app_minutes_t *copy_top_apps(int32_t *count) UTM_EXCLUDES(utm_app_config_
 } // namespace
 
 config_app_minutes_t *utm_app_get_top_apps(int32_t *count) {
+    // Sorted after the store is free again: the copy is nobody else's, and a tick may be waiting.
     config_app_minutes_t *apps = copy_top_apps(count);
     if (apps != nullptr)
         qsort(apps, static_cast<size_t>(*count), sizeof(*apps),
