@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
-/// 1 while the main loop is to go on; SIGINT clears it.
+/// 1 while the main loop runs; SIGINT clears it.
 extern std::atomic<int> running;
 
 /// The handler of SIGINT and SIGPIPE; any other number does nothing. It runs on whichever thread
@@ -12,9 +12,9 @@ extern std::atomic<int> running;
 /// control-socket thread is ended SIGPIPE does nothing either.
 void signal_handler(int signo);
 
-/// Makes sure of the descriptors that the starter left: 0 to 2 are open, so that no socket takes
-/// their place only to be replaced by the null device, and any other stays out of the programs that
-/// the daemon starts.
+/// Settles the inherited descriptors: opens 0 to 2 where they are closed, so that no socket takes
+/// their place and is replaced by the null device later, and keeps all others from the programs
+/// that the daemon starts.
 void utm_app_settle_descriptors();
 
 /// Installs `signal_handler` for SIGINT and SIGPIPE. Failures are ignored.

@@ -33,12 +33,12 @@ struct sim_answer {
     std::vector<utm_app_config_reply> replies = {}; ///< the whole replies among them
 };
 
-/// @return a descriptor connected to the daemon, or to whoever listens at a path; the caller
-/// closes it. -1 where nobody listens.
+/// @return a descriptor connected to the daemon, or to what listens at a path; the caller
+/// closes it. -1 when nobody listens.
 int sim_connect(const std::string &path = UTM_APP_CONFIG_SOCKET_PATH);
 
-/// @return a socket that listens at a path, whatever was there before, and accepts nobody; the
-/// caller closes it. -1 when that failed.
+/// @return a socket that listens at a path, replacing what was there, and accepts nobody; the
+/// caller closes it. -1 on failure.
 int sim_listen(const std::string &path, int backlog);
 
 /// Sends everything in one write, without a SIGPIPE.

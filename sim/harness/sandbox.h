@@ -16,8 +16,8 @@
 /// Chooses the way by hand: "mounts" or "redirection".
 inline constexpr char SIM_SANDBOX_VARIABLE[] = "UTM_SANDBOX";
 
-/// Enters the sandbox. Call it first in `main`: it may start the program anew, and the process must
-/// have no threads. Where no way is open, it says why and ends the program with status 1.
+/// Enters the sandbox. Call it first in `main`: it may start the program again, and the process
+/// must have no threads. If neither way works, it says why and ends the program with status 1.
 ///
 /// @param arguments  `main`'s
 /// @param keep       existing files and folders that stay reachable at their own paths, such as the

@@ -7,7 +7,7 @@
 /// @return whether this process has been started by `sim_enter_redirection`
 bool sim_is_redirected();
 
-/// Starts the calling program anew, with its paths redirected into a private folder. The calling
+/// Starts the calling program again, with its paths redirected into a private folder. The calling
 /// process stays behind. When the new one has ended, it ends what that has left running, removes
 /// the folder, and ends as the new one did.
 ///

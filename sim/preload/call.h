@@ -6,7 +6,7 @@
 /// Gives a call of this library to programs that it is preloaded into.
 #define SIM_EXPORTED __attribute__((visibility("default")))
 
-/// @return the next definition of a call behind this library's own, which a sanitizer may hold
+/// @return the next definition of a call after this library's own, which a sanitizer may hold
 template <class Function>
 Function sim_next(const char *name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));

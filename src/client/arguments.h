@@ -20,12 +20,12 @@ struct ctl_bounds {
 [[nodiscard]] ctl_bounds ctl_bounds_of(const char *synopsis);
 
 /// Reads operands into a request, each as its word in the verb's synopsis says: ID and POLICY are
-/// numbers, which stand in arg0 or, as the second operand, in arg1, as on|off and DAY do; MINUTES
-/// stand where the verb says; PATH is an overlay. Operands of other words are the verb's to read.
+/// numbers, which go to arg0 or, as the second operand, to arg1, as on|off and DAY do; MINUTES
+/// go where the verb says; PATH is an overlay. The verb itself reads operands of other words.
 [[nodiscard]] bool ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operands,
                                      utm_app_config_cmd *request);
 
-/// Reads a number in the daemon's 32 bits.
+/// Reads a number of 32 bits, as the daemon has them.
 /// @param what  what it is, for the complaint: "a profile's number"
 [[nodiscard]] bool ctl_read_number(const char *text, const char *what, int32_t *number);
 

@@ -10,17 +10,17 @@
 
 #include <cstdint>
 
-/// Entries of a list that are taken: a thousand times what a family uses. A server that never ends
-/// its list must not fill the memory.
+/// Most entries of a list, a thousand times what a family uses: a server that never ends its list
+/// must not fill the memory.
 inline constexpr size_t ctl_list_max = 100'000;
 
-/// Whom to ask, and for how long.
+/// The daemon's socket, and how long to wait for it.
 struct ctl_daemon {
     const char *socket_path = UTM_APP_CONFIG_SOCKET_PATH;
     int32_t timeout_s = 30; ///< for the whole of an answer
 };
 
-/// An answer that is being read. Every failure is said where it happens.
+/// An answer that is being read. Every failure is reported where it happens.
 class ctl_answer {
 public:
     /// Connects and sends the request.
@@ -43,14 +43,14 @@ private:
 };
 
 /// Asks for a single reply.
-/// @param refusal  what to say when the daemon refuses: the reasons that there are; null for a
+/// @param refusal  what to say when the daemon refuses: the possible reasons; null for a
 ///                 command that it never refuses; empty to say nothing
 /// @return CTL_DONE for status 0, CTL_REFUSED for 1 and 255, or what `ctl_answer` failed with
 [[nodiscard]] ctl_exit ctl_ask(const ctl_daemon &daemon, const utm_app_config_cmd &request,
                                utm_app_config_reply *reply, const char *refusal);
 
 /// Asks for a list. It ends at the first reply whose status is not UTM_APP_CONFIG_STATUS_DATA.
-/// @param take  called with each data reply; false ends it for want of memory
+/// @param take  called with each data reply; false ends the list: memory ran out
 /// @return as `ctl_ask`
 template <typename Take>
 [[nodiscard]] ctl_exit ctl_ask_list(const ctl_daemon &daemon, const utm_app_config_cmd &request,

@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-/// Read when no other file is named, if it is there.
+/// The default file, which need not exist.
 inline constexpr char ctl_names_path[] = "/etc/utm_appd/apps";
 
 /// A name's room, its NUL included; longer ones are cut.
@@ -25,8 +25,8 @@ using ctl_app_names = ctl_vector<ctl_app_name>;
 
 /// Reads a file of names.
 /// @param path  null: `ctl_names_path`, which need not exist
-/// @return CTL_DONE, or what to end with; said why. One that was not named and
-///         cannot be opened is told and left out
+/// @return CTL_DONE, or the status to end with, after a message. A default file
+///         that cannot be opened is reported and skipped
 [[nodiscard]] ctl_exit ctl_read_names(const char *path, ctl_app_names *names);
 
 /// @return the application's name, or null

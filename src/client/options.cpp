@@ -113,7 +113,7 @@ ctl_exit unknown_option(const char *word, int value) {
 }
 
 /// The older spelling of --days and --weeks, "--history weeks". The word may be missing, so the
-/// library does not look for it behind a blank.
+/// library does not look for it after a blank.
 bool is_history_unit(const char *text) {
     return strcmp(text, "days") == 0 || strcmp(text, "weeks") == 0;
 }

@@ -1,6 +1,6 @@
 #pragma once
-/// The command line's options: one table for parsing, for help, and for telling which verb takes
-/// what.
+/// The command line's options: one table for parsing, for help, and for the options that a verb
+/// takes.
 
 #include "client/connection.h"
 #include "client/vector.h"
@@ -26,7 +26,7 @@ enum ctl_option : unsigned {
     CTL_OPTION_WEEKS = 1U << 13,
 };
 
-/// Those that ask for one period; one at a time.
+/// Those that ask for a period; only one may be given.
 inline constexpr unsigned ctl_period_options = CTL_OPTION_DAY | CTL_OPTION_WEEK | CTL_OPTION_MONTH;
 
 /// What every verb takes.
@@ -46,10 +46,10 @@ struct ctl_options {
 };
 
 /// Takes a command line apart. Options may stand anywhere before "--".
-/// @return CTL_DONE, or CTL_USAGE; said why
+/// @return CTL_DONE, or CTL_USAGE after a message
 [[nodiscard]] ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options);
 
-/// @return whether the options can be combined, and none lacks another that it needs; said, if not
+/// @return whether the options can be combined and none lacks one that it needs; if not, said why
 [[nodiscard]] bool ctl_options_agree(const ctl_options &options);
 
 /// @return the name, such as "json", of one of `bits`; the lowest counts

@@ -45,7 +45,7 @@ void ctl_add_minutes(ctl_table *table, const char *name, int64_t minutes);
 void ctl_add_heading(ctl_table *table, const char *first);
 
 /// Prints the table on standard output.
-/// @return CTL_DONE, or CTL_BROKEN when memory ran out; said
+/// @return CTL_DONE, or CTL_BROKEN, after a message, when memory ran out
 [[nodiscard]] ctl_exit ctl_print(const ctl_table &table);
 
 /// A bar of a chart: the oldest first, a line each.
@@ -60,15 +60,15 @@ using ctl_bars = ctl_vector<ctl_bar>;
 /// How a chart is drawn.
 struct ctl_style {
     bool utf8;   ///< eighths of a block; else number signs
-    bool colour; ///< on a terminal, where nobody asked to leave it out
-    int columns; ///< of the terminal; 80 where there is none
+    bool colour; ///< on a terminal, unless the environment asks for none
+    int columns; ///< of the terminal; 80 without one
 };
 
-/// Finds out what standard output takes. The locale must be set.
+/// Finds out how standard output can show a chart. The locale must be set.
 /// @param ascii  plain ASCII, whatever the locale
 [[nodiscard]] ctl_style ctl_style_of_output(bool ascii);
 
-/// Prints the bars on standard output, the longest as wide as the line has room.
+/// Prints the bars on standard output; the longest fills its line.
 void ctl_print_bars(const ctl_bars &bars, const ctl_style &style);
 
 /// Builds one JSON object. When memory runs out it notes that, and printing fails. The names of

@@ -14,7 +14,7 @@ constexpr int plot_left = 54;
 constexpr int plot_top = 8;
 constexpr int plot_base = 118;
 constexpr int marks_base = 133;
-/// Lines at the most, the base not counted.
+/// Most lines of a scale, without its base.
 constexpr int grid_lines = 4;
 
 /// @return how much of `size` a part of a whole takes
@@ -65,7 +65,7 @@ void put_day(FILE *page, const ctl_day_bar &day, double left, double width, int6
                 is_current ? "end" : "middle", day.mark.text);
 }
 
-/// @return what stands for a character that means something else on a page, or null
+/// @return the entity for a character that has a meaning in HTML, or null
 const char *entity_of(char character) {
     switch (character) {
     case '&':

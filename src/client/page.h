@@ -1,7 +1,7 @@
 #pragma once
 /// The parts that a page is made of: text, bars and a chart, as HTML with SVG inside.
 ///
-/// Nothing here checks whether writing succeeds; the stream remembers, and who owns it asks.
+/// Nothing here checks whether writing succeeds: the stream remembers, and its owner checks it.
 
 #include "client/text.h"
 
@@ -15,7 +15,7 @@ void ctl_put_text(FILE *page, const char *text);
 /// Writes an element such as `<td title="90 min">1h30m</td>`.
 void ctl_put_minutes(FILE *page, const char *element, int64_t minutes);
 
-/// Writes everything in front of the page's content, and everything behind it.
+/// Write everything before the page's content, and everything after it.
 void ctl_begin_page(FILE *page, const char *title);
 void ctl_end_page(FILE *page);
 
@@ -31,7 +31,7 @@ void ctl_put_bar(FILE *page, int64_t minutes, int64_t longest);
 struct ctl_day_bar {
     int64_t minutes;
     ctl_day_text name; ///< "Wed 4 Mar", for the tooltip
-    ctl_day_text mark; ///< "4 Mar", written beneath; empty for none
+    ctl_day_text mark; ///< "4 Mar", written below; may be empty
 };
 
 /// Writes a bar chart of days, at least one; the last of them is the current one.

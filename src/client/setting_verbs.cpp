@@ -114,7 +114,7 @@ ctl_exit ctl_weekday_show(const ctl_call &call) {
     const ctl_exit status =
         ctl_ask_list(call.options.daemon, call.request, call.verb.refusal,
                      [&limits](const utm_app_config_reply &reply) {
-                         // A server that sends more days than a week has is no daemon of ours.
+                         // More days than a week has: the server is not the daemon.
                          return limits.size() < size_t{days_per_week} &&
                                 limits.add({reply.weekday_day, reply.weekday_limit});
                      });

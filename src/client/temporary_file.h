@@ -1,6 +1,6 @@
 #pragma once
-/// A file that the daemon writes for us and that nobody else may read: it tells what a family does
-/// all day.
+/// A file that the daemon writes for the client and that nobody else may read: it shows what a
+/// family does all day.
 
 #include "client/message.h"
 
@@ -14,7 +14,7 @@ public:
     ctl_temporary_file &operator=(const ctl_temporary_file &) = delete;
 
     /// Makes the folder in TMPDIR, or in /tmp, and the file in it, empty.
-    /// @return CTL_DONE, or CTL_BROKEN; said why
+    /// @return CTL_DONE, or CTL_BROKEN after a message
     [[nodiscard]] ctl_exit make();
 
     /// @return the file's path, short enough for a request

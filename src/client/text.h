@@ -25,8 +25,8 @@ struct ctl_time_text {
 /// @return "1h30m", "2h", "45m", "0m"
 ctl_time_text ctl_time_of(int64_t minutes);
 
-/// Reads "90", "90m", "2h" or "1h30m". Whether so many minutes make sense is the daemon's to say;
-/// behind hours there are at most 59.
+/// Reads "90", "90m", "2h" or "1h30m". The daemon decides whether the number makes sense;
+/// after hours there are at most 59.
 /// @param minutes  out: 0 to INT32_MAX, untouched on failure
 [[nodiscard]] bool ctl_parse_minutes(const char *text, int32_t *minutes);
 
@@ -35,7 +35,7 @@ struct ctl_day_text {
     char text[64];
 };
 
-/// @return the local day that lies so many days before a time, about noon: there no change of the
+/// @return the local day that many days before a time, about noon: there no change of the
 ///         clocks leads to another day. For 0 days it is the time itself
 tm ctl_local_day(int64_t time, int days_ago);
 

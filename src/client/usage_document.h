@@ -13,8 +13,8 @@
 
 /// Days of history that a profile has: today and the thirty before.
 inline constexpr int ctl_history_days = day_ring_days + 1;
-/// Profiles and devices that are kept; of more there is only the number. A household has a few,
-/// but three million fit in a file, and a page of them in no router.
+/// Most profiles and devices that are kept; further ones are only counted. A household has a few,
+/// but a file has room for three million, and no router has the memory for a page of them.
 inline constexpr size_t ctl_profiles_max = 100;
 inline constexpr size_t ctl_devices_max = 32;
 /// A limit of a whole day means no limit.
@@ -68,7 +68,7 @@ struct ctl_usage_document {
     ctl_vector<mac_text_t> devices; ///< whatever text the file has, cut to an address's length
 };
 
-/// @return the records of a list that stand in a part of it
+/// @return the records of a part of a list
 template <typename T>
 std::span<const T> ctl_records(const ctl_vector<T> &list, ctl_part part) {
     return {list.begin() + part.first, part.count};
@@ -77,6 +77,5 @@ std::span<const T> ctl_records(const ctl_vector<T> &list, ctl_part part) {
 /// Reads a usage file.
 /// @param document  out: empty before
 /// @return CTL_DONE; CTL_USAGE when it cannot be read or is not a usage file; CTL_BROKEN when
-/// memory
-///         ran out; said why
+///         memory ran out; the last two after a message
 [[nodiscard]] ctl_exit ctl_read_usage_document(const char *path, ctl_usage_document *document);

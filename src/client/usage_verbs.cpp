@@ -21,8 +21,8 @@ struct standing {
     int64_t left() const { return std::max<int64_t>(0, limit + extend - used.daily); }
 };
 
-/// Asks four times: the protocol has a command for each figure. Between them time may pass, so the
-/// figures can be a minute apart.
+/// Asks four times, since the protocol has a command for each figure. Time may pass in between, so
+/// the figures can be a minute apart.
 ctl_exit read_standing(const ctl_call &call, standing *of) {
     utm_app_config_reply used = {};
     utm_app_config_reply limit = {};

@@ -12,18 +12,18 @@
 
 struct ctl_call;
 
-/// Sends the call's request, which only succeeds or fails: all that most verbs have to do.
+/// Sends the call's request, which only succeeds or fails. Most verbs do no more.
 [[nodiscard]] ctl_exit ctl_send(const ctl_call &call);
 
-/// A verb. What a row does not name stays as it is here.
+/// A verb. A row names what differs from these defaults.
 struct ctl_verb {
     const char *group = nullptr;   ///< what it is about, at a group's first verb
     const char *noun = nullptr;    ///< the first word
-    const char *word = nullptr;    ///< the second word; null when the noun is all
+    const char *word = nullptr;    ///< the second word; null when there is only a noun
     const char *synopsis = "";     ///< the operands; see `ctl_read_operands`
     const char *help = nullptr;    ///< one line, without a full stop
     unsigned options = 0;          ///< bits of `ctl_option`, besides the common ones
-    const char *refusal = nullptr; ///< what it means when the daemon refuses; null: it never does
+    const char *refusal = nullptr; ///< why the daemon may refuse; null: it never does
     uint8_t type = 0;              ///< the request's command
     bool enable = false;           ///< the request's enable flag
     /// Where MINUTES stand in the request.
@@ -36,7 +36,7 @@ struct ctl_verb {
 /// @return all verbs, those of one noun side by side, in the order of the help
 std::span<const ctl_verb> ctl_verbs();
 
-/// What a verb gets to work with.
+/// One call of a verb.
 struct ctl_call {
     const ctl_verb &verb;
     const ctl_options &options;

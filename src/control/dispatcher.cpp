@@ -192,7 +192,7 @@ bool says_loaded(FILE *pipe) {
 }
 
 /// Loads an application signature into the DPI engine. No lock is held while the shell runs. The
-/// path goes to the system's shell as it stands: whoever may use the socket may run programs.
+/// path goes to the system's shell unchanged: anybody who may use the socket may run programs.
 void load_signature(int fd, const cmd_t &cmd, reply_t &reply) {
     utm_app_debug_log("UTM_APP_CONFIG_LOAD_SIGNATURE\n");
     char line[128] = {};
@@ -237,7 +237,7 @@ int32_t export_statistics(const cmd_t &cmd, reply_t &) {
     return utm_app_export_statistics_to(utm_app_config_path(cmd).text);
 }
 
-/// One command: its number, and the operation behind it. `run` answers with one reply whose status
+/// One command: its number and its operation. `run` answers with one reply whose status
 /// tells 0 from any other result; `serve` writes replies of its own.
 struct command_t {
     utm_app_config_cmd_type type;

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The notification's first argument: its meaning is the library's, and it is always this.
+/// The notification's first argument, always this; the library defines what it means.
 constexpr int notify_feature = 1;
 
 void switch_on() UTM_STORE_LOCKED {

@@ -1,9 +1,9 @@
 #pragma once
-/// Replies on their way to a client.
+/// Sending replies to a client.
 ///
 /// The socket's send timeout bounds the wait for a client that does not read; one that has gone
-/// costs a line in the log (SIGPIPE). The replies of a list are gathered into blocks, because a
-/// call for each of hundreds of replies costs many times what making them does.
+/// costs a line in the log (SIGPIPE). The replies of a list are gathered into blocks: a call for
+/// each of hundreds of replies costs many times what making the replies does.
 
 #include "format/protocol.h"
 
@@ -41,8 +41,8 @@ void utm_app_reply_end(reply_block_t *block);
 
 // ---- The end -------------------------------------------------------------------------------
 //
-// Whether the control-socket thread is being ended is known here, since the replies are what it
-// may be held up by. The socket's loop and the daemon's signal handler ask for it.
+// The one flag that says that the control-socket thread is being ended. It stands here because a
+// reply may hold the thread up; the socket's loop and the daemon's signal handler ask for it.
 
 /// Lets replies wait for their clients again, as they do at the start.
 void utm_app_reply_allow_waiting();

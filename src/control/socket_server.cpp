@@ -37,7 +37,7 @@ struct config_conn {
 };
 
 /// Binds to a path. The address's length covers the family, the path, its NUL and one byte more,
-/// which the kernel ignores behind the NUL.
+/// which the kernel ignores after the NUL.
 /// @return 0, or -1 with `errno` set, also for a path that does not fit into an address
 int bind_path(int fd, const char *path) {
     sockaddr_un address = {};

@@ -1,5 +1,5 @@
 #pragma once
-/// json-c with an owner, and with arrays that are what they should be.
+/// json-c with an owner, and arrays that are checked to be arrays.
 
 #include <cstdint>
 #include <json-c/json.h>
@@ -15,11 +15,11 @@ using json_ptr = std::unique_ptr<json_object, json_release>;
 /// Finds a member that must be an array: json-c's array functions assert on any other type, so
 /// every array that comes from outside passes through here.
 /// @param object  any value, also null
-/// @return the array, borrowed from the object; null when there is no such member or it is none
+/// @return the array, borrowed from the object; null when it is missing or no array
 [[nodiscard]] json_object *json_array_member(json_object *object, const char *key);
 
-/// Reads a value as json-c converts it: a numeric string gives its number, what is no number 0.
-/// That includes the NaN that json-c's parser takes, whose conversion differs between processors.
+/// Reads a value as json-c converts it: a numeric string gives its number, anything else gives 0.
+/// So does the NaN that json-c's parser accepts, whose conversion differs between processors.
 /// @param value  any value, also null
 [[nodiscard]] int32_t json_int(json_object *value);
 

@@ -31,7 +31,7 @@ mac_digits_t mac_digits(const uint8_t *mac) {
 
 bool mac_parse(const char *text, uint8_t *mac) {
     constexpr int digits = 2 * mac_bytes;
-    // The first group decides how long all are, and the character behind it what separates them.
+    // The first group decides how long all are, and the character after it what separates them.
     int group = 0;
     while (group < digits && digit_value(text[group]) >= 0)
         ++group;

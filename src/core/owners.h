@@ -1,5 +1,5 @@
 #pragma once
-/// Owners of what C gives out: heap blocks, descriptors, streams. Each gives its thing back at the
+/// Owners of what C hands out: heap blocks, descriptors, streams. Each releases it at the
 /// end of the block, so that every function may return early.
 
 #include <cstddef>
@@ -60,5 +60,5 @@ struct pipe_close {
     void operator()(FILE *pipe) const { pclose(pipe); }
 };
 
-/// Owns a pipe of `popen`; letting it go reaps the program behind it.
+/// Owns a pipe of `popen`; closing it reaps the program at its other end.
 using pipe_ptr = std::unique_ptr<FILE, pipe_close>;

@@ -23,7 +23,7 @@ bool is_writable(const struct stat &status) {
 constexpr size_t first_room = 4096;
 
 /// Doubles what is allocated, so that even a long document is moved a few times only.
-/// @return room for so many bytes more, null when there is none
+/// @return room for `size` more bytes, or null when memory ran out
 char *room_for(usage_text_t *text, size_t size) {
     if (text->has_failed)
         return nullptr;

@@ -40,7 +40,7 @@
 /// The daemon's own file. The folder is the router's to provide.
 inline constexpr char usage_file_path[] = "/tmp/ApplicationData/app_usage.json";
 
-/// Bytes that an import reads at the most; 10,000 applications take about three million.
+/// Largest file that an import reads, bytes; 10,000 applications take about three million.
 inline constexpr int64_t usage_file_size_limit = 64 * 1024 * 1024;
 
 namespace usage_key {
@@ -168,19 +168,19 @@ void usage_add_weekday(usage_profile_t *profile, int32_t day, int32_t limit);
 /// @return whether the document says when it was written
 bool usage_read_time(json_object *root, int32_t *timestamp);
 
-/// The lists, borrowed from the element; null where there is none.
+/// The lists, borrowed from the element; null where a list is missing.
 [[nodiscard]] json_object *usage_profiles_of(json_object *root);
 [[nodiscard]] json_object *usage_router_apps_of(json_object *root);
 [[nodiscard]] json_object *usage_apps_of(json_object *profile);
 [[nodiscard]] json_object *usage_devices_of(json_object *profile);
 [[nodiscard]] json_object *usage_rules_of(json_object *profile);
 
-/// @return whether the element has a list of applications, be it of another type
+/// @return whether the element has the key of its applications, whatever type the value has
 [[nodiscard]] bool usage_has_apps(json_object *profile);
 
-/// The readers take any value. Figures are what json-c makes of a value, 0 where there is none.
+/// The readers take any value. json-c converts each figure; a missing one is 0.
 ///
-/// @return false for an element that is no profile, for want of an id
+/// @return false for an element without an id, which is no profile
 [[nodiscard]] bool usage_read_profile(json_object *element, usage_profile_t *profile);
 
 /// An index outside the ring is reduced into it rather than refused: the element's counters are as

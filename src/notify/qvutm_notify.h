@@ -35,7 +35,7 @@ extern "C" {
 int send_utm_notify_event(const utm_notify_event_t *event);
 
 /// Announces that the feature was switched.
-/// @param feature  always 1, its meaning is the library's
+/// @param feature  always 1; the library defines what it means
 /// @param status   1 switched on, 0 switched off
 int send_utm_notify_event_status_changed(int feature, int status);
 }

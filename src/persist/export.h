@@ -29,6 +29,6 @@ extern utm_mutex_t utm_app_export_import_mutex;
 int32_t utm_app_export_statistics(const char *path, int32_t force)
     UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex);
 
-/// The same without force: what the front end and the clock ask for.
+/// The same without force, for the front end's command and the periodic export.
 int32_t utm_app_export_statistics_to(const char *path)
     UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex);

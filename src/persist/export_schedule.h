@@ -7,7 +7,7 @@
 #include <cstdint>
 
 /// Guards the interval. (`last_export_statistics_ts` is written with the usage file's lock held
-/// and read without one: a stale value moves an export by one tick at the most.)
+/// and read without one: a stale value moves an export by at most one tick.)
 extern utm_rwlock_t utm_export_interval_rwlock;
 
 /// Minutes between periodic exports, 1 or more.

@@ -10,15 +10,15 @@
 
 #include <cstdint>
 
-/// @return whether the application has used up the rule's limit today. Whether the rule is a limit
-///         is the caller's question
+/// @return whether the application has used up the rule's limit today. The caller checks that the
+///         rule is a limit
 [[nodiscard]] bool utm_app_rule_is_used_up(const config_policy_app_t &rule) UTM_STORE_LOCKED;
 
 /// @return a profile's budget for today: its limit and its bonus, in minutes
 [[nodiscard]] int32_t utm_app_budget_of(const config_user_profile_t &profile) UTM_STORE_LOCKED;
 
-/// @return whether the profile has used up its budget. Whether the limit is enabled is the
-///         caller's question
+/// @return whether the profile has used up its budget. The caller checks that the limit is
+///         enabled
 [[nodiscard]] bool utm_app_budget_is_used_up(const config_user_profile_t &profile) UTM_STORE_LOCKED;
 
 // ---- A profile as a whole ------------------------------------------------------------------
@@ -34,8 +34,8 @@ void utm_app_enforce_moved_budget(config_user_profile_t *profile) UTM_STORE_LOCK
 void utm_app_enforce_changed_enable(config_user_profile_t *profile) UTM_STORE_LOCKED;
 
 /// Announces a profile with devices unblocked at the start of a day, whatever its flag says, so
-/// that a router that has lost count is put right every midnight. Whether or not the feature is
-/// active.
+/// that a router that has lost count is corrected every midnight. Done whether or not the feature
+/// is active.
 void utm_app_announce_new_day(const config_user_profile_t &profile) UTM_STORE_LOCKED;
 
 /// Releases what the old day's limits blocked, the profile and its applications, whether or not

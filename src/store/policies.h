@@ -2,7 +2,7 @@
 /// Application policies: lists of rules that limit or block single applications, each bound to at
 /// most one profile.
 ///
-/// A policy is created unbound, bound once, and destroyed with its profile; there is no unbinding.
+/// A policy is created unbound, bound once, and destroyed with its profile; it is never unbound.
 /// Operations return 0 or -1 unless they say otherwise and report their outcome as one log line.
 
 #include "store/store.h"
@@ -10,7 +10,7 @@
 #include <cstdint>
 
 /// Creates an empty, unbound policy.
-/// @param policy_id  1 or more (profile ids know no such bound)
+/// @param policy_id  1 or more (profile ids have no such bound)
 /// @return the id, or -1 when it is below 1 or taken, or memory runs out
 [[nodiscard]] int32_t utm_app_create_policy(int32_t policy_id) UTM_EXCLUDES(utm_app_config_mutex);
 

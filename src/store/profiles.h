@@ -21,7 +21,7 @@
 /// @return always 0
 int32_t utm_app_delete_profile(int32_t profile_id) UTM_EXCLUDES(utm_app_config_mutex);
 
-/// Destroys every profile, in list order: the daemon's end releases every device.
+/// Destroys every profile, in list order, so that the daemon's end releases every device.
 /// @return always 0
 int32_t utm_app_flush_profiles() UTM_EXCLUDES(utm_app_config_mutex);
 

@@ -18,8 +18,8 @@ pipe_ptr start_query(const char *line) {
     return pipe_ptr(popen(line, "re"));
 }
 
-/// Ends the daemon where a reply no longer fits into memory: there is no going on from an
-/// exhausted heap.
+/// Ends the daemon when a reply no longer fits into memory: it cannot continue with an exhausted
+/// heap.
 [[noreturn]] void end_for_want_of_memory(const char *format, size_t wanted, pipe_ptr pipe) {
     utm_app_debug_log(format, static_cast<int>(wanted));
     pipe.reset();
@@ -55,8 +55,8 @@ void add_global_reply(const statistics_reply_t &reply) UTM_STORE_LOCKED {
             utm_app_debug_log("Update app stat to global failed\n");
 }
 
-/// Queries one profile's devices and adds the reply up. A device list string that could not be had
-/// for want of memory is built now.
+/// Queries one profile's devices and adds the reply up. Builds a device list string for which
+/// memory was too short before.
 /// @return 0, or -1 when the query could not be made
 int32_t collect_profile(config_user_profile_t *profile, time_t now,
                         statistics_reply_t *reply) UTM_STORE_LOCKED {
@@ -119,7 +119,7 @@ int32_t utm_app_update_global_app_status() {
     statistics_reply_t reply = {};
     if (!utm_app_statistics_create(&reply)) {
         utm_app_debug_log("Update global app status failed because malloc failed\n");
-        // The pipe is left open, a known leak of the rarest of ticks.
+        // The pipe stays open: a known leak, in a tick that hardly ever happens.
         [[maybe_unused]] const FILE *left_open = pipe.release();
         return -1;
     }

@@ -33,8 +33,8 @@ void set_weekday(config_user_profile_t *profile, int32_t weekday,
 void say_nothing() {}
 
 /// Does something to a profile while the store is held.
-/// @param miss  says that there is no such profile, so that the line stands before whatever happens
-///              once the store is free again
+/// @param miss  logs that there is no such profile, so that the line comes before anything that
+///              happens once the store is free again
 /// @return 0, or -1 without the profile
 template <typename Act, typename Miss = void (*)()>
 int32_t with_profile(int32_t profile_id, Act act, Miss miss = say_nothing)

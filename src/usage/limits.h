@@ -1,5 +1,5 @@
 #pragma once
-/// A profile's limits: the setters and getters behind the front end's commands.
+/// A profile's limits: the setters and getters that the front end's commands call.
 ///
 /// A profile is blocked exactly when its daily limit is enabled and today's use has reached its
 /// budget (limit plus bonus; equality blocks). While the feature is off, setters store their value
@@ -43,7 +43,7 @@ struct config_weekday_pair_t {
     UTM_EXCLUDES(utm_app_config_mutex);
 
 /// Adds to today's bonus, which may free a blocked profile at once.
-/// @param minutes  1..360 each time; the sum has no bound but int32
+/// @param minutes  1..360 each time; only int32 bounds the sum
 [[nodiscard]] int32_t utm_app_add_extend(int32_t profile_id, int32_t minutes)
     UTM_EXCLUDES(utm_app_config_mutex);
 /// Takes today's bonus back, which may block the profile at once.

@@ -15,7 +15,7 @@
 /// Rolls one profile and its applications over and lifts what was blocked for the old day.
 ///
 /// A profile with devices is announced unblocked at once, whatever its flag says, so that a router
-/// that has lost count is put right every midnight; one that was blocked, a second time at the end.
+/// that has lost count is corrected every midnight; a blocked one is announced again at the end.
 ///
 /// @param now  seconds since the epoch; the same value for every profile of a tick
 void utm_app_profile_rollover(config_user_profile_t *profile, time_t now) UTM_STORE_LOCKED;
@@ -34,15 +34,15 @@ struct file_age_t {
 };
 
 /// A week is noticed by its weekday number going down, as everywhere: a gap of a week or more
-/// within a month, to the same or a later weekday, passes for the same week.
+/// within a month, to the same or a later weekday, counts as the same week.
 /// @param then  when the file was written, seconds since the epoch
 [[nodiscard]] file_age_t utm_app_file_age(time_t then, time_t now);
 
 /// @return today's, this week's and this month's figures, made of a file's
 [[nodiscard]] usage_counters_t utm_app_roll_forward(const usage_counters_t &read, passed_t passed);
 
-/// Rolls an application's figures forward. Its ring turns on by the days that have passed: those
-/// have no figures, and the file's own day is among them; its minutes live on in the week's and the
+/// Rolls an application's figures forward. Its ring moves on by the days that have passed, which
+/// have no figures. The file's own day is one of them; its minutes stay in the week's and the
 /// month's figure.
 /// @param age  not from the future
 void utm_app_roll_forward(usage_app_t *app, const file_age_t &age);

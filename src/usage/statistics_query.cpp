@@ -6,10 +6,10 @@ namespace {
 
 /// Room for a query's fixed text and its two numbers.
 constexpr size_t query_line_overhead = 101;
-/// Characters of a line that a NUL cuts short at the most; the text goes on with the next ones.
+/// Most characters of a line that a NUL cuts off; the text continues with the next ones.
 constexpr size_t longest_piece = 127;
-/// What is read at once. A client prints short lines by the thousand, and a call for each of them
-/// costs a fifth of what parsing them does.
+/// Bytes of one read. A client prints thousands of short lines, and a call for each of them costs a
+/// fifth of what parsing them does.
 constexpr size_t block_size = 4096;
 
 bool starts_with(const char *text, const char *prefix) {
@@ -151,7 +151,7 @@ size_t utm_app_statistics_read(statistics_reply_t *reply, FILE *pipe) {
         length += size;
     }
     char *text = reply->text.get();
-    // Rare: no client prints NULs, and a text without them is what it is.
+    // Rare: no client prints NULs, and a text without them needs no change.
     if (memchr(text, '\0', length) != nullptr)
         length = without_nuls(text, length);
     text[length] = '\0';

@@ -23,7 +23,7 @@
 #include <ctime>
 #include <iterator>
 
-/// Both ends of a query's interval lag the clock by so many seconds: the service has finished
+/// Seconds by which both ends of a query's interval lag the clock: the service has finished
 /// counting a minute once the next one is over.
 inline constexpr time_t statistics_lag_seconds = 60;
 
@@ -74,7 +74,7 @@ struct statistics_figure_t {
     int32_t minutes; ///< of use in the interval
 };
 
-/// A reply's figures as a range, in array order.
+/// The figures of a reply as a range, in array order.
 class statistics_figures_t {
 public:
     /// @param text  a reply, whatever it holds

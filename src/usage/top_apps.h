@@ -8,7 +8,7 @@
 
 /// Adds minutes to an application's router-wide record, which is created when it is new.
 /// @param index  an index over the router-wide list, or null to walk the list
-/// @return always 0; without memory for a new record the figure is lost, the rest goes on
+/// @return always 0; without memory for a new record only this figure is lost
 int32_t utm_app_global_app_stat_add(int32_t app_id, int32_t minutes,
                                     app_index_t *index = nullptr) UTM_STORE_LOCKED;
 

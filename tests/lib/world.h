@@ -93,7 +93,7 @@ void on_sleep(std::function<void(unsigned seconds)> answer);
 /// an answer the real one is called.
 void on_select(std::function<int(int descriptors, const timeval &timeout)> answer);
 
-/// Lets the real `select` wait so many times and makes the call after these fail (EBADF).
+/// Lets the real `select` wait that many times and makes the next call fail (EBADF).
 void end_select_after(int calls);
 
 /// Lets `write` fail with EINTR so many times and then take no more than so many bytes a call (0

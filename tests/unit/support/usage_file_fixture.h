@@ -38,7 +38,7 @@ protected:
 
     /// Gives the store a profile and what a file says of it, policy, devices and ring included.
     static void make(const usage_file::profile_t &profile);
-    /// Gives the router's list a record behind those that it has.
+    /// Appends a record to the router's list.
     static void make_router_app(const usage_file::app_t &app);
     static void make(const usage_file::document_t &document);
 };
