@@ -1,5 +1,5 @@
 #pragma once
-/// The households that everything is measured with, and what stands in for a tick's programs.
+/// The households that everything is measured with, and the fakes of a tick's programs.
 
 #include <cstdint>
 #include <string>

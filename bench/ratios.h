@@ -1,6 +1,6 @@
 #pragma once
-/// From repetitions to ratios: how many times as long the daemon takes as the least that could do
-/// the same.
+/// From repetitions to ratios: how many times as long the daemon takes as the smallest program that
+/// does the same work.
 ///
 /// A pair is two benchmarks named "<what>/<size>/daemon" and "<what>/<size>/alone". Repetitions of
 /// all of them are mixed at random, so that a machine that slows down slows both; each side counts

@@ -1,5 +1,5 @@
 #pragma once
-/// The two servers of a round trip, each a process of its own.
+/// The two servers of a round trip, each in a process of its own.
 
 #include "bench/household.h"
 #include "format/protocol.h"

@@ -4,7 +4,7 @@
 # shellcheck source=scripts/lib/progress.sh
 . scripts/lib/progress.sh
 
-# build_presets PRESET...: configures and builds each, and goes on after none that fails.
+# build_presets PRESET...: configures and builds each, and stops at the first that fails.
 build_presets() {
     local preset
     for preset; do

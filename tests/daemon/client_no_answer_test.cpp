@@ -1,4 +1,4 @@
-/// The client where nobody answers, or not in time.
+/// The client when nobody answers, or not in time.
 
 #include "tests/daemon/support/appctl.h"
 #include "tests/daemon/support/fake_server.h"

@@ -1,4 +1,4 @@
-/// Clients that take their time to read a long list.
+/// Clients that read a long list slowly.
 
 #include "tests/daemon/support/fixture.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-/// Fakes behind the socket calls. Each passes through to the real call, which is noted, unless
+/// Fakes of the socket calls. Each notes the call and passes it on to the real one, unless
 /// it is set to fail.
 
 #include <atomic>

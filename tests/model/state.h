@@ -1,5 +1,5 @@
 #pragma once
-/// A second telling of the rules: what the daemon has to do, written down without its records.
+/// The rules a second time: what the daemon has to do, written without its records.
 ///
 /// The model keeps the family's state in plain values and predicts everything that can be seen of
 /// an operation: the replies of a command, and the trace of log lines, command lines, events and

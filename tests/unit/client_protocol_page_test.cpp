@@ -1,4 +1,4 @@
-/// docs/protocol.md says what is so: its numbers are those of format/protocol.h, its bytes those
+/// docs/protocol.md is correct: its numbers are those of format/protocol.h, its bytes those
 /// that the daemon takes and gives, and its client works.
 
 #include "control/dispatcher.h"

@@ -1,4 +1,4 @@
-/// The report: what stands on the page.
+/// The report: what the page shows.
 
 #include "client/report.h"
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Both ends of a connection that keeps what was written at once together.
+/// Both ends of a connection that keeps each write in one piece.
 class Reply : public testing::Test {
 protected:
     void SetUp() override {

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// @return the address in the one spelling of it, "" for a text that is none
+/// @return the address in its one spelling, "" for a text that is not an address
 std::string parsed(const char *text) {
     uint8_t mac[mac_bytes];
     return mac_parse(text, mac) ? mac_text(mac).text : "";

@@ -1,4 +1,4 @@
-/// A file of an evening, read by a daemon that starts afresh: that evening, or after a midnight.
+/// A file of an evening, read by a daemon that has just started: that evening, or after a midnight.
 
 #include "persist/import.h"
 

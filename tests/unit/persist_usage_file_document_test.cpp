@@ -1,4 +1,4 @@
-/// docs/usage-file.md says what is so: its example is a file that the daemon reads and writes.
+/// docs/usage-file.md is correct: its example is a file that the daemon reads and writes.
 
 #include "persist/import.h"
 

@@ -1,4 +1,4 @@
-/// docs/integration.md says what is so: its example reply is read as it says, and the command lines
+/// docs/integration.md is correct: its example reply is read as it says, and the command lines
 /// that it shows are those that the daemon issues.
 
 #include "notify/qvutm_notify.h"

@@ -1,5 +1,5 @@
 #pragma once
-/// Files that are no files: what a path may name beside one.
+/// What a path may name that is not a regular file.
 
 #include <cstddef>
 #include <string>
