@@ -14,6 +14,7 @@ namespace {
 
 constexpr int wrong_use = 2;
 constexpr int tick_seconds = 60;
+constexpr long most_minutes = 1'000'000;
 
 struct command_world {
     sim_clock clock;
@@ -40,16 +41,48 @@ long whole_number(const std::string &word) {
     return !word.empty() && *end == '\0' ? number : 0;
 }
 
-int tick(command_world *world, const words &operands) {
-    const long minutes = operands.empty() ? 1 : whole_number(operands[0]);
-    if (operands.size() > 1 || minutes < 1 || minutes > 1'000'000)
+/// @return the lines that were not seen before; they are from now on
+/// @param seen_file  in the router's folder: how many lines were seen
+words take_new(words lines, const char *seen_file, bool from_start = false) {
+    const std::string path = household_file(seen_file);
+    auto seen = static_cast<size_t>(whole_number(sim_read_file(path)));
+    const size_t count = lines.size();
+    // A log that somebody removed begins anew.
+    if (from_start || seen > count)
+        seen = 0;
+    lines.erase(lines.begin(), lines.begin() + static_cast<ptrdiff_t>(seen));
+    if (!sim_write_file(path, std::to_string(count)))
+        exit(fail("cannot write " + path));
+    return lines;
+}
+
+bool is_query(const std::string &line) {
+    return line.rfind("ubus ", 0) == 0;
+}
+
+/// @return what the daemon has logged; a line that it is writing comes next time
+words logged() {
+    const std::string text = sim_read_file("/tmp/utm_log/utm_app_log");
+    return sim_split_lines(text.substr(0, text.rfind('\n') + 1));
+}
+
+void tell_news(const sim_clock &clock) {
+    const time_t now = sim_clock_now(clock);
+    char at[8];
+    strftime(at, sizeof(at), "%H:%M", localtime(&now));
+    for (const std::string &line : take_new(logged(), "log.read"))
+        printf("%s  daemon  %s\n", at, line.c_str());
+    for (const std::string &line : take_new(sim_journal(household_router), "journal.read"))
+        if (!is_query(line))
+            printf("%s  router  %s\n", at, line.c_str());
+    // Whoever reads along does not wait for more.
+    fflush(stdout);
+}
+
+int news(command_world *world, const words &operands) {
+    if (!operands.empty())
         return wrong_use;
-    for (long i = 0; i < minutes; ++i) {
-        if (household_daemon() < 0)
-            return fail("no daemon is running");
-        if (!sim_clock_advance(&world->clock, tick_seconds))
-            return fail("the daemon does not finish its tick");
-    }
+    tell_news(world->clock);
     return 0;
 }
 
@@ -59,6 +92,48 @@ bool read_time(const std::string &text, time_t *when) {
     fields.tm_isdst = -1;
     *when = mktime(&fields);
     return rest != nullptr && *rest == '\0';
+}
+
+/// @param when  the next time that it is so late
+bool read_time_of_day(const std::string &text, time_t now, time_t *when) {
+    tm fields = *localtime(&now);
+    const char *rest = strptime(text.c_str(), "%H:%M", &fields);
+    fields.tm_sec = 0;
+    fields.tm_isdst = -1;
+    *when = mktime(&fields);
+    if (*when <= now) {
+        ++fields.tm_mday;
+        fields.tm_isdst = -1;
+        *when = mktime(&fields);
+    }
+    return rest != nullptr && *rest == '\0';
+}
+
+/// @param end  when the last tick is over
+bool read_stretch(const words &operands, time_t now, time_t *end) {
+    if (operands.size() == 2 && operands[0] == "until")
+        return read_time_of_day(operands[1], now, end) || read_time(operands[1], end);
+    const long minutes = operands.empty() ? 1 : whole_number(operands[0]);
+    *end = now + tick_seconds * std::min(minutes, most_minutes);
+    return operands.size() < 2 && minutes <= most_minutes;
+}
+
+int tick(command_world *world, const words &operands) {
+    const bool tells = !operands.empty() && operands[0] == "--news";
+    const time_t now = sim_clock_now(world->clock);
+    time_t end = 0;
+    if (!read_stretch(words(operands.begin() + tells, operands.end()), now, &end) || end <= now ||
+        end - now > tick_seconds * most_minutes)
+        return wrong_use;
+    while (sim_clock_now(world->clock) < end) {
+        if (household_daemon() < 0)
+            return fail("no daemon is running");
+        if (!sim_clock_advance(&world->clock, tick_seconds))
+            return fail("the daemon does not finish its tick");
+        if (tells)
+            tell_news(world->clock);
+    }
+    return 0;
 }
 
 int show_clock(const sim_clock &clock) {
@@ -120,29 +195,33 @@ int daemon_command(command_world *world, const words &operands) {
 
 int journal(command_world *, const words &operands) {
     bool with_queries = false;
-    size_t shown =
-        static_cast<size_t>(whole_number(sim_read_file(household_file("journal.read")).c_str()));
+    bool from_start = false;
     for (const std::string &option : operands) {
         if (option == "--all")
-            shown = 0;
+            from_start = true;
         else if (option == "--queries")
             with_queries = true;
         else
             return wrong_use;
     }
-    const words lines = sim_journal(household_router);
-    for (size_t i = std::min(shown, lines.size()); i < lines.size(); ++i)
-        if (with_queries || lines[i].rfind("ubus ", 0) != 0)
-            puts(lines[i].c_str());
-    return sim_write_file(household_file("journal.read"), std::to_string(lines.size())) ? 0 : 1;
+    for (const std::string &line :
+         take_new(sim_journal(household_router), "journal.read", from_start))
+        if (with_queries || !is_query(line))
+            puts(line.c_str());
+    return 0;
 }
 
 constexpr command commands[] = {
-    {"tick", "tick [MINUTES]           let minutes pass: a tick of the daemon each", tick},
+    {"tick",
+     "tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']\n"
+     "                         let minutes pass: a tick of the daemon each",
+     tick},
     {"clock", "clock [set 'DATE HH:MM']  show the clock, or let it jump", clock_command},
     {"daemon", "daemon start|stop|kill|pid", daemon_command},
     {"journal", "journal [--all] [--queries]  what has reached the router since last time",
      journal},
+    {"news", "news                     what was logged and has reached the router since last time",
+     news},
 };
 
 int run(const command &wanted, const words &operands) {

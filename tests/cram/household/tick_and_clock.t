@@ -9,6 +9,19 @@ A sandbox begins at a time of its own, which stands still unless somebody lets i
   $ clock
   Fri 2030-03-15 18:00:00 CET
 
+It can also pass until it is a certain time: the next time that it is so late, or a date's.
+
+  $ tick until 18:02
+  $ clock
+  Fri 2030-03-15 18:02:00 CET
+  $ clock set '2030-03-15 23:55'
+  $ tick until 00:02
+  $ clock
+  Sat 2030-03-16 00:02:00 CET
+  $ tick until '2030-03-16 00:05'
+  $ clock
+  Sat 2030-03-16 00:05:00 CET
+
 The clock may jump, as a router's does when it gets the time from the network. The daemon finds out
 at its next tick.
 
@@ -29,19 +42,45 @@ Summer time begins in the night to 31 March.
 A tick of nothing, of half a thing and of two things is none.
 
   $ tick 0
-  usage: tick [MINUTES]           let minutes pass: a tick of the daemon each
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
   [2]
   $ tick -1
-  usage: tick [MINUTES]           let minutes pass: a tick of the daemon each
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
   [2]
   $ tick 3m
-  usage: tick [MINUTES]           let minutes pass: a tick of the daemon each
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
   [2]
   $ tick 1 2
-  usage: tick [MINUTES]           let minutes pass: a tick of the daemon each
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
   [2]
   $ tick 1000001
-  usage: tick [MINUTES]           let minutes pass: a tick of the daemon each
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+
+  $ tick until
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+  $ tick until tomorrow
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+  $ tick until 17:60
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+  $ tick until '2030-03-15 17:00'
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+  $ tick until 17:00 18:00
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
   [2]
 
 Nor does the clock take what is no time.

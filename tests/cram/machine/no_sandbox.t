@@ -1,7 +1,8 @@
-Without a sandbox nothing runs: every program of the tests and the demo says why and ends with 1.
+Without a sandbox nothing runs: every program of the tests, and the sandbox of the demo, says why and
+ends with 1.
 
   $ all() {
-  >   for program in utm_unit_tests utm_daemon_tests "utm_evening --fast" "utm_sandbox true"; do
+  >   for program in utm_unit_tests utm_daemon_tests "utm_sandbox true"; do
   >     "$@" $program >out 2>err
   >     echo "$?"
   >     sed 's#/[^ ]*/#.../#g; s/no mount namespace: .*/no mount namespace/' out err
@@ -15,8 +16,6 @@ A way that does not exist.
   utm_unit_tests: no sandbox: UTM_SANDBOX is neither "mounts" nor "redirection"
   1
   utm_daemon_tests: no sandbox: UTM_SANDBOX is neither "mounts" nor "redirection"
-  1
-  utm_evening: no sandbox: UTM_SANDBOX is neither "mounts" nor "redirection"
   1
   utm_sandbox: no sandbox: UTM_SANDBOX is neither "mounts" nor "redirection"
 
@@ -36,15 +35,13 @@ that is refused, there was none.
   1
   utm_daemon_tests: no sandbox: this machine allows no mount namespace
   1
-  utm_evening: no sandbox: this machine allows no mount namespace
-  1
   utm_sandbox: no sandbox: this machine allows no mount namespace
 
 Redirected paths where the library that redirects is missing: the same programs, with another name
 for it. The loader warns and goes on, so the programs have to look.
 
   $ mkdir bin
-  $ for program in tests/utm_unit_tests tests/utm_daemon_tests sim/utm_evening sim/utm_sandbox; do
+  $ for program in tests/utm_unit_tests tests/utm_daemon_tests sim/utm_sandbox; do
   >   sed 's/libsimpreload\.so/libsimpreload.xx/g' "$BUILD/$program" >bin/${program#*/}
   > done
   $ chmod +x bin/*
@@ -56,9 +53,6 @@ for it. The loader warns and goes on, so the programs have to look.
   1
   ERROR: ld.so: object '.../preload.so' from LD_PRELOAD cannot be preloaded (cannot open shared object file): ignored.
   utm_daemon_tests: no sandbox: paths are not redirected: the loader did not take .../libsimpreload.xx
-  1
-  ERROR: ld.so: object '.../preload.so' from LD_PRELOAD cannot be preloaded (cannot open shared object file): ignored.
-  utm_evening: no sandbox: paths are not redirected: the loader did not take .../libsimpreload.xx
   1
   ERROR: ld.so: object '.../preload.so' from LD_PRELOAD cannot be preloaded (cannot open shared object file): ignored.
   utm_sandbox: no sandbox: paths are not redirected: the loader did not take .../libsimpreload.xx

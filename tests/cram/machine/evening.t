@@ -1,0 +1,68 @@
+An evening that does not go as told ends the demo, which says what was expected.
+
+  $ play() {
+  >   utm_sandbox --no-daemon sh -c "$1"'; exec "$SOURCE/scripts/lib/evening" --fast page.html' \
+  >     >evening 2>err
+  >   echo "$?"
+  >   cat err
+  > }
+
+A router that only says that it bars an application is found out.
+
+  $ play 'echo 256 apg acl set 02:00:00:00:00:1B 305 >/tmp/router/fail'
+  1
+  expected: a limit holds on all of Mia's devices
+  This scene did not happen as told: Video and games have limits of their own
+  $ tail -n 1 evening
+  18:30  usage   Ana: 0:20  (mail 0:20)
+
+So is one that never lets it go again, and one that says nothing of what is used.
+
+  $ play 'echo 256 apg acl del 02:00:00:00:00:2A 412 >/tmp/router/fail'
+  1
+  expected: games work again
+  This scene did not happen as told: Midnight
+  $ play 'echo "{\"data\":[]}" >/tmp/router/reply.profile'
+  1
+  expected: Mia's usage has come back
+  This scene did not happen as told: The afternoon, and the router restarts
+
+A client that fails, one that complains, and one that answers something else.
+
+  $ instead() {
+  >   mkdir -p bin
+  >   printf '#!/bin/sh\ncase $* in %s) %s;; esac\nPATH=${PATH#*:} exec utm_appctl "$@"\n' "$@" \
+  >     >bin/utm_appctl
+  >   chmod +x bin/utm_appctl
+  >   play 'PATH=$PWD/bin:$PATH'
+  > }
+  $ instead 'extend\ add*' 'exit 1'
+  1
+  expected: success without a complaint: utm_appctl extend add 1 30m
+  This scene did not happen as told: A bonus
+  $ instead 'extend\ add*' 'echo no >&2'
+  1
+  expected: success without a complaint: utm_appctl extend add 1 30m
+  no
+  This scene did not happen as told: A bonus
+  $ instead 'usage\ 2\ --json' 'echo "{}"; exit'
+  1
+  expected: today is in utm_appctl's {}
+  This scene did not happen as told: The afternoon, and the router restarts
+
+A daemon that dies.
+
+  $ instead 'extend\ add*' 'daemon kill'
+  1
+  expected: success without a complaint: utm_appctl extend add 1 30m
+  utm_appctl: cannot reach the daemon at /dev/utm_app_config_socket (Connection refused): is it running? Use -s for another socket
+  This scene did not happen as told: A bonus
+
+It is for a sandbox, and for one page.
+
+  $ "$SOURCE/scripts/lib/evening" --fast page.html
+  usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
+  [2]
+  $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --slow page.html
+  usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
+  [2]
