@@ -76,8 +76,12 @@ explain() {
 # Shows the sandbox's news, read from standard input, without the requests in the log: Ana's rows
 # have them.
 show_news() {
-    local times at who line
-    uniq -c | while read -r times at who line; do
+    local rows i times at who line
+    mapfile -t rows
+    for ((i = 0; i < ${#rows[@]}; i += times)); do
+        times=1
+        while [[ ${rows[i + times]-} == "${rows[i]}" ]]; do times=$((times + 1)); done
+        read -r at who line <<<"${rows[i]}"
         if [[ $line == refused\ * ]]; then fail "the router knows: $line"; fi
         if [[ $hushed || $line == '[socket]'* ]]; then continue; fi
         now=$at REPLY=''
@@ -95,21 +99,20 @@ pass_until() {
 # asks LINE [MEANING]: Ana types a command line, which has to succeed without a complaint. Its
 # answer is shown, and left in REPLY.
 asks() {
-    local answer line complaint status=0
+    local answer line status=0
     typed=$((typed + 1))
     if [[ ! $hushed ]]; then say Ana "\$ $1" "${2-}"; fi
     answer=$(eval "$1" 2>/tmp/complaint) || status=$?
-    complaint=$(</tmp/complaint)
-    if [[ $status != 0 || $complaint ]]; then
-        fail "success without a complaint: $1${complaint:+$'\n'$complaint}"
+    if [[ $status != 0 || -s /tmp/complaint ]]; then
+        fail "success without a complaint: $1$(sed '1s/^/\n/' /tmp/complaint)"
     fi
-    if [[ $answer && ! $hushed ]]; then
-        while IFS= read -r line; do
+    if [[ ! $hushed ]]; then
+        while [[ $answer ]] && IFS= read -r line; do
             echo "$margin$line"
             pause
         done <<<"$answer"
+        news | show_news
     fi
-    news | show_news
     REPLY=$answer
 }
 
