@@ -1,9 +1,11 @@
 #include "tests/daemon/support/fixture.h"
 
+#include "sim/harness/program.h"
 #include "tests/daemon/support/processes.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <poll.h>
@@ -42,6 +44,24 @@ bool have_no_children() {
     while (waitpid(-1, nullptr, WNOHANG) > 0) {
     }
     return waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD;
+}
+
+/// What a process that should have ended does, and what the daemon logged last.
+std::string activity_and_log(pid_t pid) {
+    constexpr size_t most = 20;
+    const text_lines lines = log_lines();
+    std::string text = activity_of(pid) + "the log's last lines:\n";
+    for (size_t i = lines.size() > most ? lines.size() - most : 0; i < lines.size(); ++i)
+        text += "  " + lines[i] + "\n";
+    return text;
+}
+
+/// Kills every child that this test has left, so that the next one starts without them.
+void kill_children() {
+    for (const pid_t pid : sim_children()) {
+        kill(pid, SIGKILL);
+        EXPECT_TRUE(sim_reap(pid).ended) << pid << " cannot be killed";
+    }
 }
 
 int closed_status(const sim_answer &answer) {
@@ -142,12 +162,17 @@ void daemon_test::TearDown() {
     open_gates();
     if (daemon.pid > 0) {
         EXPECT_TRUE(sim_wait_for([this] { return children_of(daemon.pid).empty(); }))
-            << "the daemon does not wait for a program that it has started";
+            << "the daemon does not wait for a program that it has started\n"
+            << activity_and_log(daemon.pid);
         // Whatever was asked before has been served then, and the socket's thread is idle.
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
         stop();
+        // One that does not end is not the next test's. Its children become ours.
+        sim_daemon_kill(&daemon);
     }
-    EXPECT_TRUE(sim_wait_for(have_no_children)) << "a process was left behind";
+    EXPECT_TRUE(sim_wait_for(have_no_children)) << "a process was left behind\n"
+                                                << activity_and_log(getpid());
+    kill_children();
     EXPECT_EQ(count_containing(journal(), "refused"), 0u) << testing::PrintToString(journal());
     EXPECT_EQ(sim_sanitizer_reports(ROUTER_DIR), "");
 }
@@ -177,7 +202,7 @@ void daemon_test::tick(int minutes) {
 
 void daemon_test::stop() {
     const sim_exit how = sim_daemon_stop(&daemon);
-    EXPECT_TRUE(how.ended);
+    EXPECT_TRUE(how.ended) << activity_and_log(daemon.pid);
     EXPECT_EQ(how.status, 0) << "signal " << how.signal;
 }
 

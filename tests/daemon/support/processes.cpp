@@ -47,6 +47,19 @@ std::set<int> numbers_in(const std::string &directory) {
     return numbers;
 }
 
+/// @param directory  a thread's, below /proc
+std::string activity_in(const std::string &directory) {
+    std::string text;
+    for (const char *name : {"wchan", "syscall"})
+        for (const std::string &line : sim_split_lines(sim_read_file(directory + name)))
+            text += std::string("  ") + name + ": " + line + "\n";
+    for (const std::string &line : sim_split_lines(sim_read_file(directory + "status")))
+        for (const char *key : {"Name:", "State:", "SigPnd:", "ShdPnd:", "SigBlk:"})
+            if (line.rfind(key, 0) == 0)
+                text += "  " + line + "\n";
+    return text;
+}
+
 } // namespace
 
 std::string descriptor_target(pid_t pid, int fd) {
@@ -72,6 +85,18 @@ std::set<pid_t> children_of(pid_t pid) {
         if (figures_in(proc_path(other, "stat")).parent == pid)
             children.insert(other);
     return children;
+}
+
+std::string activity_of(pid_t pid) {
+    std::string text;
+    for (const int thread : numbers_in(proc_path(pid, "task"))) {
+        const std::string directory = proc_path(pid, "task/") + std::to_string(thread) + "/";
+        text += "process " + std::to_string(pid) + " thread " + std::to_string(thread) + "\n" +
+                activity_in(directory);
+    }
+    for (const pid_t child : children_of(pid))
+        text += activity_of(child);
+    return text;
 }
 
 std::chrono::milliseconds side_threads_time(pid_t pid) {

@@ -18,6 +18,10 @@ int next_descriptor(pid_t pid);
 /// @return the processes whose parent it is, ended ones that nobody has reaped included
 std::set<pid_t> children_of(pid_t pid);
 
+/// @return what each thread of the process and of its children waits for and which signals it has
+/// still to take, for the message of a failed test; of what the system does not tell, nothing
+std::string activity_of(pid_t pid);
+
 /// @return the processor time that all threads but the main one have used
 std::chrono::milliseconds side_threads_time(pid_t pid);
 
