@@ -60,6 +60,11 @@ protected:
     int ready() { return connection(true); }
     int idle() { return connection(false); }
 
+    static void watch(const std::vector<int> &fds) {
+        for (const int fd : fds)
+            fd_event_add(fd, fd_event_read, nullptr);
+    }
+
     std::vector<int> opened_;
 };
 
@@ -88,66 +93,48 @@ std::string w(int fd) {
 
 // ---- The table -----------------------------------------------------------------------------
 
-TEST_F(FdEvent, StartsEmpty) {
-    EXPECT_EQ(fd_event_max_fd(), -1);
-    EXPECT_EQ(pass_with_all_ready(), "");
-    for (int fd = 0; fd < fd_event_capacity; ++fd)
-        EXPECT_FALSE(fd_event_is_registered(fd)) << fd;
-}
-
 TEST_F(FdEvent, RefusesDescriptorsOutOfRange) {
-    for (const int fd : {-1, -2, INT_MIN, 128, 129, 1024, INT_MAX}) {
-        fd_event_add(fd, fd_event_read, nullptr);
+    for (const int fd : {-1, INT_MIN, 128, INT_MAX}) {
+        // The descriptor is checked before the kind.
+        fd_event_add(fd, fd == 128 ? 7 : fd_event_read, nullptr);
         EXPECT_EQ(world::trace(), "log Add fd failed: " + std::to_string(fd) + "\n");
         EXPECT_FALSE(fd_event_is_registered(fd)) << fd;
     }
     EXPECT_EQ(fd_event_max_fd(), -1);
+    EXPECT_EQ(pass_with_all_ready(), "");
 }
 
-TEST_F(FdEvent, RefusesThe129thEntry) {
+TEST_F(FdEvent, TakesDescriptors0To127) {
     std::string all;
     for (int fd = 127; fd >= 0; --fd) {
         fd_event_add(fd, fd_event_read, nullptr);
         all += r(fd);
     }
-    EXPECT_EQ(world::trace(), "");
-    fd_event_add(128, fd_event_read, nullptr);
-    EXPECT_EQ(world::trace(), "log Add fd failed: 128\n");
     EXPECT_EQ(fd_event_max_fd(), 127);
     EXPECT_EQ(pass_with_all_ready(), all);
-}
-
-TEST_F(FdEvent, TakesAnEntryAgainAfterOneWasRemovedFromTheFullTable) {
-    for (int fd = 0; fd < fd_event_capacity; ++fd)
-        fd_event_add(fd, fd_event_read, nullptr);
     EXPECT_EQ(fd_event_del(64), 0);
     fd_event_add(64, fd_event_write, nullptr);
-    EXPECT_EQ(world::trace(), "");
     EXPECT_TRUE(fd_event_is_registered(64));
+    EXPECT_EQ(world::trace(), "");
 }
 
 TEST_F(FdEvent, KeepsTheFirstRegistrationOfADescriptor) {
     char first = 'a';
     char second = 'b';
     fd_event_add(5, fd_event_read, &first);
-    fd_event_add(5, fd_event_write, &second);
-    EXPECT_EQ(world::trace(), "log Add fd failed: 5\n");
+    for (const int kind : {fd_event_write, 7}) {
+        fd_event_add(5, kind, &second);
+        EXPECT_EQ(world::trace(), "log Add fd failed: 5\n");
+    }
     EXPECT_EQ(pass_with_all_ready(), "r5a ");
 }
 
 TEST_F(FdEvent, PassesOverUnknownKindsWithoutALine) {
-    for (const int kind : {-1, 2, 7, INT_MIN, INT_MAX})
+    for (const int kind : {-1, 2, INT_MIN, INT_MAX})
         fd_event_add(5, kind, nullptr);
     EXPECT_EQ(world::trace(), "");
     EXPECT_FALSE(fd_event_is_registered(5));
     EXPECT_EQ(fd_event_max_fd(), -1);
-}
-
-TEST_F(FdEvent, ChecksTheDescriptorBeforeTheKind) {
-    fd_event_add(128, 7, nullptr);
-    fd_event_add(5, fd_event_read, nullptr);
-    fd_event_add(5, 7, nullptr);
-    EXPECT_EQ(world::trace(), "log Add fd failed: 128\nlog Add fd failed: 5\n");
 }
 
 TEST_F(FdEvent, RemovesOnlyWhatIsRegistered) {
@@ -162,44 +149,22 @@ TEST_F(FdEvent, RemovesOnlyWhatIsRegistered) {
 TEST_F(FdEvent, MovesTheLastEntryIntoTheSlotThatBecomesFree) {
     struct {
         const char *name;
-        std::vector<int> removed;
-        std::string order;
-    } const table[] = {
-        {"first", {10}, "r13 r11 r12 "},
-        {"middle", {11}, "r10 r13 r12 "},
-        {"last", {13}, "r10 r11 r12 "},
-        {"two in the middle", {11, 12}, "r10 r13 "},
-        {"one that was moved", {10, 13}, "r12 r11 "},
-        {"all but one", {10, 11, 12}, "r13 "},
-        {"all", {13, 12, 11, 10}, ""},
-    };
-    for (const auto &row : table) {
-        fd_event_reset();
-        for (const int fd : {10, 11, 12, 13})
-            fd_event_add(fd, fd_event_read, nullptr);
-        for (const int fd : row.removed)
-            EXPECT_EQ(fd_event_del(fd), 0) << row.name;
-        EXPECT_EQ(pass_with_all_ready(), row.order) << row.name;
-    }
-}
-
-TEST_F(FdEvent, AppendsADescriptorThatComesBack) {
-    for (const int fd : {10, 11, 12})
-        fd_event_add(fd, fd_event_read, nullptr);
-    EXPECT_EQ(fd_event_del(10), 0);
-    fd_event_add(10, fd_event_write, nullptr);
-    EXPECT_EQ(pass_with_all_ready(), "r12 r11 w10 ");
-}
-
-TEST_F(FdEvent, KnowsTheHighestDescriptor) {
-    struct {
         std::vector<int> steps; ///< registers, or with a minus sign unregisters
+        std::string order;
         int highest;
     } const table[] = {
-        {{0}, 0},           {{5, 9, 7}, 9},         {{5, 9, 7, -9}, 7},
-        {{5, 9, 7, -7}, 9}, {{5, 9, 7, -9, -7}, 5}, {{5, 9, 7, -9, -7, -5}, -1},
-        {{5, 9, -9, 8}, 8}, {{5, 9, -9, 3}, 5},     {{5, 9, -9, 12}, 12},
-        {{5, 9, -9, 9}, 9}, {{127, 1, -127}, 1},
+        {"nothing", {0}, "r0 ", 0},
+        {"first", {10, 11, 13, 12, -10}, "r12 r11 r13 ", 13},
+        {"middle", {10, 11, 12, 13, -11}, "r10 r13 r12 ", 13},
+        {"last", {10, 11, 12, 13, -13}, "r10 r11 r12 ", 12},
+        {"two in the middle", {10, 11, 12, 13, -11, -12}, "r10 r13 ", 13},
+        {"one that was moved", {10, 11, 12, 13, -10, -13}, "r12 r11 ", 12},
+        {"all", {10, 11, 12, 13, -13, -12, -11, -10}, "", -1},
+        {"one that comes back", {10, 11, 12, -10, 10}, "r12 r11 r10 ", 12},
+        {"the highest, for a lower one", {5, 9, -9, 3}, "r5 r3 ", 5},
+        {"the highest, for one below it", {5, 9, -9, 8}, "r5 r8 ", 8},
+        {"the highest, for itself", {5, 9, -9, 9}, "r5 r9 ", 9},
+        {"the highest, for a higher one", {127, 1, -127, 12}, "r1 r12 ", 12},
     };
     for (const auto &row : table) {
         fd_event_reset();
@@ -207,9 +172,10 @@ TEST_F(FdEvent, KnowsTheHighestDescriptor) {
             if (step >= 0)
                 fd_event_add(step, fd_event_read, nullptr);
             else
-                EXPECT_EQ(fd_event_del(-step), 0);
-        EXPECT_EQ(fd_event_max_fd(), row.highest);
-        EXPECT_EQ(fd_event_max_fd(), row.highest) << "asked again";
+                EXPECT_EQ(fd_event_del(-step), 0) << row.name;
+        EXPECT_EQ(fd_event_max_fd(), row.highest) << row.name;
+        EXPECT_EQ(fd_event_max_fd(), row.highest) << row.name << ", asked again";
+        EXPECT_EQ(pass_with_all_ready(), row.order) << row.name;
     }
 }
 
@@ -241,107 +207,90 @@ TEST_F(FdEvent, WatchesUpToTheHighestDescriptorForASecond) {
     EXPECT_EQ(seen, (std::vector<int>{91, 1, 0, 6, 1, 0, 0, 1, 0}));
 }
 
-TEST_F(FdEvent, ServesWhatIsReadyInSlotOrder) {
+TEST_F(FdEvent, ServesWhatIsReadyInSlotOrderUntilItIsRead) {
     const int early = ready();
     const int quiet = idle();
     const int late = ready();
-    for (const int fd : {late, quiet, early})
-        fd_event_add(fd, fd_event_read, nullptr);
+    watch({late, quiet, early});
+    EXPECT_EQ(pass(), r(late) + r(early));
     EXPECT_EQ(pass(), r(late) + r(early));
     EXPECT_EQ(fd_event_is_ready(late), 1);
     EXPECT_EQ(fd_event_is_ready(quiet), 0);
     EXPECT_EQ(fd_event_is_ready(early), 1);
 }
 
-TEST_F(FdEvent, ServesWritersToo) {
-    const int reader = ready();
-    const int writer = ready();
-    char mark = '!';
-    fd_event_add(writer, fd_event_write, &mark);
-    fd_event_add(reader, fd_event_read, &mark);
-    EXPECT_EQ(pass(), "w" + std::to_string(writer) + "! r" + std::to_string(reader) + "! ");
-    EXPECT_EQ(fd_event_is_ready(writer), 1);
-}
-
 TEST_F(FdEvent, LooksForWhatEachDescriptorIsWatchedFor) {
     const int writer = idle();
     const int reader = idle();
     const int other = ready();
-    fd_event_add(writer, fd_event_write, nullptr);
-    fd_event_add(reader, fd_event_read, nullptr);
-    fd_event_add(other, fd_event_read, nullptr);
-    EXPECT_EQ(pass(), w(writer) + r(other));
+    char mark = '!';
+    fd_event_add(writer, fd_event_write, &mark);
+    fd_event_add(reader, fd_event_read, &mark);
+    fd_event_add(other, fd_event_read, &mark);
+    EXPECT_EQ(pass(), "w" + std::to_string(writer) + "! r" + std::to_string(other) + "! ");
+    EXPECT_EQ(fd_event_is_ready(writer), 1);
     EXPECT_EQ(fd_event_is_ready(reader), 0);
-}
-
-TEST_F(FdEvent, HasNothingReadyWhereNothingIsRegistered) {
-    const int writer = idle();
-    fd_event_add(writer, fd_event_write, nullptr);
-    pass();
     EXPECT_EQ(fd_event_del(writer), 0);
     for (const int fd : {INT_MIN, -1, 0, writer, 127, 128, INT_MAX})
-        EXPECT_EQ(fd_event_is_ready(fd), 0) << fd;
-}
-
-TEST_F(FdEvent, ServesADescriptorAgainUntilItIsRead) {
-    const int fd = ready();
-    fd_event_add(fd, fd_event_read, nullptr);
-    EXPECT_EQ(pass(), r(fd));
-    EXPECT_EQ(pass(), r(fd));
+        EXPECT_EQ(fd_event_is_ready(fd), 0) << fd << " is not registered";
 }
 
 TEST_F(FdEvent, ServesAClientThatHangsUp) {
     const int fd = idle();
     close(opened_.back());
     opened_.pop_back();
-    fd_event_add(fd, fd_event_read, nullptr);
+    watch({fd});
     EXPECT_EQ(pass(), r(fd));
 }
 
-TEST_F(FdEvent, SkipsADescriptorThatAnEarlierCallbackRemoved) {
+TEST_F(FdEvent, FixesWhatAPassServesBeforeACallbackChangesTheTable) {
     const int first = ready();
     const int second = ready();
     const int third = ready();
-    for (const int fd : {first, second, third})
-        fd_event_add(fd, fd_event_read, nullptr);
-    on_served[first] = [&] { fd_event_del(second); };
-    EXPECT_EQ(pass(), r(first) + r(third));
-    EXPECT_EQ(world::trace(), "");
-}
-
-TEST_F(FdEvent, ServesTheRestAfterADescriptorRemovedItself) {
-    const int first = ready();
-    const int second = ready();
-    const int third = ready();
-    for (const int fd : {first, second, third})
-        fd_event_add(fd, fd_event_read, nullptr);
-    on_served[first] = [&] { fd_event_del(first); };
-    EXPECT_EQ(pass(), r(first) + r(second) + r(third));
-    EXPECT_EQ(pass(), r(third) + r(second));
-}
-
-TEST_F(FdEvent, ServesANewDescriptorFromTheNextPassOn) {
-    const int first = ready();
-    const int added = ready();
-    fd_event_add(first, fd_event_read, nullptr);
-    on_served[first] = [&] { fd_event_add(added, fd_event_read, nullptr); };
-    EXPECT_EQ(pass(), r(first));
-    on_served.clear();
-    EXPECT_EQ(pass(), r(first) + r(added));
-}
-
-TEST_F(FdEvent, ReportsAReaderThatBecameAWriterDuringThePass) {
-    const int first = ready();
-    const int changed = ready();
-    fd_event_add(first, fd_event_read, nullptr);
-    fd_event_add(changed, fd_event_read, nullptr);
-    on_served[first] = [&] {
-        fd_event_del(changed);
-        fd_event_add(changed, fd_event_write, nullptr);
+    const auto add = [](int fd, int kind) { fd_event_add(fd, kind, nullptr); };
+    struct {
+        const char *name;
+        std::vector<int> watched;
+        std::function<void()> on_first;
+        std::string now, next, trace;
+    } const table[] = {
+        {"removes a later one",
+         {first, second, third},
+         [&] { fd_event_del(second); },
+         r(first) + r(third),
+         r(first) + r(third),
+         ""},
+        {"removes itself",
+         {first, second, third},
+         [&] { fd_event_del(first); },
+         r(first) + r(second) + r(third),
+         r(third) + r(second),
+         ""},
+        {"adds one",
+         {first},
+         [&] { add(second, fd_event_read); },
+         r(first),
+         r(first) + r(second),
+         ""},
+        {"makes a reader a writer",
+         {first, second},
+         [&] {
+             fd_event_del(second);
+             add(second, fd_event_write);
+         },
+         r(first),
+         r(first) + w(second),
+         "log BUG: there should be a write event for " + std::to_string(second) + "\n"},
     };
-    EXPECT_EQ(pass(), r(first));
-    EXPECT_EQ(world::trace(),
-              "log BUG: there should be a write event for " + std::to_string(changed) + "\n");
+    for (const auto &row : table) {
+        SetUp();
+        watch(row.watched);
+        on_served[first] = row.on_first;
+        EXPECT_EQ(pass(), row.now) << row.name;
+        EXPECT_EQ(world::trace(), row.trace) << row.name;
+        on_served.clear();
+        EXPECT_EQ(pass(), row.next) << row.name;
+    }
 }
 
 TEST_F(FdEvent, ServesAWriterThatBecameAReaderDuringThePassAsAWriter) {
@@ -361,7 +310,7 @@ TEST_F(FdEvent, ServesAWriterThatBecameAReaderDuringThePassAsAWriter) {
 TEST_F(FdEvent, GoesOnOnlyAfterAnInterruptedSelect) {
     struct {
         int error, result;
-    } const table[] = {{EINTR, 0}, {EBADF, -1}, {EINVAL, -1}, {ENOMEM, -1}};
+    } const table[] = {{EINTR, 0}, {EBADF, -1}};
     fd_event_add(5, fd_event_read, nullptr);
     for (const auto &row : table) {
         world::on_select([&](int, const timeval &) {
@@ -377,46 +326,33 @@ TEST_F(FdEvent, GoesOnOnlyAfterAnInterruptedSelect) {
 TEST_F(FdEvent, FailsOnADescriptorThatWasClosedWithoutBeingRemoved) {
     const int fd = ready();
     const int closed = ready();
-    fd_event_add(fd, fd_event_read, nullptr);
-    fd_event_add(closed, fd_event_read, nullptr);
+    watch({fd, closed});
     close(closed);
     std::erase(opened_, closed);
     EXPECT_EQ(utm_app_config_loop(&handler), -1);
     EXPECT_EQ(served, "");
 }
 
-TEST_F(FdEvent, LeavesAPausedDescriptorOutOfOnePass) {
-    const int paused = ready();
-    const int other = ready();
-    fd_event_add(paused, fd_event_read, nullptr);
-    fd_event_add(other, fd_event_read, nullptr);
-    fd_event_pause(paused);
-    EXPECT_EQ(pass(), r(other));
-    EXPECT_EQ(pass(), r(paused) + r(other));
-}
-
-TEST_F(FdEvent, PausesTheDescriptorNamedLast) {
+TEST_F(FdEvent, LeavesTheDescriptorPausedLastOutOfOnePass) {
     const int first = ready();
     const int second = ready();
-    fd_event_add(first, fd_event_read, nullptr);
-    fd_event_add(second, fd_event_read, nullptr);
+    watch({first, second});
     fd_event_pause(first);
     fd_event_pause(second);
     EXPECT_EQ(pass(), r(first));
+    EXPECT_EQ(pass(), r(first) + r(second));
 }
 
 TEST_F(FdEvent, PausesNothingForADescriptorOutOfRangeOrAfterAReset) {
     const int fd = ready();
-    for (const int paused : {-1, INT_MIN, 128, INT_MAX}) {
-        fd_event_reset();
-        fd_event_add(fd, fd_event_read, nullptr);
+    for (const int paused : {-1, INT_MIN, 128, INT_MAX, fd}) {
         fd_event_pause(paused);
+        if (paused == fd)
+            fd_event_reset();
+        watch({fd});
         EXPECT_EQ(pass(), r(fd)) << paused;
+        fd_event_reset();
     }
-    fd_event_pause(fd);
-    fd_event_reset();
-    fd_event_add(fd, fd_event_read, nullptr);
-    EXPECT_EQ(pass(), r(fd));
 }
 
 } // namespace

@@ -1,92 +1,85 @@
+/// Turning the feature switch: what it does to the network, and the usage file that it leaves.
+
 #include "control/feature_switch.h"
 
+#include "core/debug_log.h"
 #include "format/usage_file.h"
+#include "persist/export_schedule.h"
 #include "store/policies.h"
 #include "tests/lib/render.h"
 #include "tests/lib/world.h"
+#include "tests/unit/support/usage_file_fixture.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace {
 
-namespace fs = std::filesystem;
-
-/// The switch with a usage file in place, so that switching on does not write one.
-class FeatureSwitch : public testing::Test {
-protected:
-    void SetUp() override {
-        world::reset();
-        fs::create_directories(fs::path(usage_file_path).parent_path());
-        std::ofstream(usage_file_path) << "of before";
-    }
-    void TearDown() override { fs::remove_all(fs::path(usage_file_path).parent_path()); }
-};
-
+using world::block_lines;
 using world::both;
 
-int32_t switch_value() {
-    const mutex_guard lock(utm_app_config_mutex);
-    return activate;
-}
+const std::string on = "run lcsh apg on\n"
+                       "status_changed 1 1\n";
+const std::string off = "run lcsh apg off\n"
+                        "status_changed 1 0\n";
+const std::string turned_on = "log Set activate from 0 to 1\n";
+const std::string turned_off = "log Set activate from 1 to 0\n";
 
-/// A profile that is cut off, with applications 12 and 14 blocked.
-config_user_profile_t *make_blocked_profile() {
-    config_user_profile_t *profile = world::make_profile(1, both);
-    profile->daily_limit_enable = 1;
-    profile->blocked = 1;
-    world::make_usage(profile, {{12, 5}, {13, 6}, {14, 7}});
-    world::usage_of(profile, 12)->blocked = 1;
-    world::usage_of(profile, 14)->blocked = 1;
-    return profile;
-}
+/// The switch is off, and there is a usage file, so that switching on does not write one.
+class FeatureSwitch : public usage_file_fixture {
+protected:
+    void SetUp() override {
+        usage_file_fixture::SetUp();
+        world::set_active(false);
+        std::filesystem::create_directory("/tmp/ApplicationData");
+        write_file(usage_file_path, "of before");
+    }
 
-TEST_F(FeatureSwitch, AppliesEveryRecordedBlockWhenItGoesOn) {
+    /// Profile 1 is cut off, with applications 12 and 14 blocked.
+    static config_user_profile_t *make_blocked_profile() {
+        config_user_profile_t *profile = world::make_profile(1, both);
+        profile->daily_limit_enable = 1;
+        profile->blocked = 1;
+        world::make_usage(profile, {{12, 5}, {13, 6}, {14, 7}});
+        world::usage_of(profile, 12)->blocked = 1;
+        world::usage_of(profile, 14)->blocked = 1;
+        return profile;
+    }
+};
+
+TEST_F(FeatureSwitch, AppliesEveryRecordedBlockAndThenWritesAMissingFile) {
     make_blocked_profile();
+    std::filesystem::remove(usage_file_path);
     const std::string before = world::render_lists();
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
-                              "status_changed 1 1\n"
-                              "event block profile 1\n"
-                              "log send event: block profile 1 to use network\n" +
-                                  world::block_lines(both, 12) + world::block_lines(both, 14) +
-                                  "log Set activate from 0 to 1\n");
-    EXPECT_EQ(switch_value(), 1);
+    EXPECT_EQ(world::trace(), on +
+                                  "event block profile 1\n"
+                                  "log send event: block profile 1 to use network\n" +
+                                  block_lines(both, 12) + block_lines(both, 14) + turned_on +
+                                  "log export to /tmp/ApplicationData/app_usage.json success\n");
+    EXPECT_EQ(utm_app_get_activate(), 1);
     EXPECT_EQ(world::render_lists(), before);
+    const std::string written = read_file(usage_file_path);
+    EXPECT_EQ(written, export_text());
 }
 
-TEST_F(FeatureSwitch, LiftsEveryBlockWhenItGoesOff) {
-    config_user_profile_t *profile = world::make_profile(1, both);
-    profile->daily_limit_enable = 1;
-    profile->blocked = 1;
-    world::make_usage(profile, {{12, 5}});
-    world::make_policy(4, {{12, 1, 5}}, profile);
-    world::usage_of(profile, 12)->blocked = 1;
+TEST_F(FeatureSwitch, LiftsEveryBlockAndKeepsTheFlags) {
+    config_user_profile_t *profile = make_blocked_profile();
+    world::make_policy(4, {{13, 1, 60}}, profile);
+    world::make_policy(5, {{12, 2, 0}}, world::make_profile(2, {world::phone}));
     world::set_active(true);
+    std::filesystem::remove(usage_file_path);
     const std::string before = world::render_lists();
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg off\n"
-                              "status_changed 1 0\n"
-                              "event unblock profile 1\n"
-                              "log send event: unblock profile 1 to use network\n"
-                              "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
-                              "run lcsh apg acl del AA:BB:CC:DD:EE:0F 12 0\n"
-                              "run lcsh apg acl reset 00:11:22:33:44:55\n"
-                              "run lcsh apg acl reset AA:BB:CC:DD:EE:0F\n"
-                              "log Set activate from 1 to 0\n");
-    EXPECT_EQ(switch_value(), 0);
+    EXPECT_EQ(world::trace(), off +
+                                  "event unblock profile 1\n"
+                                  "log send event: unblock profile 1 to use network\n" +
+                                  world::unblock_lines(both, 12) + world::unblock_lines(both, 14) +
+                                  world::reset_lines(both) + world::reset_lines({world::phone}) +
+                                  turned_off);
+    EXPECT_EQ(utm_app_get_activate(), 0);
     EXPECT_EQ(world::render_lists(), before);
-}
-
-TEST_F(FeatureSwitch, BringsBackEveryBlockThatARecordHolds) {
-    make_blocked_profile();
-    ASSERT_EQ(utm_app_set_activate(1), 0);
-    const std::string first = world::trace();
-    ASSERT_EQ(utm_app_set_activate(0), 0);
-    world::trace();
-    ASSERT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::trace(), first);
+    EXPECT_FALSE(std::filesystem::exists(usage_file_path));
 }
 
 /// A block rule is brought back where a record holds its flag. Lifting releases the others, too,
@@ -97,80 +90,77 @@ TEST_F(FeatureSwitch, BringsBackABlockRuleOnlyWhereARecordHoldsIt) {
     world::make_policy(4, {{14, 2, 0}}, profile);
     world::set_active(true);
     const config_policy_rule_t rules[] = {{12, 2, 0}, {13, 2, 0}};
-    ASSERT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0);
-    EXPECT_EQ(world::trace(),
-              "log Policy 4 add app 12 action 2 limit 0 success\n" + world::block_lines(both, 12) +
-                  "log Policy 4 add app 13 action 2 limit 0 success\n" +
-                  world::block_lines(both, 13) + "log Add apps to policy 4 success\n");
-    const std::string before = world::render_lists();
-    EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg off\n"
-                              "status_changed 1 0\n" +
-                                  world::unblock_lines(both, 12) + world::reset_lines(both) +
-                                  "log Set activate from 1 to 0\n");
+    world::quietly([&] { ASSERT_EQ(utm_app_add_apps_to_policy(4, rules, 2), 0); });
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(utm_app_set_activate(0), 0);
+        EXPECT_EQ(world::trace(),
+                  off + world::unblock_lines(both, 12) + world::reset_lines(both) + turned_off);
+        EXPECT_EQ(utm_app_set_activate(1), 0);
+        EXPECT_EQ(world::trace(), on + block_lines(both, 12) + turned_on);
+    }
+}
+
+TEST_F(FeatureSwitch, LeavesAnExistingFileAsItIs) {
+    for (const char *text : {"old", ""}) {
+        world::set_active(false);
+        write_file(usage_file_path, text);
+        set_last_export(5);
+        EXPECT_EQ(utm_app_set_activate(1), 0);
+        EXPECT_EQ(world::trace(), on + turned_on);
+        EXPECT_EQ(read_file(usage_file_path), text);
+        EXPECT_EQ(last_export_statistics_ts, 5);
+    }
+}
+
+TEST_F(FeatureSwitch, LooksForTheFileAfterTheBlocksAreAppliedWhateverTheirLinesSay) {
+    std::filesystem::remove(usage_file_path);
+    // Whoever answers the guard's command line may still put the file in place.
+    world::on_system([](const std::string &line) {
+        if (line == "lcsh apg on")
+            write_file(usage_file_path, "from the shell");
+        return 32512;
+    });
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
-                              "status_changed 1 1\n" +
-                                  world::block_lines(both, 12) + "log Set activate from 0 to 1\n");
-    EXPECT_EQ(world::render_lists(), before);
+    EXPECT_EQ(world::trace(), on + turned_on);
+    EXPECT_EQ(read_file(usage_file_path), "from the shell");
+}
+
+TEST_F(FeatureSwitch, TurnsAlthoughTheFileCannotBeWritten) {
+    std::filesystem::remove_all("/tmp/ApplicationData");
+    EXPECT_EQ(utm_app_set_activate(1), 0);
+    EXPECT_EQ(world::trace(),
+              on + turned_on + "log export to /tmp/ApplicationData/app_usage.json failed\n");
+    EXPECT_EQ(utm_app_get_activate(), 1);
 }
 
 TEST_F(FeatureSwitch, OnlyWritesItsLineWhenItStandsThereAlready) {
     make_blocked_profile();
+    std::filesystem::remove(usage_file_path);
     EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::trace(), "log Set activate from 0 to 0\n");
     world::set_active(true);
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::trace(), "log Set activate from 1 to 1\n");
-    EXPECT_EQ(switch_value(), 1);
+    EXPECT_EQ(world::trace(), "log Set activate from 0 to 0\n"
+                              "log Set activate from 1 to 1\n");
+    EXPECT_FALSE(std::filesystem::exists(usage_file_path));
 }
 
 TEST_F(FeatureSwitch, KnowsOnlyOnAndOff) {
     make_blocked_profile();
     for (const bool active : {false, true})
-        for (const uint32_t value : {2U, 3U, 255U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
+        for (const uint32_t value : {2U, 255U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
             world::set_active(active);
             EXPECT_EQ(utm_app_set_activate(value), -1) << value;
             EXPECT_EQ(world::trace(), "") << value;
-            EXPECT_EQ(switch_value(), active ? 1 : 0) << value;
+            EXPECT_EQ(utm_app_get_activate(), active ? 1 : 0) << value;
         }
 }
 
-TEST_F(FeatureSwitch, TurnsTheGuardOfAnEmptyStore) {
+TEST_F(FeatureSwitch, ActsInSilenceWhileLoggingIsOff) {
+    std::filesystem::remove(usage_file_path);
+    ASSERT_EQ(utm_app_debug_set(0), 0);
     EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(utm_app_set_activate(0), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
-                              "status_changed 1 1\n"
-                              "log Set activate from 0 to 1\n"
-                              "run lcsh apg off\n"
-                              "status_changed 1 0\n"
-                              "log Set activate from 1 to 0\n");
-}
-
-TEST_F(FeatureSwitch, TurnsAlthoughItsLinesFail) {
-    world::on_system([](const std::string &) { return 32512; });
-    EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
-                              "status_changed 1 1\n"
-                              "log Set activate from 0 to 1\n");
-    EXPECT_EQ(switch_value(), 1);
-}
-
-TEST_F(FeatureSwitch, LeavesRulesThatNobodyReachedYetAlone) {
-    config_user_profile_t *profile = world::make_profile(1, both);
-    world::make_usage(profile, {{12, 5}});
-    world::make_policy(4, {{12, 2, 0}, {13, 2, 0}}, profile);
-    world::usage_of(profile, 12)->blocked = 0;
-    EXPECT_EQ(utm_app_set_activate(1), 0);
-    EXPECT_EQ(world::trace(), "run lcsh apg on\n"
-                              "status_changed 1 1\n"
-                              "log Set activate from 0 to 1\n");
-}
-
-TEST_F(FeatureSwitch, DoesNotRewriteAUsageFileThatExists) {
-    EXPECT_EQ(utm_app_set_activate(1), 0);
-    std::ifstream file(usage_file_path);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "of before");
+    EXPECT_EQ(world::trace(), on);
+    EXPECT_TRUE(std::filesystem::exists(usage_file_path));
 }
 
 } // namespace
