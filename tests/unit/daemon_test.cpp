@@ -65,7 +65,9 @@ TEST_F(Daemon, HandlesEachSignal) {
         int signo, running_after;
         const char *trace;
     } const table[] = {
-        {SIGINT, 0, ""}, {SIGPIPE, 1, "log Receive SIGPIPE\n"}, {SIGTERM, 1, ""}, {SIGHUP, 1, ""},
+        {SIGINT, 0, ""},
+        {SIGPIPE, 1, "log Receive SIGPIPE\n"},
+        {SIGTERM, 1, ""},
         {0, 1, ""},
     };
     for (const auto &row : table) {
@@ -176,32 +178,23 @@ std::vector<int> ticks_within(int sleeps_wanted) {
 }
 
 TEST_F(Daemon, TicksAtOnceAndThenEverySixtySleeps) {
-    struct {
-        int sleeps;
-        std::vector<int> ticks;
-    } const table[] = {
-        {1, {0}}, {59, {0}}, {60, {0}}, {61, {0, 60}}, {120, {0, 60}}, {121, {0, 60, 120}},
+    const std::pair<int, std::vector<int>> table[] = {
+        {1, {0}}, {60, {0}}, {61, {0, 60}}, {120, {0, 60}}, {121, {0, 60, 120}},
     };
-    for (const auto &row : table) {
+    for (const auto &[sleeps, ticks] : table) {
         SetUp();
-        EXPECT_EQ(ticks_within(row.sleeps), row.ticks) << row.sleeps;
+        EXPECT_EQ(ticks_within(sleeps), ticks) << sleeps;
     }
 }
 
-TEST_F(Daemon, CollectsProfilesBeforeTheRouterInATick) {
+TEST_F(Daemon, CollectsProfilesThenTheRouterAndExportsInATick) {
     world::make_profile(1, {world::tablet});
-    ticks_within(1);
-    EXPECT_EQ(world::trace(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
-                              "'{\"s\":1772625540,\"e\":1772625540,\"mac\":\"001122334455 \"}'\n"
-                              "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
-                              "'{\"s\":1772625540,\"e\":1772625540}'\n");
-}
-
-TEST_F(Daemon, ExportsWhatATickHasCollected) {
     world::set_active(true);
     last_export_statistics_ts = 0;
     ticks_within(1);
     EXPECT_EQ(world::trace(), "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
+                              "'{\"s\":1772625540,\"e\":1772625540,\"mac\":\"001122334455 \"}'\n"
+                              "query ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                               "'{\"s\":1772625540,\"e\":1772625540}'\n"
                               "log export to /tmp/ApplicationData/app_usage.json failed\n");
 }
@@ -248,22 +241,6 @@ protected:
     }
 };
 
-TEST_F(DaemonStart, OpensTheControlSocketToEverybody) {
-    ASSERT_EQ(utm_app_config_handler_init(), 0);
-    struct stat status = {};
-    ASSERT_EQ(stat(UTM_APP_CONFIG_SOCKET_PATH, &status), 0);
-    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777));
-    EXPECT_EQ(fd_event_max_fd(), listen_fd);
-    EXPECT_EQ(world::trace(), "");
-}
-
-TEST_F(DaemonStart, TakesOverTheSocketOfAnEarlierRun) {
-    ASSERT_EQ(utm_app_config_handler_init(), 0);
-    close(listen_fd);
-    EXPECT_EQ(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::trace(), "");
-}
-
 TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
     world::set_now(1'772'700'000);
     {
@@ -273,54 +250,27 @@ TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
         utm_app_config_global_app_stat_list = {};
         utm_app_config_global_app_stat_list_count = 9;
     }
-    ASSERT_EQ(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::render_lists(), "");
-    EXPECT_EQ(last_export_statistics_ts, 1'772'700'000);
-    const mutex_guard lock(utm_app_config_mutex);
-    EXPECT_TRUE(list_is_empty(&utm_app_config_global_app_stat_list));
-    EXPECT_EQ(utm_app_config_global_app_stat_list_count, 0);
-    EXPECT_EQ(utm_app_config_global_app_stat_last_ts, 1'772'700'000);
-}
-
-TEST_F(DaemonStart, ForgetsDescriptorsOfBefore) {
     fd_event_add(127, fd_event_read, nullptr);
     ASSERT_EQ(utm_app_config_handler_init(), 0);
-    EXPECT_FALSE(fd_event_is_registered(127));
+    EXPECT_EQ(world::trace(), "");
+    EXPECT_EQ(world::render_store(), "router: apps 0, collected +74400\n");
+    EXPECT_EQ(last_export_statistics_ts, 1'772'700'000);
+    EXPECT_EQ(fd_event_max_fd(), listen_fd);
     EXPECT_TRUE(fd_event_is_registered(listen_fd));
 }
 
 TEST_F(DaemonStart, ReportsASocketThatCannotBeBound) {
+    const std::string failed = "log utm_app_config_socket_init_binding failed\n";
     fs::create_directory(UTM_APP_CONFIG_SOCKET_PATH);
     EXPECT_LT(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::trace(), "log Can't bind unix address: /dev/utm_app_config_socket(98)\n"
-                              "log utm_app_config_socket_init_binding failed\n");
-}
-
-TEST_F(DaemonStart, ReportsASocketThatCannotBeBoundWhileLoggingIsOff) {
+    EXPECT_EQ(world::trace(),
+              "log Can't bind unix address: /dev/utm_app_config_socket(98)\n" + failed);
     ASSERT_EQ(utm_app_debug_set(0), 0);
-    fs::create_directory(UTM_APP_CONFIG_SOCKET_PATH);
     EXPECT_LT(utm_app_config_handler_init(), 0);
-    EXPECT_EQ(world::trace(), "log utm_app_config_socket_init_binding failed\n");
+    EXPECT_EQ(world::trace(), failed);
 }
 
-TEST_F(Daemon, StartsTheControlSocketThread) {
-    const pthread_attr_t *attributes = nullptr;
-    world::thread_body_t *body = nullptr;
-    void *argument = &body;
-    world::on_thread([&](const pthread_attr_t *a, world::thread_body_t *b, void *c) {
-        attributes = a;
-        body = b;
-        argument = c;
-        return 0;
-    });
-    EXPECT_EQ(utm_app_config_handler_start(), 0);
-    EXPECT_EQ(attributes, nullptr);
-    EXPECT_EQ(body, utm_app_config_handler);
-    EXPECT_EQ(argument, nullptr);
-    EXPECT_EQ(world::trace(), "log Config handler init success\n");
-}
-
-TEST_F(Daemon, ReportsHowTheThreadStarted) {
+TEST_F(Daemon, StartsTheControlSocketThreadAndReportsHow) {
     struct {
         int error, result;
         unsigned debug;
@@ -334,7 +284,13 @@ TEST_F(Daemon, ReportsHowTheThreadStarted) {
     for (const auto &row : table) {
         SetUp();
         ASSERT_EQ(utm_app_debug_set(row.debug), 0);
-        world::on_thread([&](auto...) { return row.error; });
+        world::on_thread(
+            [&](const pthread_attr_t *attributes, world::thread_body_t *body, void *argument) {
+                EXPECT_EQ(attributes, nullptr);
+                EXPECT_EQ(body, utm_app_config_handler);
+                EXPECT_EQ(argument, nullptr);
+                return row.error;
+            });
         EXPECT_EQ(utm_app_config_handler_start(), row.result);
         EXPECT_EQ(world::trace(), row.trace);
     }
@@ -411,6 +367,10 @@ TEST_F(DaemonExit, ReleasesEverythingAndSaysSo) {
     profile->blocked = 1;
     world::make_policy(4, {{12, 2, 0}}, profile);
     world::make_profile(3, {world::phone});
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_global_app_stat_add(305, 7);
+    }
     EXPECT_EQ(utm_app_config_handler_exit(), 0);
     EXPECT_EQ(world::trace(), "run lcsh apg acl reset 00:11:22:33:44:55\n"
                               "event unblock profile 5\n"
@@ -421,24 +381,14 @@ TEST_F(DaemonExit, ReleasesEverythingAndSaysSo) {
                               "log Flush all profiles success\n"
                               "log Reset top apps success\n"
                               "log Config handler exit\n");
+    utm_app_config_mutex.create();
+    EXPECT_EQ(world::render_store(), "router: apps 0, collected +0\n");
 }
 
 TEST_F(DaemonExit, LogsTheEndWhileLoggingIsOff) {
     ASSERT_EQ(utm_app_debug_set(0), 0);
     EXPECT_EQ(utm_app_config_handler_exit(), 0);
     EXPECT_EQ(world::trace(), "log Config handler exit\n");
-}
-
-TEST_F(DaemonExit, ForgetsTheTopApplications) {
-    {
-        const mutex_guard lock(utm_app_config_mutex);
-        utm_app_global_app_stat_add(305, 7);
-    }
-    EXPECT_EQ(utm_app_config_handler_exit(), 0);
-    utm_app_config_mutex.create();
-    const mutex_guard lock(utm_app_config_mutex);
-    EXPECT_TRUE(list_is_empty(&utm_app_config_global_app_stat_list));
-    EXPECT_EQ(utm_app_config_global_app_stat_list_count, 0);
 }
 
 } // namespace
