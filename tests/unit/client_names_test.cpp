@@ -46,7 +46,6 @@ TEST(ClientNames, AreReadLineByLine) {
         {"blanks around", "  305\t  video  \r\n", "305=video"},
         {"blanks within", "305 video and more\n", "305=video and more"},
         {"a name with a hash", "305 video # 1\n", "305=video # 1"},
-        {"a number as a name", "305 306\n", "305=306"},
         {"numbers to the ends of 32 bits", "-2147483648 a\n2147483647 b\n0 c\n",
          "-2147483648=a 2147483647=b 0=c"},
         {"the same number twice", "305 first\n305 second\n", "305=first 305=second"},
@@ -55,6 +54,7 @@ TEST(ClientNames, AreReadLineByLine) {
         {"a longer name", "305 " + cut + "y\n", "305=" + cut},
         {"a longer name with a character at the border", "305 " + cut.substr(1) + "\xc3\xa9\n",
          "305=" + cut.substr(1)},
+        {"a zero byte", std::string("305 vi\0deo\n306 chat\n", 20), "305=vi 306=chat"},
         {"a very long line", "305 " + std::string(100'000, 'x') + "\n306 chat\n",
          "305=" + cut + " 306=chat"},
     };
@@ -72,25 +72,6 @@ TEST(ClientNames, OfABadLineAreLeftOutAndToldOf) {
         EXPECT_EQ(read(std::string("# apps\n") + bad + "\n306 chat\n", &said), "306=chat") << bad;
         EXPECT_EQ(said, complaint(2)) << bad;
     }
-}
-
-TEST(ClientNames, OfAZeroByteEndTheLine) {
-    std::string said;
-    EXPECT_EQ(read(std::string("305 vi\0deo\n306 chat\n", 20), &said), "305=vi 306=chat");
-    EXPECT_EQ(said, "");
-}
-
-TEST(ClientNames, NeedAFileThatWasNamed) {
-    ctl_app_names names;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(ctl_read_names("/tmp/none", &names), CTL_USAGE);
-    EXPECT_EQ(ctl_read_names("/tmp", &names), CTL_USAGE);
-    EXPECT_EQ(
-        testing::internal::GetCapturedStderr(),
-        "utm_appctl: cannot read the applications' names from /tmp/none: No such file or "
-        "directory\n"
-        "utm_appctl: cannot read the applications' names from /tmp: it is not a regular file\n");
-    EXPECT_TRUE(names.empty());
 }
 
 TEST(ClientNames, AreFoundByNumber) {
