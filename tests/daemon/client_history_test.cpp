@@ -1,82 +1,42 @@
 /// The client's bar charts on a terminal.
 
-#include "tests/daemon/support/client_fixture.h"
+#include "tests/daemon/support/appctl.h"
+#include "tests/daemon/support/fixture.h"
 #include "tests/lib/needs.h"
 
 namespace {
 
-class ClientHistory : public client_test {
+class ClientHistory : public daemon_test {
 protected:
-    void SetUp() override {
-        client_test::SetUp();
-        add_mia();
-    }
-    /// Two hours on Tuesday, nothing on Wednesday, 45 minutes on Thursday, the third of January.
-    void use_three_days() {
-        use(120, {{305, 90}, {306, 30}});
-        sleep_over();
-        sleep_over();
-        use(45, {{305, 45}});
+    /// @return the last line of profile 3's chart
+    std::string today_on(int columns,
+                         const std::vector<std::pair<std::string, std::string>> &environment = {}) {
+        const program_end end = appctl(
+            {"usage", "3", "--history"},
+            {.environment = environment, .terminal_columns = columns, .clock_path = clock.path});
+        EXPECT_EQ(end.status, 0) << end.err;
+        const text_lines lines = sim_split_lines(end.out);
+        return lines.empty() ? "" : lines.back();
     }
 };
-
-/// The 28 days of December that a chart of the third of January begins with.
-constexpr const char *DECEMBER[] = {
-    "Tue  4 Dec", "Wed  5 Dec", "Thu  6 Dec", "Fri  7 Dec", "Sat  8 Dec", "Sun  9 Dec",
-    "Mon 10 Dec", "Tue 11 Dec", "Wed 12 Dec", "Thu 13 Dec", "Fri 14 Dec", "Sat 15 Dec",
-    "Sun 16 Dec", "Mon 17 Dec", "Tue 18 Dec", "Wed 19 Dec", "Thu 20 Dec", "Fri 21 Dec",
-    "Sat 22 Dec", "Sun 23 Dec", "Mon 24 Dec", "Tue 25 Dec", "Wed 26 Dec", "Thu 27 Dec",
-    "Fri 28 Dec", "Sat 29 Dec", "Sun 30 Dec", "Mon 31 Dec"};
-
-std::string repeat(const std::string &text, int count) {
-    std::string all;
-    for (int i = 0; i < count; ++i)
-        all += text;
-    return all;
-}
-
-/// @param nothing  what stands behind a day without use
-/// @return a chart without use in December
-std::string chart(const std::string &nothing, const std::string &tuesday,
-                  const std::string &thursday) {
-    std::string text;
-    for (const char *day : DECEMBER)
-        text += day + nothing + "\n";
-    return text + "Tue  1 Jan" + tuesday + "\nWed  2 Jan" + nothing + "\nThu  3 Jan" + thursday +
-           "\n";
-}
-
-const std::string BLOCK_CHART =
-    chart("    0   0m", "  120   2h  " + repeat("█", 58), "   45  45m  " + repeat("█", 21) + "▊");
-const std::string COLOUR_CHART =
-    chart("    0   0m", "  120   2h  \033[36m" + repeat("█", 58) + "\033[0m",
-          "   45  45m  \033[33m" + repeat("█", 21) + "▊\033[0m");
 
 const std::pair<std::string, std::string> UTF_8 = {"LC_ALL", "C.UTF-8"};
 
 } // namespace
 
-TEST_F(ClientHistory, ATerminalGetsColoursAndNoLineThatIsTooLong) {
+TEST_F(ClientHistory, ATerminalGetsColoursUnlessSomebodyWantsNone) {
     UTM_NEEDS("pseudo-terminals", have_terminals());
-    use_three_days();
-    const std::string narrow =
-        chart("    0   0m", "  120   2h  \033[36m" + repeat("#", 18) + "\033[0m",
-              "   45  45m  \033[33m" + repeat("#", 7) + "\033[0m");
+    start();
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), OK);
+    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, {2})), OK);
+    prescribe("reply.profile", usage_reply({{305, 45}}));
+    tick();
+    const std::string plain = "Tue  1 Jan  45  45m  ███████████████████";
+    const std::string coloured = "Tue  1 Jan  45  45m  \033[33m███████████████████\033[0m";
 
-    EXPECT_EQ(ctl({"usage", "3", "--history"}, {.environment = {UTF_8}, .terminal_columns = 80}),
-              done(COLOUR_CHART));
-    EXPECT_EQ(ctl({"usage", "3", "--history"}, {.terminal_columns = 40}), done(narrow));
-}
-
-TEST_F(ClientHistory, WhoWantsNoColoursGetsNone) {
-    UTM_NEEDS("pseudo-terminals", have_terminals());
-    use_three_days();
-    const std::vector<std::string> verb = {"usage", "3", "--history"};
-
-    EXPECT_EQ(ctl(verb, {.environment = {UTF_8, {"NO_COLOR", "1"}}, .terminal_columns = 80}),
-              done(BLOCK_CHART));
-    EXPECT_EQ(ctl(verb, {.environment = {UTF_8, {"TERM", "dumb"}}, .terminal_columns = 80}),
-              done(BLOCK_CHART));
-    EXPECT_EQ(ctl(verb, {.environment = {UTF_8, {"NO_COLOR", ""}}, .terminal_columns = 80}),
-              done(COLOUR_CHART));
+    EXPECT_EQ(today_on(40, {UTF_8}), coloured);
+    EXPECT_EQ(today_on(36), "Tue  1 Jan  45  45m  \033[33m###############\033[0m");
+    EXPECT_EQ(today_on(40, {UTF_8, {"NO_COLOR", "1"}}), plain);
+    EXPECT_EQ(today_on(40, {UTF_8, {"TERM", "dumb"}}), plain);
+    EXPECT_EQ(today_on(40, {UTF_8, {"NO_COLOR", ""}}), coloured);
 }

@@ -18,24 +18,12 @@ using testing::IsEmpty;
 
 namespace {
 
-const sim_mac FIRST_DEVICE = {0x02, 0, 0, 0, 0, 0x01};
-const sim_mac SECOND_DEVICE = {0x02, 0, 0, 0, 0, 0x02};
-
 class DaemonLife : public daemon_test {
 protected:
-    /// Two profiles that have something to be released when the daemon stops: profile 1 with two
-    /// devices is blocked, profile 2 has none.
-    void set_up_a_blocked_profile() {
-        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 1}), 0);
+    /// Profile 1 has a device.
+    static void add_a_device() {
         EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 2}), 0);
-        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
-        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, SECOND_DEVICE)), 0);
-        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = 1, .arg2 = 1}), 0);
-        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT, .arg0 = 1, .arg3 = 5}), 0);
-        prescribe("reply.profile",
-                  R"({"data":[{"type":"INTERNET","app_id":0,"total_time_usage":5}]})");
-        tick();
+        EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, {2, 0, 0, 0, 0, 1})), 0);
     }
 };
 
@@ -54,7 +42,7 @@ TEST_F(DaemonLife, ItDetachesAndItsStarterEndsWithStatus0) {
     EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3)) << "3 is the socket";
 }
 
-TEST_F(DaemonLife, ItStartsWithItsStandardStreamsClosedToo) {
+TEST_F(DaemonLife, ItStartsWithItsStandardStreamsClosedTooAndInSilence) {
     options.in_child = [] {
         for (int fd = 0; fd <= 2; ++fd)
             close(fd);
@@ -65,12 +53,6 @@ TEST_F(DaemonLife, ItStartsWithItsStandardStreamsClosedToo) {
     EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3));
     for (int fd = 0; fd <= 2; ++fd)
         EXPECT_EQ(descriptor_target(daemon.pid, fd), "/dev/null") << fd;
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
-}
-
-TEST_F(DaemonLife, ItStartsInSilence) {
-    start();
-
     EXPECT_FALSE(std::filesystem::exists("/tmp/utm_log"));
     EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData"));
 }
@@ -112,33 +94,6 @@ TEST_F(DaemonLife, TheFirstTickComesAtOnceAndTheOthersEverySixtySeconds) {
                                        router_query(NOON + 60, NOON + 120)));
 }
 
-TEST_F(DaemonLife, ATickQueriesTheProfilesInOrderAndThenTheRouter) {
-    start();
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 5}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 4}), 0);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 3}), 0);
-    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 3, SECOND_DEVICE)), 0);
-    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, FIRST_DEVICE)), 0);
-    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 5, SECOND_DEVICE)), 0);
-
-    tick();
-
-    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON),
-                                       device_query(NOON, NOON + 60, "020000000001 020000000002 "),
-                                       device_query(NOON, NOON + 60, "020000000002 "),
-                                       router_query(NOON, NOON + 60)));
-}
-
-TEST_F(DaemonLife, TheSocketAnswersWhileAQueryRuns) {
-    start();
-    shut_gate("ubus");
-    sim_clock_grant(&clock, 60);
-    ASSERT_TRUE(wait_for_journal("ubus", 2));
-
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_SET_EXPORT_INTERVAL, .arg0 = 7}), 0);
-}
-
 TEST_F(DaemonLife, AnInterruptDuringStartUpLeadsStraightToTheEnd) {
     UTM_NEEDS("directory-notifications", access("/proc/sys/fs/dir-notify-enable", F_OK) == 0);
     // The kernel interrupts the daemon the moment its socket appears.
@@ -160,11 +115,8 @@ TEST_F(DaemonLife, AnInterruptDuringStartUpLeadsStraightToTheEnd) {
 
 TEST_F(DaemonLife, AnInterruptDuringATickLetsTheTickFinish) {
     start_with_log();
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
-    shut_gate("ubus");
-    sim_clock_grant(&clock, 60);
-    ASSERT_TRUE(wait_for_journal("ubus"));
+    add_a_device();
+    hold_up_a_tick();
 
     ASSERT_TRUE(sim_daemon_signal(daemon, SIGINT));
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
@@ -180,31 +132,8 @@ TEST_F(DaemonLife, AnInterruptDuringATickLetsTheTickFinish) {
                             router_query(NOON, NOON + 60), "lcsh apg acl reset 02:00:00:00:00:01"));
 }
 
-TEST_F(DaemonLife, TheEndReleasesEveryDeviceAndSaysSo) {
-    start_with_log();
-    set_up_a_blocked_profile();
-    ASSERT_EQ(journal().back(), router_query(NOON, NOON + 60));
-    const size_t log_length = log_lines().size();
-    const size_t journal_length = journal().size();
-
-    stop();
-
-    const text_lines log = log_lines();
-    EXPECT_EQ(
-        text_lines(log.begin() + static_cast<long>(log_length), log.end()),
-        (text_lines{"send event: unblock profile 1 to use network",
-                    "Delete user profile 1 and unblock all success",
-                    "Delete user profile 2 and unblock all success", "Flush all profiles success",
-                    "Reset top apps success", "Config handler exit"}));
-    const text_lines seen = journal();
-    EXPECT_EQ(text_lines(seen.begin() + static_cast<long>(journal_length), seen.end()),
-              (text_lines{"lcsh apg acl reset 02:00:00:00:00:01",
-                          "lcsh apg acl reset 02:00:00:00:00:02", "notify unblock profile 1"}));
-}
-
 TEST_F(DaemonLife, TheEndIsLoggedWithTheDebugLogOffToo) {
     start();
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
 
     stop();
 
@@ -226,23 +155,11 @@ TEST_F(DaemonLife, TheEndLeavesThePathToWhoeverHasTakenIt) {
 
 TEST_F(DaemonLife, ATerminationSignalEndsItWithoutTheClosingWork) {
     start_with_log();
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    EXPECT_EQ(ask(sim_device_command(UTM_APP_CONFIG_ADD_DEVICE, 1, FIRST_DEVICE)), 0);
+    add_a_device();
 
     ASSERT_TRUE(sim_daemon_signal(daemon, SIGTERM));
 
     EXPECT_EQ(sim_daemon_wait_exit(&daemon).signal, SIGTERM);
     EXPECT_EQ(log_count("Config handler exit"), 0u);
     EXPECT_THAT(journal(), IsEmpty());
-}
-
-TEST_F(DaemonLife, ASecondLifeStartsFromNothing) {
-    start();
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = 1}), 0);
-    stop();
-
-    ASSERT_TRUE(sim_daemon_start(&daemon, options));
-
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_GET_PROFILE_USAGE, .arg0 = 1}),
-              UTM_APP_CONFIG_STATUS_FAIL);
 }

@@ -78,15 +78,6 @@ TEST_F(DaemonOverload, AFullTableIsServedAgainWhenItsClientsGo) {
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 }
 
-TEST_F(DaemonOverload, AFullTableDoesNotHoldUpTheTicks) {
-    start();
-    connect_clients(FIRST_REFUSED - next_descriptor(daemon.pid));
-
-    tick();
-
-    EXPECT_EQ(journal().back(), router_query(NOON, NOON + 60));
-}
-
 TEST_F(DaemonOverload, WithoutADescriptorTheDaemonWaitsAndDoesNotSpin) {
     start();
     ASSERT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);

@@ -5,8 +5,6 @@
 #include "tests/lib/needs.h"
 
 #include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 using testing::ElementsAre;
@@ -16,77 +14,7 @@ namespace {
 
 class DaemonSocket : public daemon_test {};
 
-/// Leaves a socket file behind as a daemon does that was killed.
-void leave_a_stale_socket() {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    memcpy(address.sun_path, UTM_APP_CONFIG_SOCKET_PATH, sizeof UTM_APP_CONFIG_SOCKET_PATH);
-    EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
-    close(fd);
-}
-
 } // namespace
-
-TEST_F(DaemonSocket, EveryLocalUserMayConnect) {
-    start();
-
-    struct stat status = {};
-    ASSERT_EQ(stat(UTM_APP_CONFIG_SOCKET_PATH, &status), 0);
-    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0777));
-}
-
-TEST_F(DaemonSocket, AStaleSocketFileIsReplaced) {
-    leave_a_stale_socket();
-    ASSERT_EQ(sim_connect(), -1);
-
-    start();
-
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
-}
-
-TEST_F(DaemonSocket, AFileInTheWayIsReplaced) {
-    ASSERT_TRUE(sim_write_file(UTM_APP_CONFIG_SOCKET_PATH, "not a socket"));
-
-    start();
-
-    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
-}
-
-TEST_F(DaemonSocket, ARequestOf136BytesGetsOneReplyOf832) {
-    start();
-
-    const sim_answer answer = sim_ask_bytes(PING);
-
-    EXPECT_EQ(answer.bytes.size(), UTM_APP_CONFIG_REPLY_SIZE);
-    EXPECT_TRUE(answer.closed);
-}
-
-TEST_F(DaemonSocket, ARequestThatIsNotWholeGetsNoReply) {
-    start_with_log();
-
-    for (const size_t size : {1u, 68u, 135u}) {
-        const sim_answer answer = sim_ask_bytes(PING.substr(0, size));
-        EXPECT_EQ(answer.bytes, "") << size;
-        EXPECT_TRUE(answer.closed) << size;
-    }
-
-    EXPECT_THAT(log_lines(), IsEmpty());
-}
-
-TEST_F(DaemonSocket, WhatFollowsARequestIsLost) {
-    start_with_log();
-
-    for (const size_t extra : {1u, 136u, 5000u}) {
-        const sim_answer answer = sim_ask_bytes(PING + std::string(extra, '\0'));
-        EXPECT_EQ(answer.replies.size(), 1u) << extra;
-        EXPECT_TRUE(answer.closed) << extra;
-    }
-
-    EXPECT_THAT(log_lines(),
-                ElementsAre("[socket] Receive cmd type=0", "[socket] Receive cmd type=0",
-                            "[socket] Receive cmd type=0"));
-}
 
 TEST_F(DaemonSocket, ARequestWhosePiecesArriveApartGetsNoReply) {
     start_with_log();
@@ -115,23 +43,6 @@ TEST_F(DaemonSocket, ARequestWhosePiecesWaitTogetherIsServed) {
     EXPECT_EQ(sim_status(sim_read_answer(busy)), UTM_APP_CONFIG_STATUS_OK);
     close(fd);
     close(busy);
-}
-
-TEST_F(DaemonSocket, TypesThatAreNotServedCloseTheConnectionUnanswered) {
-    start_with_log();
-    const std::set<int> served = {0,  1,  2,  3,  4,  26, 27, 28, 29, 30, 31, 32, 33, 34, 35,
-                                  36, 37, 39, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51};
-    text_lines expected;
-    for (int type = 0; type <= 255; ++type) {
-        if (served.count(type) != 0)
-            continue;
-        const sim_answer answer = sim_ask({.type = static_cast<uint8_t>(type), .arg0 = 1});
-        EXPECT_EQ(answer.bytes, "") << type;
-        EXPECT_TRUE(answer.closed) << type;
-        expected.push_back("[socket] Receive cmd type=" + std::to_string(type));
-    }
-
-    EXPECT_EQ(log_lines(), expected);
 }
 
 TEST_F(DaemonSocket, AClientThatSaysNothingDelaysNobody) {
@@ -186,19 +97,4 @@ TEST_F(DaemonSocket, ClientsThatAreReadyTogetherAreServedInSlotOrderEachInFull) 
                 ElementsAre("[socket] Receive cmd type=31", "[socket] Receive cmd type=0"));
     for (const int fd : {first, second, busy})
         close(fd);
-}
-
-TEST_F(DaemonSocket, ClosingTheHighestDescriptorLeavesTheOthersServed) {
-    start();
-    const int low = sim_connect();
-    ASSERT_TRUE(wait_for_descriptors(5));
-    const int high = sim_connect();
-    ASSERT_TRUE(wait_for_descriptors(6));
-
-    ASSERT_TRUE(sim_send(high, PING));
-    EXPECT_EQ(sim_status(sim_read_answer(high)), UTM_APP_CONFIG_STATUS_OK);
-    ASSERT_TRUE(sim_send(low, PING));
-    EXPECT_EQ(sim_status(sim_read_answer(low)), UTM_APP_CONFIG_STATUS_OK);
-    close(low);
-    close(high);
 }

@@ -11,17 +11,12 @@ namespace {
 constexpr unsigned CLIENTS = 4;
 constexpr size_t COMMANDS = 10'000;
 
-constexpr char USAGE_OF_ALL[] = R"({"data":[{"type":"APP","app_id":301,"total_time_usage":7},
-                                     {"type":"APP","app_id":305,"total_time_usage":1},
-                                     {"type":"APP","app_id":310,"total_time_usage":20},
-                                     {"type":"INTERNET","app_id":0,"total_time_usage":9}]})";
-
 class DaemonThreads : public daemon_test {
 protected:
     void SetUp() override {
         daemon_test::SetUp();
         std::filesystem::create_directory("/tmp/ApplicationData");
-        prescribe("reply", USAGE_OF_ALL);
+        prescribe("reply", usage_reply({{301, 7}, {305, 1}, {310, 20}, {0, 9}}));
         start();
     }
 };

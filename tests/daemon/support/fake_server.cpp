@@ -2,7 +2,6 @@
 
 #include "sim/harness/client.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <linux/sockios.h>
@@ -25,11 +24,6 @@ fake_server::~fake_server() {
     unlink(path_.c_str());
 }
 
-std::vector<std::string> fake_server::requests() const {
-    const std::lock_guard lock(mutex_);
-    return requests_;
-}
-
 void fake_server::serve_until_stopped(const fake_service &serve) {
     pollfd events[] = {{.fd = listener_, .events = POLLIN, .revents = 0},
                        {.fd = stop_, .events = POLLIN, .revents = 0}};
@@ -38,10 +32,6 @@ void fake_server::serve_until_stopped(const fake_service &serve) {
         std::string request(4096, '\0');
         const ssize_t size = recv(fd, request.data(), request.size(), 0);
         request.resize(size > 0 ? static_cast<size_t>(size) : 0);
-        {
-            const std::lock_guard lock(mutex_);
-            requests_.push_back(request);
-        }
         serve(fd, request);
         close(fd);
     }
@@ -50,16 +40,11 @@ void fake_server::serve_until_stopped(const fake_service &serve) {
 std::string wire_of(const fake_reply &reply) {
     utm_app_config_reply wire = {};
     wire.status = reply.status;
-    for (int32_t *figure :
-         {&wire.daily_used, &wire.weekly_used, &wire.monthly_used, &wire.daily_limit_enable,
-          &wire.daily_limit, &wire.extend, &wire.export_interval_minute})
-        *figure = reply.minutes;
     wire.activate = reply.activate;
     wire.app_usage_app_id = wire.prev_day_app_id = reply.app_id;
     wire.app_usage_value = reply.app_minutes;
     wire.weekday_day = reply.weekday;
     wire.weekday_limit = reply.weekday_minutes;
-    std::copy(reply.history.begin(), reply.history.end(), wire.prev_day_data);
     return std::string(reinterpret_cast<const char *>(&wire), sizeof wire);
 }
 

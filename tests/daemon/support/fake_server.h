@@ -6,7 +6,6 @@
 #include "tests/daemon/support/appctl.h"
 
 #include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,30 +30,23 @@ public:
     fake_server(const fake_server &) = delete;
     fake_server &operator=(const fake_server &) = delete;
 
-    /// @return the bytes of every request so far, in order
-    std::vector<std::string> requests() const;
-
 private:
     void serve_until_stopped(const fake_service &serve);
 
     std::string path_;
     int listener_ = -1;
     int stop_ = -1; ///< readable once the server is to go
-    mutable std::mutex mutex_;
-    std::vector<std::string> requests_;
     std::thread thread_;
 };
 
 /// A reply with everything that it does not name at zero: `{.status = 2, .app_id = 305}`.
 struct fake_reply {
     uint8_t status = UTM_APP_CONFIG_STATUS_OK;
-    int32_t minutes = 0;               ///< every figure that a single reply can have
-    int32_t activate = 0;              ///< GET_STATUS
-    int32_t app_id = 0;                ///< of an entry of either list of applications
-    int32_t app_minutes = 0;           ///< GET_APP_USAGE
-    int32_t weekday = 0;               ///< GET_WEEKDAY_DAILY_LIMIT
-    int32_t weekday_minutes = 0;       ///< GET_WEEKDAY_DAILY_LIMIT
-    std::vector<int32_t> history = {}; ///< GET_PREV_DAY_USAGE, the newest first
+    int32_t activate = 0;        ///< GET_STATUS
+    int32_t app_id = 0;          ///< of an entry of either list of applications
+    int32_t app_minutes = 0;     ///< GET_APP_USAGE
+    int32_t weekday = 0;         ///< GET_WEEKDAY_DAILY_LIMIT
+    int32_t weekday_minutes = 0; ///< GET_WEEKDAY_DAILY_LIMIT
 };
 
 /// @return a reply as the wire has it

@@ -100,11 +100,6 @@ int load_signature(const std::string &path) {
     return ask(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, path));
 }
 
-std::string empty_document(time_t now) {
-    return "{\"user_profile_list\":[],\"timestamp\":" + std::to_string(now) +
-           ",\"global_stat\":[]}";
-}
-
 int send_request(const utm_app_config_cmd &request) {
     const int fd = sim_connect();
     EXPECT_TRUE(sim_send(fd, sim_bytes(request)));
@@ -118,9 +113,9 @@ void prescribe(const char *which, const std::string &reply) {
 std::string usage_reply(const std::vector<std::pair<int, int>> &apps) {
     std::string text;
     for (const auto &[app_id, minutes] : apps)
-        text += std::string(text.empty() ? "" : ",") +
-                "{\"type\":\"APP\",\"app_id\":" + std::to_string(app_id) +
-                ",\"total_time_usage\":" + std::to_string(minutes) + "}";
+        text += std::string(text.empty() ? "" : ",") + R"({"type":")" +
+                (app_id == 0 ? "INTERNET" : "APP") + R"(","app_id":)" + std::to_string(app_id) +
+                R"(,"total_time_usage":)" + std::to_string(minutes) + "}";
     return "{\"data\":[" + text + "]}\n";
 }
 
@@ -198,6 +193,13 @@ void daemon_test::start_with_log() {
 void daemon_test::tick(int minutes) {
     for (int i = 0; i < minutes; ++i)
         ASSERT_TRUE(sim_clock_advance(&clock, 60));
+}
+
+void daemon_test::hold_up_a_tick() {
+    const size_t before = count_containing(journal(), "ubus");
+    shut_gate("ubus");
+    sim_clock_grant(&clock, 60);
+    ASSERT_TRUE(wait_for_journal("ubus", before + 1));
 }
 
 void daemon_test::stop() {

@@ -15,10 +15,8 @@
 using text_lines = std::vector<std::string>;
 
 inline constexpr char LOG_PATH[] = "/tmp/utm_log/utm_app_log";
-inline constexpr char USAGE_PATH[] = "/tmp/ApplicationData/app_usage.json";
 inline constexpr char ROUTER_DIR[] = "/tmp/router";
 inline constexpr int OK = UTM_APP_CONFIG_STATUS_OK;
-inline constexpr int FAIL = UTM_APP_CONFIG_STATUS_FAIL;
 /// Tuesday 2030-01-01 12:00:00, in the daemon's time zone UTC.
 inline constexpr time_t NOON = 1893499200;
 
@@ -55,14 +53,12 @@ inline const std::string PING = sim_bytes({.type = UTM_APP_CONFIG_PING});
 /// Asks for a signature to be loaded; @return the status
 int load_signature(const std::string &path);
 
-/// @return the usage file of a household without anybody
-std::string empty_document(time_t now);
-
 /// Prescribes the statistics service's reply to every query ("reply"), to those for a profile
 /// ("reply.profile") or to those for the router ("reply.router").
 void prescribe(const char *which, const std::string &reply);
 
-/// @return a reply of the statistics service with one figure per application: (id, minutes)
+/// @return a reply of the statistics service with one figure per application: (id, minutes); 0 is
+/// the time online
 std::string usage_reply(const std::vector<std::pair<int, int>> &apps);
 
 /// Makes fakes whose command line contains `part` wait; `open_gates` lets all of them go.
@@ -93,6 +89,8 @@ protected:
     void launch();
     /// Lets a minute pass, at the end of which the daemon has worked off a tick.
     void tick(int minutes = 1);
+    /// Lets a minute pass and the tick's first query wait until `open_gates`.
+    void hold_up_a_tick();
     /// Stops the daemon and expects status 0.
     void stop();
     /// Keeps the socket's thread busy with a signature that loads until `open_gates`.
