@@ -1,20 +1,20 @@
 #include "sim/router/scenario.h"
 
+#include "sim/harness/files.h"
 #include "sim/router/router_dir.h"
 #include "sim/router/usage.h"
 #include "tests/lib/world.h"
-#include "tests/unit/support/fakes.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <vector>
 
 namespace {
-
-using result = program_end;
 
 constexpr char household[] = "person mia 3 Mia\n"
                              "person tom 4 Tom\n"
@@ -31,14 +31,18 @@ class SimScenario : public testing::Test {
 protected:
     void SetUp() override {
         world::reset();
-        fakes::reset();
+        std::filesystem::create_directory("/tmp/router");
+        setenv(SIM_ROUTER_VARIABLE, "/tmp/router", 1);
     }
-    void TearDown() override { fakes::remove(); }
+    void TearDown() override {
+        std::filesystem::remove_all("/tmp/router");
+        unsetenv(SIM_ROUTER_VARIABLE);
+    }
 
     /// Reads the household's scenario with further lines.
     void live(const std::string &lines) {
         std::string error;
-        fakes::write("scenario", household + lines);
+        ASSERT_TRUE(sim_write_file(path_, household + lines));
         ASSERT_TRUE(scenario_read(path_, &scene_, &error)) << error;
     }
 
@@ -72,7 +76,7 @@ protected:
         return element.app_id == 0 ? element.type : std::to_string(element.app_id);
     }
 
-    const std::string path_ = std::string(fakes::router_dir) + "/scenario";
+    const std::string path_ = "/tmp/router/scenario";
     scenario scene_;
 };
 
@@ -222,119 +226,10 @@ TEST_F(SimScenario, BlocksNoApplicationWhereNoneIsUsed) {
     EXPECT_EQ(usage(whole_router(span(17, 0, 18, 0))), "");
 }
 
-TEST_F(SimScenario, IsWhatUbusAnswers) {
-    live("use tablet video 12:00 12:03\n"
-         "use laptop chat 12:01 12:02\n");
-    const std::string head = R"({"s":1772625600,"e":1772625780)";
-    struct {
-        std::string arguments;
-        const char *reply;
-    } const table[] = {
-        {head + "}", "{\n\t\"data\": [\n"
-                     "\t\t{\n\t\t\t\"type\": \"APP\",\n\t\t\t\"app_id\": 305,\n"
-                     "\t\t\t\"total_time_usage\": 3\n\t\t},\n"
-                     "\t\t{\n\t\t\t\"type\": \"APP\",\n\t\t\t\"app_id\": 12,\n"
-                     "\t\t\t\"total_time_usage\": 1\n\t\t},\n"
-                     "\t\t{\n\t\t\t\"type\": \"INTERNET\",\n\t\t\t\"app_id\": 0,\n"
-                     "\t\t\t\"total_time_usage\": 3\n\t\t}\n\t]\n}\n"},
-        {head + R"(,"mac":"AABBCCDDEE0F 020000000001 "})",
-         "{\n\t\"data\": [\n"
-         "\t\t{\n\t\t\t\"type\": \"APP\",\n\t\t\t\"app_id\": 12,\n"
-         "\t\t\t\"total_time_usage\": 1\n\t\t},\n"
-         "\t\t{\n\t\t\t\"type\": \"INTERNET\",\n\t\t\t\"app_id\": 0,\n"
-         "\t\t\t\"total_time_usage\": 1\n\t\t}\n\t]\n}\n"},
-    };
-    for (const auto &row : table)
-        EXPECT_EQ(fakes::run("ubus", {"-t", "2", "call", "lc-dpi.lc-dev-statd", "time_usage_hour",
-                                      row.arguments}),
-                  (result{0, row.reply, ""}));
-}
-
-// ---- Checking a scenario -------------------------------------------------------------------
-
-TEST_F(SimScenario, IsCheckedLineByLine) {
-    struct {
-        const char *line, *wrong;
-    } const table[] = {
-        {"play tablet", "\"play\" is none of date, person, device, app, use, online"},
-        {"Use tablet video 17:00 18:00",
-         "\"Use\" is none of date, person, device, app, use, online"},
-        {"person ann", "a person needs a handle, a profile id and a name"},
-        {"person ann Ann 5", "a person needs a handle, a profile id and a name"},
-        {"person ann 2147483648 Ann", "a person needs a handle, a profile id and a name"},
-        {"person mia 5 Mia again", "there is another person mia"},
-        {"device tv ann 02:00:00:00:00:0A TV", "there is no person ann"},
-        {"device tv mia 0200000000 TV", "\"0200000000\" is no address like 02:00:00:00:00:0A"},
-        {"device tv mia 02:00:00:00:00 TV",
-         "\"02:00:00:00:00\" is no address like 02:00:00:00:00:0A"},
-        {"device tablet mia 02:00:00:00:00:0A TV", "there is another device tablet"},
-        {"app game", "an app needs a handle, an id and a name"},
-        {"app game 3x game", "an app needs a handle, an id and a name"},
-        {"app video 9 another", "there is another app video"},
-        {"use tv video 17:00 18:00", "there is no device tv"},
-        {"use tablet game 17:00 18:00", "there is no app game"},
-        {"online tv 17:00 18:00", "there is no device tv"},
-        {"online tablet video 17:00 18:00", "\"video\" is no time like 18:05"},
-        {"use tablet video 17:00", "\"\" is no time like 18:05"},
-        {"use tablet video 17:60 18:00", "\"17:60\" is no time like 18:05"},
-        {"use tablet video 25:00 +1 18:00", "\"25:00\" is no time like 18:05"},
-        {"use tablet video 17:00:60 18:00", "\"17:00:60\" is no time like 18:05"},
-        {"use tablet video 17:00:xx 18:00", "\"17:00:xx\" is no time like 18:05"},
-        {"use tablet video 17 18:00", "\"17\" is no time like 18:05"},
-        {"use tablet video 18:00 18:00",
-         "it ends before it begins; write +1 before a time of the next day"},
-        {"use tablet video 18:00 17:00",
-         "it ends before it begins; write +1 before a time of the next day"},
-        {"use tablet video 17:00 18:00 19:00", "there is something after the times"},
-        {"use tablet video +x 17:00 18:00", "\"+x\" is no number of days"},
-        {"use tablet video 2026-13-04 17:00 18:00", "\"2026-13-04\" is no date like 2030-01-31"},
-        {"use tablet video 2026-03 17:00 18:00", "\"2026-03\" is no date like 2030-01-31"},
-        {"date", "\"\" is no date like 2030-01-31"},
-        {"date 2026-03-32", "\"2026-03-32\" is no date like 2030-01-31"},
-        {"date 2026-00-01", "\"2026-00-01\" is no date like 2030-01-31"},
-        {"date 2026-03-04x", "\"2026-03-04x\" is no date like 2030-01-31"},
-        {"date tomorrow", "\"tomorrow\" is no date like 2030-01-31"},
-    };
-    for (const auto &row : table) {
-        fakes::write("scenario", household + std::string(row.line) + "\nnonsense\n");
-        EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
-                  (result{1, "", path_ + ":9: " + row.wrong + "\n"}));
-    }
-}
-
-TEST_F(SimScenario, NeedsADateBeforeATime) {
-    fakes::write("scenario", "person mia 3 Mia\n"
-                             "device tablet mia 00:11:22:33:44:55 tablet\n"
-                             "online tablet 2026-03-04 17:00 2026-03-04 18:00\n"
-                             "online tablet 17:00 18:00\n");
-    EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
-              (result{1, "", path_ + ":4: a time needs a date line before it\n"}));
-}
-
-TEST_F(SimScenario, IsCountedWhenItIsProper) {
-    struct {
-        const char *content, *counts;
-    } const table[] = {
-        {"", "0 people, 0 devices, 0 apps, 0 stretches of use\n"},
-        {"\n  \n# nobody\n  # at all\n", "0 people, 0 devices, 0 apps, 0 stretches of use\n"},
-        {household, "2 people, 3 devices, 2 apps, 0 stretches of use\n"},
-    };
-    for (const auto &row : table) {
-        fakes::write("scenario", row.content);
-        EXPECT_EQ(fakes::run("simrouter", {"check", path_}), (result{0, row.counts, ""}));
-    }
-    fakes::write("scenario", household + std::string("\tuse  tablet video 23:30 +1 00:30\n"
-                                                     "online phone 23:00 24:00\n"));
-    EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
-              (result{0, "2 people, 3 devices, 2 apps, 2 stretches of use\n", ""}));
-}
-
-TEST_F(SimScenario, IsEmptyWithoutAFileButCannotBeCheckedThen) {
+TEST_F(SimScenario, IsEmptyWithoutAFile) {
     std::string error;
     EXPECT_TRUE(scenario_read(path_, &scene_, &error));
     EXPECT_EQ(scene_.people.size() + scene_.uses.size(), 0U);
-    EXPECT_EQ(fakes::run("simrouter", {"check", path_}),
-              (result{1, "", path_ + ": cannot be read\n"}));
 }
 
 TEST_F(SimScenario, ReadsEveryField) {
