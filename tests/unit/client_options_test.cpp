@@ -1,3 +1,5 @@
+/// How a command line is taken apart. What is wrong with one is in the transcripts.
+
 #include "client/options.h"
 
 #include <getopt.h>
@@ -107,57 +109,6 @@ TEST(ClientOptions, HaveAUnitOfHistory) {
         const parsed line(words);
         EXPECT_STREQ(line.options.history_unit, c.unit) << c.words[0];
         EXPECT_EQ(line.operands, operands);
-        EXPECT_TRUE(ctl_options_agree(line.options)) << c.words[0];
-    }
-}
-
-TEST(ClientOptions, ThatContradictEachOtherAreNamed) {
-    const struct {
-        word_list words;
-        const char *complaint;
-    } cases[] = {
-        {{"--day=1", "--week=1"}, "--day, --week and --month cannot be combined: give one of them"},
-        {{"--history", "--month"}, "--month and --history cannot be combined: give one of them"},
-        {{"--history", "--days", "--weeks"},
-         "--days and --weeks cannot be combined: give one of them"},
-        {{"--weeks"}, "--weeks needs --history"},
-        {{"--days", "--apps"}, "--days needs --history"},
-    };
-    for (const auto &c : cases) {
-        const parsed line(c.words);
-        ASSERT_EQ(line.status, CTL_DONE) << line.said;
-        testing::internal::CaptureStderr();
-        EXPECT_FALSE(ctl_options_agree(line.options));
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "utm_appctl: " + std::string(c.complaint) + "\n");
-    }
-    for (const word_list &words :
-         {word_list{}, word_list{"--day=1"}, word_list{"--apps", "--history"},
-          word_list{"--history=weeks", "-j"}, word_list{"-s", "/s", "-t", "5"}})
-        EXPECT_TRUE(ctl_options_agree(parsed(words).options));
-}
-
-TEST(ClientOptions, WithNumbersHaveBounds) {
-    const struct {
-        const char *option;
-        const char *least;
-        const char *most;
-        const char *below;
-        const char *above;
-    } cases[] = {{"timeout", "1", "3600", "0", "3601"},
-                 {"day", "0", "30", "-1", "31"},
-                 {"week", "0", "3", "-1", "4"}};
-    for (const auto &c : cases) {
-        const std::string option = std::string("--") + c.option + "=";
-        for (const char *good : {c.least, c.most})
-            EXPECT_EQ(parsed({"usage", option + good}).status, CTL_DONE) << option << good;
-        for (const char *bad : {c.below, c.above, "", "1x", "4294967297"}) {
-            const parsed line({"usage", option + bad});
-            EXPECT_EQ(line.status, CTL_USAGE);
-            EXPECT_EQ(line.said, "utm_appctl: \"" + std::string(bad) + "\" is not valid for --" +
-                                     c.option + ": give a whole number from " + c.least + " to " +
-                                     c.most + "\n");
-        }
     }
 }
 

@@ -77,17 +77,13 @@ words_t options_in_help() {
     return options;
 }
 
-/// Completes the last of the words that follow "utm_appctl", cut as readline cuts them. Where
-/// names of files are left to readline, "FILES" stands for them.
-/// @param breaks  where readline cuts
-words_t complete(words_t words, const std::string &breaks = " \t\n\"'><=;|&(:") {
-    const std::string script = "compopt() { [[ $* == '-o default' ]] && echo FILES; }\n"
-                               "source \"$1\"; COMP_WORDBREAKS=$2; shift 2\n"
+/// Completes the last of the words that follow "utm_appctl".
+words_t complete(const words_t &words) {
+    const std::string script = "source \"$1\"; shift\n"
                                "COMP_WORDS=(utm_appctl \"$@\"); COMP_CWORD=$#\n"
                                "_utm_appctl utm_appctl \"${@: -1}\"\n"
                                "(( ${#COMPREPLY[@]} == 0 )) || printf '%s\\n' \"${COMPREPLY[@]}\"";
-    words_t command = {"bash", "-c", script, "bash", UTM_SOURCE_DIR "/completion/utm_appctl",
-                       breaks};
+    words_t command = {"bash", "-c", script, "bash", UTM_SOURCE_DIR "/completion/utm_appctl"};
     command.insert(command.end(), words.begin(), words.end());
     const program_end result = run_program(command);
     EXPECT_EQ(result.status, 0);
@@ -163,73 +159,6 @@ TEST(ClientCompletion, OffersEveryVerbItsOptions) {
             << name_of(verb);
     }
     EXPECT_EQ(sorted(complete({"--"})), names_of_options(ctl_common_options));
-}
-
-struct completion_case {
-    words_t words;
-    words_t offers;
-};
-
-TEST(ClientCompletion, OffersOperandsAndValues) {
-    const completion_case cases[] = {
-        {{"pol"}, {"policy"}},
-        {{"profile", "a"}, {"add"}},
-        {{"limit", "--socket", "/x", "e"}, {"enable"}},
-        {{"-s", "/x", "limit", "e"}, {"enable"}},
-        {{"activate", "o"}, {"on", "off"}},
-        {{"debug", ""}, {"on", "off"}},
-        {{"weekday", "set", "3", "t"}, {"tuesday", "thursday"}},
-        {{"weekday", "set", "--", "-3", "t"}, {"tuesday", "thursday"}},
-        {{"weekday", "set", "3", "monday", ""}, {}},
-        {{"usage", "3", "--history", ""}, {"--days", "--weeks"}},
-        {{"usage", "3", "--history", "w"}, {}},
-        {{"usage", "3", "--history", "="}, {}},
-        {{"usage", "3", "--history", "--w"}, {"--week", "--weeks"}},
-        {{"usage", "--history", "=", "weeks", "3", "--as"}, {"--ascii"}},
-        {{"usage", "3", ""}, {}},
-        {{"usage", "3", "--we"}, {"--week", "--weeks"}},
-        {{"usage", "3", "--history", "--"},
-         {"--socket", "--timeout", "--help", "--version", "--json", "--ascii", "--names", "--apps",
-          "--day", "--week", "--month", "--history", "--days", "--weeks"}},
-        {{"usage", "3", "--week", ""}, {"0", "1", "2", "3"}},
-        {{"usage", "3", "--day", "=", "3"}, {"3", "30"}},
-        {{"policy", "rule", "7", "video", "=", "b"}, {"block"}},
-        {{"policy", "rule", "7", "305", "=", "45", "video", "="}, {"block", "remove"}},
-        {{"policy", "rule", "7", "video"}, {}},
-        {{"device", "add", "3", "02", ":", "00", ":", ""}, {}},
-        {{"status", "-t", "5", "--j"}, {"--json"}},
-        {{"status", "-t", ""}, {}},
-        {{"status", "--", "-"}, {}},
-        {{"ping", ""}, {}},
-        {{"nonsense", ""}, {}},
-    };
-    for (const completion_case &expected : cases)
-        EXPECT_EQ(complete(expected.words), expected.offers)
-            << testing::PrintToString(expected.words);
-}
-
-TEST(ClientCompletion, LeavesNamesOfFilesToTheShell) {
-    const words_t cases[] = {{"export", ""},
-                             {"import", "us"},
-                             {"report", ""},
-                             {"signature", "load", "/"},
-                             {"--socket", "/"},
-                             {"ping", "-s", ""},
-                             {"usage", "3", "--names", "a"},
-                             {"usage", "3", "-n", ""},
-                             {"report", "--names", "=", "a"}};
-    for (const words_t &words : cases)
-        EXPECT_EQ(complete(words), words_t{"FILES"}) << testing::PrintToString(words);
-    EXPECT_EQ(complete({"export", "a", ""}), words_t{});
-    EXPECT_EQ(complete({"report", "a", ""}), words_t{});
-}
-
-/// Some people take the equals sign out of COMP_WORDBREAKS; then the whole word is replaced.
-TEST(ClientCompletion, WorksWhereReadlineDoesNotCutAtEqualsSigns) {
-    EXPECT_EQ(complete({"usage", "3", "--week=2"}, " \t\n"), words_t{"--week=2"});
-    EXPECT_EQ(complete({"policy", "rule", "7", "video=b"}, " \t\n"), words_t{"video=block"});
-    EXPECT_EQ(complete({"report", "--names=a"}, " \t\n"), words_t{"FILES"});
-    EXPECT_EQ(complete({"device", "add", "3", "02:00:"}, " \t\n"), words_t{});
 }
 
 } // namespace

@@ -125,6 +125,12 @@ Four weeks are a chart that ends with this one.
   $ utm_appctl usage 3 --weeks
   utm_appctl: --weeks needs --history
   [2]
+  $ utm_appctl usage 3 --days --apps
+  utm_appctl: --days needs --history
+  [2]
+  $ utm_appctl usage 3 --history --days --weeks
+  utm_appctl: --days and --weeks cannot be combined: give one of them
+  [2]
 
 A week that is over moves up. This is a Monday.
 
