@@ -7,7 +7,6 @@
 #include <thread>
 #include <unistd.h>
 
-using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 
@@ -16,6 +15,9 @@ namespace {
 constexpr int APPS = 700;
 constexpr int FIRST_APP = 1000;
 constexpr int BY_DAY = 0;
+
+const utm_app_config_cmd LONG_LIST = {
+    .type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_DAY};
 
 class DaemonLists : public daemon_test {
 protected:
@@ -32,10 +34,14 @@ protected:
         tick();
         prescribe("reply.profile", usage_reply({}));
     }
-};
 
-const utm_app_config_cmd LONG_LIST = {
-    .type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = 1, .arg1 = BY_DAY};
+    /// A client that has asked for the list and reads nothing of it.
+    static int stuck_reader() {
+        const int fd = send_request(LONG_LIST);
+        EXPECT_TRUE(sim_wait_for([fd] { return is_readable(fd); }));
+        return fd;
+    }
+};
 
 } // namespace
 
@@ -64,14 +70,15 @@ TEST_F(DaemonLists, ASlowReaderGetsEverything) {
     close(fd);
 }
 
-TEST_F(DaemonLists, AReaderThatNeverReadsCostsTheOthersAFewSeconds) {
-    const int stuck = send_request(LONG_LIST);
-    ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
+TEST_F(DaemonLists, AReaderThatNeverReadsCostsTheOthersAFewSecondsAndTheTicksNone) {
+    const int stuck = stuck_reader();
+    const size_t before = journal().size();
     const auto asked = steady_clock::now();
 
-    const int status = ask({.type = UTM_APP_CONFIG_PING});
+    tick();
+    EXPECT_EQ(journal().size(), before + 2) << "the profile's query and the router's";
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
 
-    EXPECT_EQ(status, UTM_APP_CONFIG_STATUS_OK);
     EXPECT_LT(steady_clock::now() - asked, seconds(5)) << "a reply may wait for three, once";
     const sim_answer rest = sim_read_answer(stuck);
     EXPECT_TRUE(rest.closed);
@@ -96,21 +103,9 @@ TEST_F(DaemonLists, AReaderThatGoesInTheMiddleEndsItsList) {
     EXPECT_THAT(log_lines(), testing::AnyOf(told, signalled));
 }
 
-TEST_F(DaemonLists, AReaderThatNeverReadsDoesNotHoldUpTheTicks) {
-    const int stuck = send_request(LONG_LIST);
-    ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
-    const size_t before = journal().size();
-
-    tick();
-
-    EXPECT_EQ(journal().size(), before + 2) << "the profile's query and the router's";
-    close(stuck);
-}
-
 TEST_F(DaemonLists, AReaderThatNeverReadsDoesNotHoldUpTheEnd) {
     ASSERT_EQ(ask({.type = UTM_APP_CONFIG_SET_DEBUG, .arg0 = 1}), 0);
-    const int stuck = send_request(LONG_LIST);
-    ASSERT_TRUE(sim_wait_for([stuck] { return is_readable(stuck); }));
+    const int stuck = stuck_reader();
     const auto told = steady_clock::now();
 
     stop();
