@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sys/select.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -100,8 +101,8 @@ TEST_F(DaemonOpenDescriptors, CommandsInheritTheStandardStreamsOnly) {
 
 TEST_F(DaemonOpenDescriptors, CommandsDoNotInheritWhatTheDaemonSStarterLeftOpen) {
     options.in_child = [] {
-        dup2(0, 9);
-        dup2(0, 200);
+        dup2(0, 4);
+        dup2(0, FD_SETSIZE - 1);
     };
     start();
     set_up_a_profile();

@@ -42,19 +42,23 @@ TEST_F(DaemonLife, ItDetachesAndItsStarterEndsWithStatus0) {
     EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3)) << "3 is the socket";
 }
 
-TEST_F(DaemonLife, ItStartsWithItsStandardStreamsClosedTooAndInSilence) {
-    options.in_child = [] {
-        for (int fd = 0; fd <= 2; ++fd)
-            close(fd);
-    };
+TEST_F(DaemonLife, ItStartsWithWhateverStandardStreamsClosedAndInSilence) {
+    for (int closed = 1; closed < 8; ++closed) {
+        options.in_child = [closed] {
+            for (int fd = 0; fd <= 2; ++fd)
+                if ((closed >> fd) % 2 == 1)
+                    close(fd);
+        };
 
-    start();
+        start();
 
-    EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3));
-    for (int fd = 0; fd <= 2; ++fd)
-        EXPECT_EQ(descriptor_target(daemon.pid, fd), "/dev/null") << fd;
-    EXPECT_FALSE(std::filesystem::exists("/tmp/utm_log"));
-    EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData"));
+        EXPECT_THAT(open_descriptors(daemon.pid), ElementsAre(0, 1, 2, 3)) << closed;
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);
+        EXPECT_FALSE(std::filesystem::exists("/tmp/utm_log"));
+        EXPECT_FALSE(std::filesystem::exists("/tmp/ApplicationData"));
+        stop();
+        std::filesystem::remove_all("/tmp/utm_log");
+    }
 }
 
 TEST_F(DaemonLife, ASocketPathThatIsADirectoryEndsItWithStatus1) {

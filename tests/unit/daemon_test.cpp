@@ -1,3 +1,5 @@
+/// The roof. How it settles its descriptors the daemon tests show.
+
 #include "daemon.h"
 
 #include "control/fd_event.h"
@@ -14,7 +16,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -83,77 +84,6 @@ TEST_F(Daemon, LogsSigpipeWhileLoggingIsOff) {
     utm_app_install_signal_handlers();
     raise(SIGPIPE);
     EXPECT_EQ(world::log(), "Receive SIGPIPE\n");
-}
-
-// ---- Inherited descriptors -----------------------------------------------------------------
-
-/// Puts the standard streams back at its end.
-class DaemonDescriptors : public Daemon {
-protected:
-    void SetUp() override {
-        Daemon::SetUp();
-        for (int fd = 0; fd <= STDERR_FILENO; ++fd)
-            kept_[fd] = dup(fd);
-        ASSERT_EQ(pipe(pipe_), 0);
-    }
-    void TearDown() override {
-        restore();
-        for (const int fd : {kept_[0], kept_[1], kept_[2], pipe_[0], pipe_[1]})
-            close(fd);
-        Daemon::TearDown();
-    }
-    /// For a test that has something to say.
-    void restore() {
-        for (int fd = 0; fd <= STDERR_FILENO; ++fd)
-            dup2(kept_[fd], fd);
-    }
-
-    int kept_[STDERR_FILENO + 1] = {};
-    int pipe_[2] = {};
-};
-
-bool is_null_device(int fd) {
-    struct stat here = {};
-    struct stat null = {};
-    return fstat(fd, &here) == 0 && stat("/dev/null", &null) == 0 && here.st_rdev == null.st_rdev;
-}
-
-/// @return the highest descriptor that is open
-int highest_descriptor() {
-    int highest = -1;
-    for (int fd = 0; fd < FD_SETSIZE; ++fd)
-        if (fcntl(fd, F_GETFD) >= 0)
-            highest = fd;
-    return highest;
-}
-
-TEST_F(DaemonDescriptors, OpenTheStandardStreamsThatTheStarterClosed) {
-    const int highest = highest_descriptor();
-    for (int closed = 0; closed < 8; ++closed) {
-        for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
-            dup2(pipe_[0], fd);
-            if ((closed >> fd) % 2 == 1)
-                close(fd);
-        }
-        utm_app_settle_descriptors();
-        const int opened = is_null_device(0) * 1 + is_null_device(1) * 2 + is_null_device(2) * 4;
-        const int highest_after = highest_descriptor();
-        restore();
-        EXPECT_EQ(opened, closed);
-        EXPECT_EQ(highest_after, highest);
-    }
-}
-
-TEST_F(DaemonDescriptors, KeepInheritedOnesOutOfTheProgramsThatItStarts) {
-    const int first = dup(STDIN_FILENO);
-    const int last = dup2(STDIN_FILENO, FD_SETSIZE - 1);
-    utm_app_settle_descriptors();
-    for (const int fd : {first, last})
-        EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC) << fd;
-    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        EXPECT_EQ(fcntl(fd, F_GETFD), 0) << fd;
-    close(first);
-    close(last);
 }
 
 // ---- The main loop -------------------------------------------------------------------------
