@@ -87,6 +87,14 @@ TEST(ClientText, HasAColumnForEachCharacter) {
     EXPECT_EQ(ctl_text_width("\xf0\x9f\x8e\xac"), 1u);
 }
 
+/// @return what a reader makes of a text, `unread` where it does not take it
+int32_t number_in(bool (*parse)(const char *, int32_t *), const char *text) {
+    int32_t value = unread;
+    const bool is_good = parse(text, &value);
+    EXPECT_EQ(is_good, value != unread) << text;
+    return value;
+}
+
 struct number_case {
     const char *text;
     int32_t value;
@@ -100,22 +108,16 @@ TEST(ClientText, IsReadAsANumberOf32Bits) {
                                  {"-3", -3},
                                  {"2147483647", 2147483647},
                                  {"-2147483648", -2147483647 - 1}};
-    for (const number_case &c : cases) {
-        int32_t value = unread;
-        EXPECT_TRUE(ctl_parse_int(c.text, &value)) << c.text;
-        EXPECT_EQ(value, c.value) << c.text;
-    }
+    for (const number_case &c : cases)
+        EXPECT_EQ(number_in(ctl_parse_int, c.text), c.value) << c.text;
 }
 
 TEST(ClientText, ThatIsNoNumberOf32BitsIsNotRead) {
     for (const char *text :
          {"", "-", "+", "+-3", "--3", " 3", "3 ", "\t3", "- 3", "3x", "x3", "0x10", "3.0", "1e3",
           "2147483648", "-2147483649", "9223372036854775807", "99999999999999999999",
-          "-99999999999999999999"}) {
-        int32_t value = unread;
-        EXPECT_FALSE(ctl_parse_int(text, &value)) << text;
-        EXPECT_EQ(value, unread) << text;
-    }
+          "-99999999999999999999"})
+        EXPECT_EQ(number_in(ctl_parse_int, text), unread) << text;
 }
 
 TEST(ClientMinutes, AreReadInThreeForms) {
@@ -128,53 +130,19 @@ TEST(ClientMinutes, AreReadInThreeForms) {
                                  {"100h1m", 6001},
                                  {"2147483647m", 2147483647},
                                  {"35791394h", 2147483640}};
-    for (const number_case &c : cases) {
-        int32_t minutes = unread;
-        EXPECT_TRUE(ctl_parse_minutes(c.text, &minutes)) << c.text;
-        EXPECT_EQ(minutes, c.value) << c.text;
-    }
+    for (const number_case &c : cases)
+        EXPECT_EQ(number_in(ctl_parse_minutes, c.text), c.value) << c.text;
 }
 
 TEST(ClientMinutes, OfAnyOtherFormAreNotRead) {
-    for (const char *text : {"",
-                             " ",
-                             "m",
-                             "h",
-                             "hm",
-                             "h30m",
-                             "-1",
-                             "+1",
-                             " 90",
-                             "90 ",
-                             "90 m",
-                             "1 h",
-                             "90M",
-                             "1H",
-                             "1h30",
-                             "1h60m",
-                             "1h-5m",
-                             "1hm",
-                             "1h30m ",
-                             "1h30mm",
-                             "1h1h",
-                             "30m1h",
-                             "1:30",
-                             "1.5h",
-                             "90min",
-                             "0x10",
-                             "1e2",
-                             "1h30s",
-                             "2147483648",
-                             "2147483648m",
-                             "35791394h8m",
-                             "35791395h",
-                             "99999999999999999999",
-                             "99999999999999999999h",
-                             "1h99999999999999999999m"}) {
-        int32_t minutes = unread;
-        EXPECT_FALSE(ctl_parse_minutes(text, &minutes)) << text;
-        EXPECT_EQ(minutes, unread) << text;
-    }
+    for (const char *text : {"", " ", "m", "h", "hm", "h30m", "-1", "+1", " 90", "90 ", "90 m",
+                             "1 h", "90M", "1H", "1.5h", "90min", "0x10", "1e2"})
+        EXPECT_EQ(number_in(ctl_parse_minutes, text), unread) << text;
+    for (const char *text :
+         {"1h30", "1h60m", "1h-5m", "1hm", "1h30m ", "1h30mm", "1h1h", "30m1h", "1:30", "1h30s",
+          "2147483648", "2147483648m", "35791394h8m", "35791395h", "99999999999999999999",
+          "99999999999999999999h", "1h99999999999999999999m"})
+        EXPECT_EQ(number_in(ctl_parse_minutes, text), unread) << text;
 }
 
 TEST(ClientMinutes, AreWrittenWithoutPartsOfNothingAndReadAgain) {
@@ -186,10 +154,8 @@ TEST(ClientMinutes, AreWrittenWithoutPartsOfNothingAndReadAgain) {
                                  {"24h", 1440},
                                  {"35791394h7m", 2147483647}};
     for (const number_case &c : cases) {
-        int32_t minutes = unread;
         EXPECT_STREQ(ctl_time_of(c.value).text, c.text);
-        EXPECT_TRUE(ctl_parse_minutes(c.text, &minutes)) << c.text;
-        EXPECT_EQ(minutes, c.value) << c.text;
+        EXPECT_EQ(number_in(ctl_parse_minutes, c.text), c.value) << c.text;
     }
     EXPECT_STREQ(ctl_time_of(-1).text, "-1m");
     EXPECT_STREQ(ctl_time_of(-60).text, "-1h");

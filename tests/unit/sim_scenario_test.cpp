@@ -109,15 +109,6 @@ TEST_F(SimScenario, CountsTheMinuteMarksWithinASpan) {
         EXPECT_EQ(whole_minutes(row.span), row.minutes) << row.span.from << ".." << row.span.to;
 }
 
-TEST_F(SimScenario, TilesAdjoiningSpansExactly) {
-    for (time_t from = -130; from <= 130; from += 13)
-        for (time_t middle = from; middle <= 130; ++middle)
-            for (time_t to = middle; to <= 130; to += 17)
-                ASSERT_EQ(whole_minutes({from, middle}) + whole_minutes({middle, to}),
-                          whole_minutes({from, to}))
-                    << from << ".." << middle << ".." << to;
-}
-
 TEST_F(SimScenario, LosesNoMinuteBetweenQueriesAndCountsNoneTwice) {
     live("use tablet video 17:05:30 17:25:29\n"
          "use phone video 17:10:01 17:40\n"
