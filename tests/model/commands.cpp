@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 namespace model {
 
@@ -147,6 +148,10 @@ bool switch_debug(state_t &state, int32_t value) {
     return true;
 }
 
+std::string switches(const state_t &state) {
+    return fields(true, "activate " + number(state.active) + " debug " + number(state.debug));
+}
+
 bool set_interval(state_t &state, int32_t minutes) {
     if (minutes < 1)
         return false;
@@ -185,68 +190,39 @@ std::string serve(state_t &state, const std::string &bytes) {
     log(state, "[socket] Receive cmd type=%d", request.type());
     profile_t *profile = find_profile(state, id);
     const bool is_known = profile != nullptr;
-    switch (request.type()) {
-    case 0:
-        return status(true);
-    case 1:
-        return status(create_profile(state, id));
-    case 2:
-        return status(delete_profile(state, id));
-    case 3:
-        return status(add_device(state, id, request.mac()));
-    case 4:
-        return status(delete_device(state, id, request.mac()));
-    case 26:
-        return status(enable_limit(state, id, request.argument(2)));
-    case 27:
-        return fields(is_known, "enabled " + number(is_known && profile->enabled));
-    case 28:
-        return status(set_limit(state, id, request.argument(3)));
-    case 29:
-        return fields(is_known, "limit " + number(is_known ? profile->limit : 0));
-    case 30:
-        return status(set_weekday_limit(state, id, second, request.argument(3)));
-    case 31:
-        return weekdays(profile);
-    case 32:
-        return status(add_extend(state, id, request.argument(4)));
-    case 33:
-        return extend(state, id);
-    case 34:
-        return status(reset_extend(state, id));
-    case 35:
-        return counters(state, id);
-    case 36:
-        return app_usage(state, id, second);
-    case 37:
-        return prev_days(state, id, second);
-    case 39:
-        return status(switch_feature(state, id));
-    case 41:
-        return status(switch_debug(state, id));
-    case 42:
-        return fields(create_policy(state, id), "policy " + number(id));
-    case 43:
-        return status(add_rules(state, request));
-    case 44:
-        return status(delete_rules(state, id));
-    case 45:
-        return status(bind_policy(state, id, second));
-    case 46:
-        return load_signature(state, request.path());
-    case 47:
-        return fields(true, "activate " + number(state.active) + " debug " + number(state.debug));
-    case 48:
-        return fields(true, "interval " + number(state.export_interval));
-    case 49:
-        return status(set_interval(state, id));
-    case 50:
-        return status(import_from(state, request.path()));
-    case 51:
-        return status(export_to(state, request.path()));
-    default:
-        return "no reply\n";
-    }
+    const std::map<int, std::function<std::string()>> replies = {
+        {0, [&] { return status(true); }},
+        {1, [&] { return status(create_profile(state, id)); }},
+        {2, [&] { return status(delete_profile(state, id)); }},
+        {3, [&] { return status(add_device(state, id, request.mac())); }},
+        {4, [&] { return status(delete_device(state, id, request.mac())); }},
+        {26, [&] { return status(enable_limit(state, id, request.argument(2))); }},
+        {27, [&] { return fields(is_known, "enabled " + number(is_known && profile->enabled)); }},
+        {28, [&] { return status(set_limit(state, id, request.argument(3))); }},
+        {29, [&] { return fields(is_known, "limit " + number(is_known ? profile->limit : 0)); }},
+        {30, [&] { return status(set_weekday_limit(state, id, second, request.argument(3))); }},
+        {31, [&] { return weekdays(profile); }},
+        {32, [&] { return status(add_extend(state, id, request.argument(4))); }},
+        {33, [&] { return extend(state, id); }},
+        {34, [&] { return status(reset_extend(state, id)); }},
+        {35, [&] { return counters(state, id); }},
+        {36, [&] { return app_usage(state, id, second); }},
+        {37, [&] { return prev_days(state, id, second); }},
+        {39, [&] { return status(switch_feature(state, id)); }},
+        {41, [&] { return status(switch_debug(state, id)); }},
+        {42, [&] { return fields(create_policy(state, id), "policy " + number(id)); }},
+        {43, [&] { return status(add_rules(state, request)); }},
+        {44, [&] { return status(delete_rules(state, id)); }},
+        {45, [&] { return status(bind_policy(state, id, second)); }},
+        {46, [&] { return load_signature(state, request.path()); }},
+        {47, [&] { return switches(state); }},
+        {48, [&] { return fields(true, "interval " + number(state.export_interval)); }},
+        {49, [&] { return status(set_interval(state, id)); }},
+        {50, [&] { return status(import_from(state, request.path())); }},
+        {51, [&] { return status(export_to(state, request.path())); }},
+    };
+    const auto reply = replies.find(request.type());
+    return reply == replies.end() ? "no reply\n" : reply->second();
 }
 
 } // namespace model

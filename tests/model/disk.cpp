@@ -21,22 +21,14 @@ void clear_disk() {
 }
 
 void change_disk(const change_t &change) {
-    switch (change.deed) {
-    case deed_t::write_file:
+    if (change.deed == deed_t::write_file)
         std::ofstream(change.path, std::ios::binary) << text_of(change.document);
-        break;
-    case deed_t::remove_file:
+    if (change.deed == deed_t::remove_file)
         std::filesystem::remove(change.path);
-        break;
-    case deed_t::remove_folder:
+    if (change.deed == deed_t::remove_folder)
         std::filesystem::remove_all(own_folder());
-        break;
-    case deed_t::make_folder:
+    if (change.deed == deed_t::make_folder)
         std::filesystem::create_directory(own_folder());
-        break;
-    case deed_t::none:
-        break;
-    }
 }
 
 std::map<std::string, std::string> files_on_disk() {

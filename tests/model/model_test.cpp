@@ -246,58 +246,31 @@ TEST(ModelReach, MeetsEveryRuleWithinASeed) {
         keep_one_failure(&operation.answers);
         all += predict(state, operation).text;
     }
-    for (const char *fragment : {"event block profile",
-                                 "event unblock profile",
-                                 "status_changed 1 1",
-                                 "status_changed 1 0",
-                                 "log Block profile",
-                                 "log Block app",
-                                 "return 256\n",
-                                 "return 256 != 0\n",
-                                 "apg acl set",
-                                 "apg acl del",
-                                 "apg acl reset",
-                                 "run profile_daily_limit.sh -C",
-                                 "[WARNING] __block_one_device",
-                                 "log block device to use",
-                                 "because exceed limit",
-                                 "already has policy",
-                                 "policy already exist",
-                                 "id <= 0",
-                                 "cannot find dev",
-                                 "because range error",
-                                 "profile is not existed",
-                                 "because popen failed",
-                                 "app signature fail",
-                                 "not loaded in 136 bytes",
-                                 "no reply",
-                                 "data day 6",
-                                 "data app 0 minutes 0",
-                                 "(unused)",
-                                 "blocked 1, days [",
-                                 "2147483647",
-                                 "-2147483648",
-                                 "next 29",
-
-                                 "update app",
-                                 "Set activate from 0 to 1\nlog export to /tmp/Application",
-                                 "}'\nlog export to /tmp/ApplicationData/app_usage.json success",
-                                 "app_usage.json failed\n",
-                                 "usage.json success\n",
-                                 "uuu success\n",
-                                 "missing/usage.json failed\n",
-                                 "export to  failed\n",
-                                 "import from  failed\n",
-                                 "import from /tmp/model failed\n",
-                                 "import from /tmp/model/usage.json success\n",
-                                 "import from /tmp/ApplicationData/app_usage.json success\n",
-                                 "import from /tmp/ApplicationData/app_usage.json failed\n",
-                                 "because it is from future\nlog import from",
-                                 "because exceed limit\nrun lcsh apg acl set",
-                                 "sysinfo code error = -14\n",
-                                 "Flush all profiles success\nlog Reset top apps success\n",
-                                 "from 1 to 1"})
-        EXPECT_NE(all.find(fragment), std::string::npos) << fragment;
+    const auto expect_in_text = [&all](std::initializer_list<const char *> fragments) {
+        for (const char *fragment : fragments)
+            EXPECT_NE(all.find(fragment), std::string::npos) << fragment;
+    };
+    expect_in_text({"event block profile", "event unblock profile", "status_changed 1 1",
+                    "status_changed 1 0", "log Block profile", "log Block app", "return 256\n",
+                    "return 256 != 0\n", "apg acl set", "apg acl del", "apg acl reset"});
+    expect_in_text({"run profile_daily_limit.sh -C", "[WARNING] __block_one_device",
+                    "log block device to use", "because exceed limit", "update app", "(unused)",
+                    "blocked 1, days [", "because exceed limit\nrun lcsh apg acl set"});
+    expect_in_text({"already has policy", "policy already exist", "id <= 0", "cannot find dev",
+                    "because range error", "profile is not existed", "because popen failed",
+                    "app signature fail", "not loaded in 136 bytes", "no reply", "from 1 to 1"});
+    expect_in_text({"data day 6", "data app 0 minutes 0", "2147483647", "-2147483648", "next 29",
+                    "Flush all profiles success\nlog Reset top apps success\n"});
+    expect_in_text({"Set activate from 0 to 1\nlog export to /tmp/Application",
+                    "}'\nlog export to /tmp/ApplicationData/app_usage.json success",
+                    "app_usage.json failed\n", "usage.json success\n", "uuu success\n",
+                    "missing/usage.json failed\n", "export to  failed\n",
+                    "sysinfo code error = -14\n"});
+    expect_in_text({"import from  failed\n", "import from /tmp/model failed\n",
+                    "import from /tmp/model/usage.json success\n",
+                    "import from /tmp/ApplicationData/app_usage.json success\n",
+                    "import from /tmp/ApplicationData/app_usage.json failed\n",
+                    "because it is from future\nlog import from"});
     for (const char *rule :
          {"on the same day", "after a day", "after a week", "after a month", "after days unnoticed",
           "without a date", "of a stranger", "of thirty days", "over the ring's end",

@@ -55,26 +55,15 @@ time_t generator_t::clock_step(time_t now) {
     const time_t from_end = now - INT_MAX;
     if (from_end > 0 ? one_in(5) : one_in(60))
         return -from_end + (from_end > 0 ? -below(8000) * day : below(20) * hour);
-    switch (below(12)) {
-    case 0:
-        return below(60);
-    case 1:
-        return -below(60);
-    case 2:
-        return -below(2 * day);
-    case 3:
-        return below(20) * day;
-    case 4:
-        return -below(40) * day;
-    case 5:
-        return below(120) * day;
-    case 6:
-        return below(400) * day;
-    case 7:
-        return -below(400) * day;
-    default:
+    constexpr struct {
+        int32_t range;
+        int32_t unit;
+    } steps[] = {{60, 1},    {60, -1},   {2 * day, -1}, {20, day},
+                 {40, -day}, {120, day}, {400, day},    {400, -day}};
+    const auto dice = static_cast<size_t>(below(12));
+    if (dice >= std::size(steps))
         return hour * (4 + below(20));
-    }
+    return time_t{below(steps[dice].range)} * steps[dice].unit;
 }
 
 figure_t generator_t::figure() {

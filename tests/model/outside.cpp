@@ -15,24 +15,15 @@ void restart(state_t &state) {
 }
 
 void change(state_t &state, const change_t &change) {
-    switch (change.deed) {
-    case deed_t::write_file:
+    if (change.deed == deed_t::write_file)
         state.files[change.path] =
             std::make_shared<file_t>(file_t{change.document, text_of(change.document)});
-        break;
-    case deed_t::remove_file:
+    if (change.deed == deed_t::remove_file)
         state.files.erase(change.path);
-        break;
-    case deed_t::remove_folder:
+    if (change.deed == deed_t::remove_folder)
         state.files.erase(own_path);
-        state.has_folder = false;
-        break;
-    case deed_t::make_folder:
-        state.has_folder = true;
-        break;
-    case deed_t::none:
-        break;
-    }
+    if (change.deed == deed_t::make_folder || change.deed == deed_t::remove_folder)
+        state.has_folder = change.deed == deed_t::make_folder;
 }
 
 const std::vector<std::string> &file_paths() {
