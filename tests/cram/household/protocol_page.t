@@ -35,3 +35,25 @@ More than one request on a connection: the first is answered, and then there is 
   272 bytes: 832 ConnectionResetError
   137 bytes: 832 ConnectionResetError
   one: 832 0 BrokenPipeError
+
+The one in C asks for what profile 3 has used this week.
+
+  $ sed -n '/^```c$/,/^```$/p' "$page" | sed '1d;$d' >client.c
+  $ cc -std=c11 -D_DEFAULT_SOURCE -Wall -Wextra -Werror -o client client.c
+  $ utm_appctl profile del 3
+  $ ./client
+  [1]
+  $ utm_appctl profile add 3
+  $ utm_appctl device add 3 02:00:00:00:00:1A 02:00:00:00:00:3A
+  $ tick 90
+  $ ./client
+  305: 83 minutes
+  12: 20 minutes
+  $ utm_appctl usage 3 --week 0
+  APPLICATION  MINUTES   TIME
+  305               83  1h23m
+  12                20    20m
+  total            103  1h43m
+  $ daemon stop
+  $ ./client
+  [4]
