@@ -67,7 +67,12 @@ TEST(ClientNoAnswer, ASocketThatMayNotBeUsedHasOtherAdvice) {
 
 TEST(ClientNoAnswer, AConnectionClosedUnreadIsABrokenReply) {
     const int listener = sim_listen(FAKE_SOCKET, 1);
-    std::thread closer([listener] { close(accept(listener, nullptr, nullptr)); });
+    std::thread closer([listener] {
+        const int fd = accept(listener, nullptr, nullptr);
+        char first = 0;
+        EXPECT_EQ(recv(fd, &first, 1, MSG_PEEK), 1) << "the request is there, and stays unread";
+        close(fd);
+    });
 
     EXPECT_EQ(appctl({"ping", "-s", FAKE_SOCKET}),
               fails(4, "the daemon closed the connection without a reply: it does not know command "

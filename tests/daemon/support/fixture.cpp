@@ -69,6 +69,18 @@ int closed_status(const sim_answer &answer) {
     return sim_status(answer);
 }
 
+/// Makes fakes whose command line contains `part` wait until `open_gates`.
+void shut_gate(const std::string &part) {
+    unlink(GATE_PATH);
+    const std::string gates = sim_read_file(router_path("gate"));
+    ASSERT_TRUE(sim_write_file(router_path("gate"), gates + GATE_PATH + " " + part + "\n"));
+}
+
+/// @return whether one more such fake has been started than before
+bool wait_for_fake(const std::string &part, size_t before) {
+    return sim_wait_for([&] { return count_containing(journal(), part) > before; });
+}
+
 } // namespace
 
 text_lines log_lines() {
@@ -119,12 +131,6 @@ std::string usage_reply(const std::vector<std::pair<int, int>> &apps) {
     return "{\"data\":[" + text + "]}\n";
 }
 
-void shut_gate(const std::string &part) {
-    unlink(GATE_PATH);
-    const std::string gates = sim_read_file(router_path("gate"));
-    ASSERT_TRUE(sim_write_file(router_path("gate"), gates + GATE_PATH + " " + part + "\n"));
-}
-
 void open_gates() {
     ASSERT_TRUE(sim_write_file(GATE_PATH, ""));
 }
@@ -132,10 +138,6 @@ void open_gates() {
 bool is_readable(int fd) {
     pollfd readable = {.fd = fd, .events = POLLIN, .revents = 0};
     return poll(&readable, 1, 0) > 0;
-}
-
-bool wait_for_journal(const std::string &part, size_t count) {
-    return sim_wait_for([&] { return count_containing(journal(), part) >= count; });
 }
 
 bool wait_for_log(const std::string &line, size_t count) {
@@ -199,7 +201,7 @@ void daemon_test::hold_up_a_tick() {
     const size_t before = count_containing(journal(), "ubus");
     shut_gate("ubus");
     sim_clock_grant(&clock, 60);
-    ASSERT_TRUE(wait_for_journal("ubus", before + 1));
+    ASSERT_TRUE(wait_for_fake("ubus", before));
 }
 
 void daemon_test::stop() {
@@ -214,7 +216,7 @@ int daemon_test::occupy_the_socket_thread() {
     const int fd = sim_connect();
     EXPECT_TRUE(
         sim_send(fd, sim_bytes(sim_path_command(UTM_APP_CONFIG_LOAD_SIGNATURE, "/tmp/signature"))));
-    EXPECT_TRUE(wait_for_journal("load /tmp/signature"));
+    EXPECT_TRUE(wait_for_fake("load /tmp/signature", 0));
     return fd;
 }
 

@@ -61,15 +61,11 @@ void prescribe(const char *which, const std::string &reply);
 /// the time online
 std::string usage_reply(const std::vector<std::pair<int, int>> &apps);
 
-/// Makes fakes whose command line contains `part` wait; `open_gates` lets all of them go.
-void shut_gate(const std::string &part);
+/// Lets fakes go that wait.
 void open_gates();
 
 /// @return whether the other end has sent something or closed
 bool is_readable(int fd);
-
-/// Waits until the journal has `count` lines that contain `part`.
-[[nodiscard]] bool wait_for_journal(const std::string &part, size_t count = 1);
 
 /// Waits until a line stands in the log.
 [[nodiscard]] bool wait_for_log(const std::string &line, size_t count = 1);
