@@ -208,7 +208,8 @@ A signature is loaded from a file that holds something.
   lcsh load router/none
   lcsh load router/
 
-Commands fail as a file of faults asks, and then do nothing. What is refused is refused all the same.
+Commands fail as a file of faults asks, and then do nothing. What is refused is refused all the
+same.
 
   $ printf '3 acl set\n4 apg\nnothing\n0 load\n7 limit.sh -C 3\n' >router/fail
   $ lcsh apg acl set $mac 305 0 18

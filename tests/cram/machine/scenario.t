@@ -141,7 +141,8 @@ The statistics service counts by it, in one query for the router and in one for 
     }
    ]
   }
-  $ service '{"s":1772625600,"e":1772625780,"mac":"AABBCCDDEE0F 020000000001 "}' | tr -d '\t' | grep -A 1 app_id
+  $ service '{"s":1772625600,"e":1772625780,"mac":"AABBCCDDEE0F 020000000001 "}' | tr -d '\t' |
+  >   grep -A 1 app_id
   "app_id": 12,
   "total_time_usage": 1
   --
