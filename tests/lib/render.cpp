@@ -193,4 +193,23 @@ std::string render_apps(int32_t profile_id) {
            text.substr(text.find('\n', text.find("  weekdays")));
 }
 
+std::string render(const config_app_minutes_t *pairs, int32_t count) {
+    if (pairs == nullptr)
+        return "none, " + number(count);
+    std::string text = number(count) + ":";
+    for (int32_t i = 0; i < count; ++i)
+        text += " " + number(pairs[i].app_id) + "=" + number(pairs[i].minutes);
+    return text;
+}
+
+std::string brief(std::string text) {
+    for (const std::string part :
+         {", enabled 0", ", limit 1440 + 0", ", used 0/0/0", ", blocked 0", ", collected +0",
+          ", apps 0", ", policy none", ", days [] next 0",
+          "\n  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440"})
+        for (size_t at; (at = text.find(part)) != std::string::npos;)
+            text.erase(at, part.size());
+    return text;
+}
+
 } // namespace world

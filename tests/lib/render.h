@@ -47,4 +47,11 @@ std::string render_store();
 /// the store.
 std::string render_apps(int32_t profile_id);
 
+/// A ranking: "count: app=minutes ...", or "none, count" without one.
+std::string render(const config_app_minutes_t *pairs, int32_t count);
+
+/// A rendered text without what stands at its start value: "profile 3: devices 0 []" is a profile
+/// as it was created, and "app 305: used 4/0/0" an application that has no day behind it.
+std::string brief(std::string text);
+
 } // namespace world

@@ -129,14 +129,6 @@ FILE *stream_of(const std::string &text) {
     return fdopen(fd, "r");
 }
 
-void empty_store() {
-    utm_app_flush_profiles();
-    const mutex_guard lock(utm_app_config_mutex);
-    utm_app_clear_global_app_stat();
-    for (config_app_policy_t &policy : all_policies())
-        utm_app_destroy_policy(&policy);
-}
-
 void empty_log() {
     std::filesystem::remove_all(debug_log_directory);
     std::filesystem::create_directory(debug_log_directory);
@@ -153,6 +145,11 @@ std::string command_lines(const char *verb, const std::vector<world::mac_t> &mac
         lines += std::string("run lcsh apg acl ") + verb + " " + address + rest + "\n";
     }
     return lines;
+}
+
+std::string event_lines(const std::string &verb, int32_t profile_id) {
+    const std::string what = verb + " profile " + std::to_string(profile_id);
+    return "event " + what + "\nlog send event: " + what + " to use network\n";
 }
 
 } // namespace
@@ -433,14 +430,13 @@ void close_pipes() {
 }
 
 config_user_profile_t *make_profile(int32_t id, const std::vector<mac_t> &devices) {
-    const std::string before = trace();
-    if (utm_app_create_profile(id) != 0)
-        abort();
-    for (const mac_t &mac : devices)
-        if (utm_app_add_device(id, mac.data()) != 0)
+    quietly([&] {
+        if (utm_app_create_profile(id) != 0)
             abort();
-    trace();
-    state.trace = before;
+        for (const mac_t &mac : devices)
+            if (utm_app_add_device(id, mac.data()) != 0)
+                abort();
+    });
     const mutex_guard lock(utm_app_config_mutex);
     return utm_app_find_profile(id);
 }
@@ -459,15 +455,14 @@ void make_usage(config_user_profile_t *profile, const std::vector<config_app_min
 
 config_app_policy_t *make_policy(int32_t id, const std::vector<config_policy_rule_t> &rules,
                                  config_user_profile_t *profile) {
-    const std::string before = trace();
-    if (utm_app_create_policy(id) != id)
-        abort();
-    if (utm_app_add_apps_to_policy(id, rules.data(), static_cast<int32_t>(rules.size())) != 0)
-        abort();
-    if (profile != nullptr && utm_app_add_policy_to_profile(profile->user_profile_id, id) != 0)
-        abort();
-    trace();
-    state.trace = before;
+    quietly([&] {
+        const int32_t count = static_cast<int32_t>(rules.size());
+        if (utm_app_create_policy(id) != id ||
+            utm_app_add_apps_to_policy(id, rules.data(), count) != 0 ||
+            (profile != nullptr &&
+             utm_app_add_policy_to_profile(profile->user_profile_id, id) != 0))
+            abort();
+    });
     const mutex_guard lock(utm_app_config_mutex);
     return utm_app_find_policy(id);
 }
@@ -487,6 +482,24 @@ std::string unblock_lines(const std::vector<mac_t> &macs, int32_t app_id) {
 
 std::string reset_lines(const std::vector<mac_t> &macs) {
     return command_lines("reset", macs, "");
+}
+
+std::string block_event(int32_t profile_id) {
+    return event_lines("block", profile_id);
+}
+
+std::string unblock_event(int32_t profile_id) {
+    return event_lines("unblock", profile_id);
+}
+
+void empty_store() {
+    quietly([] {
+        utm_app_flush_profiles();
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_clear_global_app_stat();
+        for (config_app_policy_t &policy : all_policies())
+            utm_app_destroy_policy(&policy);
+    });
 }
 
 void set_active(bool active) {

@@ -141,6 +141,13 @@ std::string block_lines(const std::vector<mac_t> &macs, int32_t app_id);
 std::string unblock_lines(const std::vector<mac_t> &macs, int32_t app_id);
 std::string reset_lines(const std::vector<mac_t> &macs);
 
+/// The trace's lines for a profile that is told to be cut off, or to be free again.
+std::string block_event(int32_t profile_id);
+std::string unblock_event(int32_t profile_id);
+
+/// Frees every record of the store, without a line in the trace.
+void empty_store();
+
 /// Sets the feature switch without its side effects.
 void set_active(bool active);
 

@@ -9,11 +9,14 @@
 #include "persist/export.h"
 #include "persist/export_schedule.h"
 #include "persist/import.h"
+#include "store/policies.h"
+#include "store/profiles.h"
 #include "tests/lib/exchange.h"
 #include "tests/lib/world.h"
 #include "tests/unit/support/call_trace.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "usage/collector.h"
+#include "usage/limits.h"
 #include "usage/reports.h"
 #include "usage/top_apps.h"
 
@@ -153,32 +156,59 @@ TEST_F(Locks, TheSwitchWritesAMissingFileAfterItHasLetTheStoreGo) {
 
 // ---- A tick --------------------------------------------------------------------------------
 
-TEST_F(Locks, ACollectorReadsTheClockBeforeItWaitsForTheStore) {
+TEST_F(Locks, ACollectorReadsTheClockAndThenHoldsTheStoreToItsEnd) {
     make(usage_file::profile_t{3});
     usage_file::profile_t second = {4};
     second.devices = {"00:11:22:33:44:55"};
     make(second);
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
-              "clock store(query reap)");
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_global_app_status(), 0); }),
-              "clock store(query reap)");
+    const auto expect = [](int32_t (*collector)(), int32_t result, const char *trace) {
+        EXPECT_EQ(call_trace::of([=] { EXPECT_EQ(collector(), result); }), trace);
+    };
+    expect(utm_app_update_app_status, 0, "clock store(query reap)");
+    expect(utm_app_update_global_app_status, 0, "clock store(query reap)");
+    world::fail_popen(1);
+    expect(utm_app_update_app_status, -1, "clock store(query debug())");
+    world::fail_popen(1);
+    expect(utm_app_update_global_app_status, -1, "clock store(query debug())");
+    world::set_now(world::default_now + 86'400); // each profile's weekday limit is taken
+    expect(utm_app_update_app_status, 0, "clock store(clock event debug() clock query reap)");
 }
 
-TEST_F(Locks, ACollectorHoldsTheStoreToItsEnd) {
-    usage_file::profile_t profile = {3};
-    profile.devices = {"00:11:22:33:44:55"};
-    make(profile);
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
-              "clock store(query reap)");
-    world::set_now(world::default_now + 86'400);
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
-              "clock store(event debug() clock query reap)");
-    world::fail_popen(1);
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), -1); }),
-              "clock store(query debug())");
-    world::fail_popen(1);
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_global_app_status(), -1); }),
-              "clock store(query debug())");
+// ---- The store's own operations ------------------------------------------------------------
+
+/// Profile 1 with a device and, bound to it, policy 4 with a rule; policy 5 with one, unbound.
+void make_bound_state() {
+    world::empty_store();
+    world::make_policy(4, {{12, 2, 0}}, world::make_profile(1, {world::tablet}));
+    world::make_profile(2, {world::phone});
+    world::make_policy(5, {{13, 2, 0}});
+    world::set_active(true);
+}
+
+TEST_F(Locks, AnOperationHoldsTheStoreForAsLongAsItWorksOnIt) {
+    int32_t minutes = 0;
+    const config_policy_rule_t rule = {14, 2, 0};
+    const std::pair<std::function<int32_t()>, const char *> cases[] = {
+        {[] { return utm_app_create_profile(3); }, "clock store() debug()"},
+        {[] { return utm_app_delete_profile(1); }, "store(run debug()) debug()"},
+        {[] { return utm_app_flush_profiles(); }, "store(run debug() run debug()) debug()"},
+        {[] { return utm_app_add_device(1, world::phone.data()); }, "store(run debug())"},
+        {[] { return utm_app_delete_device(1, world::tablet.data()); }, "store(run debug())"},
+        {[] { return utm_app_add_extend(1, 30); }, "store(debug())"},
+        {[] { return utm_app_add_extend(9, 30); }, "store(debug())"},
+        {[] { return utm_app_reset_extend(9); }, "store(debug())"},
+        {[&] { return utm_app_get_extend(9, &minutes); }, "store(debug())"},
+        {[] { return utm_app_create_policy(6); }, "store() debug()"},
+        {[] { return utm_app_create_policy(4); }, "store() debug()"},
+        {[&] { return utm_app_add_apps_to_policy(4, &rule, 1); }, "store(debug() run) debug()"},
+        {[] { return utm_app_delete_policy(4); }, "store(run)"},
+        {[] { return utm_app_add_policy_to_profile(2, 5); }, "store(debug() run debug())"},
+        {[] { return utm_app_set_activate(0); }, "store(run status run) debug()"},
+    };
+    for (const auto &[act, trace] : cases) {
+        make_bound_state();
+        EXPECT_EQ(call_trace::of([&] { static_cast<void>(act()); }), trace);
+    }
 }
 
 // ---- Rankings ------------------------------------------------------------------------------

@@ -1,31 +1,24 @@
+/// What the store does when memory runs out.
+
 #include "core/owners.h"
 #include "store/policies.h"
 #include "store/profiles.h"
 #include "tests/lib/render.h"
-#include "tests/lib/world.h"
+#include "tests/unit/support/world_test.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
 
-/// What the store does when memory runs out.
-class StoreMemory : public testing::Test {
-protected:
-    void SetUp() override { world::reset(); }
-};
-
-using world::both;
+class StoreMemory : public world_test {};
 
 /// An operation on the state that `make_state` leaves, and what the failure of its nth allocation
 /// comes to.
 struct memory_case {
-    const char *name;
     std::function<int32_t()> act;
     int nth;
     int32_t result;
     const char *trace;
-    bool is_undone; ///< the store is as if nothing had been asked
 };
 
 int32_t add_rules() {
@@ -50,54 +43,13 @@ int32_t count_apps() {
     return count;
 }
 
-const memory_case cases[] = {
-    {"create profile", [] { return utm_app_create_profile(2); }, 1, -1,
-     "log Create profile 2 failed because malloc failed\n", true},
-    {"create a profile that exists", [] { return utm_app_create_profile(1); }, 1, -1,
-     "log Create profile 1 failed because malloc failed\n", true},
-    {"create profile, Sunday", [] { return utm_app_create_profile(2); }, 2, 0,
-     "log Add weekday to profile 2 failed because malloc failed\n"
-     "log Create profile 2 success\n",
-     false},
-    {"create profile, Saturday", [] { return utm_app_create_profile(2); }, 8, 0,
-     "log Add weekday to profile 2 failed because malloc failed\n"
-     "log Create profile 2 success\n",
-     false},
-    {"add device", [] { return utm_app_add_device(1, world::phone.data()); }, 1, -1,
-     "log Add dev to profile 1 failed because malloc failed\n", true},
-    {"add device, text", [] { return utm_app_add_device(1, world::phone.data()); }, 2, 0,
-     "log Update device list string failed because malloc failed\n"
-     "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
-     "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n",
-     false},
-    {"get devices", count_devices, 1, -1,
-     "log Get devices of profile 1 failed because malloc failed\n", true},
-    {"create policy", [] { return utm_app_create_policy(5); }, 1, -1,
-     "log Create policy 5 failed because malloc failed\n", true},
-    {"create a policy that exists", [] { return utm_app_create_policy(4); }, 1, -1,
-     "log Create policy 4 failed because malloc failed\n", true},
-    {"add apps, first", add_rules, 1, -1,
-     "log Policy 4 add app 20 action 2 limit 0 failed\n"
-     "log Policy 4 update app 12 action 1 limit 9 success\n"
-     "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
-     "log Policy 4 add app 30 action 1 limit 5 success\n"
-     "log Add apps to policy 4 failed\n",
-     false},
-    {"add apps, last", add_rules, 2, -1,
-     "log Policy 4 add app 20 action 2 limit 0 success\n"
-     "run lcsh apg acl set 00:11:22:33:44:55 20 0 18\n"
-     "log Policy 4 update app 12 action 1 limit 9 success\n"
-     "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
-     "log Policy 4 add app 30 action 1 limit 5 failed\n"
-     "log Add apps to policy 4 failed\n",
-     false},
-    {"update app", update_rule, 1, -1,
-     "log Policy 4 add app 20 action 2 limit 0 failed\n"
-     "log Update app to policy 4 failed\n",
-     true},
-    {"get apps", count_apps, 1, -1, "log Get apps of policy 4 failed because malloc failed\n",
-     true},
-};
+int32_t create_profile() {
+    return utm_app_create_profile(2);
+}
+
+int32_t add_phone() {
+    return utm_app_add_device(1, world::phone.data());
+}
 
 /// Profile 1 with a device and, bound to it, policy 4 with a rule; the feature is active.
 void make_state() {
@@ -106,118 +58,125 @@ void make_state() {
     world::set_active(true);
 }
 
-TEST_F(StoreMemory, SaysWhatFailed) {
-    for (const memory_case &row : cases) {
-        make_state();
-        const std::string before = world::render_lists();
-        world::fail_allocation(row.nth);
-        EXPECT_EQ(row.act(), row.result) << row.name;
-        EXPECT_GE(world::allocations(), row.nth) << row.name;
-        world::fail_allocation(0);
-        EXPECT_EQ(world::trace(), row.trace) << row.name;
-        if (row.is_undone) {
-            EXPECT_EQ(world::render_lists(), before) << row.name;
-        }
-    }
-}
-
-/// @return the store after an operation for which there was memory
-std::string store_after(const std::function<int32_t()> &act) {
+/// Fails an allocation of an operation.
+/// @return the store before and after
+std::pair<std::string, std::string> run(const memory_case &row) {
+    SCOPED_TRACE(row.trace);
     make_state();
-    act();
-    return world::render_lists();
+    const std::string before = world::render_lists();
+    world::fail_allocation(row.nth);
+    EXPECT_EQ(row.act(), row.result);
+    EXPECT_GE(world::allocations(), row.nth);
+    world::fail_allocation(0);
+    EXPECT_EQ(world::trace(), row.trace);
+    return {before, world::render_lists()};
 }
 
-TEST_F(StoreMemory, LetsTheSameBeAskedAgain) {
-    for (const memory_case &row : cases) {
-        if (!row.is_undone)
-            continue;
-        const std::string expected = store_after(row.act);
-        make_state();
-        world::fail_allocation(row.nth);
-        row.act();
-        world::fail_allocation(0);
-        row.act();
-        EXPECT_EQ(world::render_lists(), expected) << row.name;
-    }
-}
-
-TEST_F(StoreMemory, LetsTheMissingRulesBeAddedLater) {
-    for (const int nth : {1, 2}) {
-        make_state();
-        world::fail_allocation(nth);
-        EXPECT_EQ(add_rules(), -1);
-        world::fail_allocation(0);
-        EXPECT_EQ(add_rules(), 0);
-        EXPECT_EQ(world::render_policy(4), nth == 1 ? "policy 4: profile 1, count 3, rules 20/2/0 "
-                                                      "(unused) 30/1/5 (unused) 12/1/9 (unused)\n"
-                                                    : "policy 4: profile 1, count 3, rules 30/1/5 "
-                                                      "(unused) 20/2/0 (unused) 12/1/9 (unused)\n");
-    }
-}
-
-TEST_F(StoreMemory, LeavesOutTheWeekdayThatFailedAndNoOther) {
-    const char *const weeks[] = {
-        "  weekdays 1:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n",
-        "  weekdays 0:1440 2:1440 3:1440 4:1440 5:1440 6:1440\n",
-        "  weekdays 0:1440 1:1440 3:1440 4:1440 5:1440 6:1440\n",
-        "  weekdays 0:1440 1:1440 2:1440 4:1440 5:1440 6:1440\n",
-        "  weekdays 0:1440 1:1440 2:1440 3:1440 5:1440 6:1440\n",
-        "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 6:1440\n",
-        "  weekdays 0:1440 1:1440 2:1440 3:1440 4:1440 5:1440\n",
+TEST_F(StoreMemory, LeavesTheStoreAsItWasAndLetsTheSameBeAskedAgain) {
+    const memory_case cases[] = {
+        {create_profile, 1, -1, "log Create profile 2 failed because malloc failed\n"},
+        {[] { return utm_app_create_profile(1); }, 1, -1,
+         "log Create profile 1 failed because malloc failed\n"},
+        {add_phone, 1, -1, "log Add dev to profile 1 failed because malloc failed\n"},
+        {count_devices, 1, -1, "log Get devices of profile 1 failed because malloc failed\n"},
+        {[] { return utm_app_create_policy(5); }, 1, -1,
+         "log Create policy 5 failed because malloc failed\n"},
+        {[] { return utm_app_create_policy(4); }, 1, -1,
+         "log Create policy 4 failed because malloc failed\n"},
+        {update_rule, 1, -1,
+         "log Policy 4 add app 20 action 2 limit 0 failed\n"
+         "log Update app to policy 4 failed\n"},
+        {count_apps, 1, -1, "log Get apps of policy 4 failed because malloc failed\n"},
     };
-    for (int day = 0; day < days_per_week; ++day) {
-        SetUp();
-        world::fail_allocation(day + 2);
-        EXPECT_EQ(utm_app_create_profile(1), 0);
-        const std::string text = world::render_profile(1);
-        EXPECT_EQ(text.substr(text.find("  weekdays"), strlen(weeks[day])), weeks[day]);
+    for (const memory_case &row : cases) {
+        const auto [before, after] = run(row);
+        EXPECT_EQ(after, before) << row.trace;
+        row.act();
+        const std::string again = world::render_lists();
+        make_state();
+        row.act();
+        EXPECT_EQ(again, world::render_lists()) << row.trace;
+    }
+}
+
+TEST_F(StoreMemory, DoesWhatItCan) {
+    const std::pair<memory_case, const char *> cases[] = {
+        {{add_rules, 1, -1,
+          "log Policy 4 add app 20 action 2 limit 0 failed\n"
+          "log Policy 4 update app 12 action 1 limit 9 success\n"
+          "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
+          "log Policy 4 add app 30 action 1 limit 5 success\n"
+          "log Add apps to policy 4 failed\n"},
+         "count 2, rules 30/1/5 (unused) 12/1/9 (unused)\n"},
+        {{add_rules, 2, -1,
+          "log Policy 4 add app 20 action 2 limit 0 success\n"
+          "run lcsh apg acl set 00:11:22:33:44:55 20 0 18\n"
+          "log Policy 4 update app 12 action 1 limit 9 success\n"
+          "run lcsh apg acl del 00:11:22:33:44:55 12 0\n"
+          "log Policy 4 add app 30 action 1 limit 5 failed\n"
+          "log Add apps to policy 4 failed\n"},
+         "count 2, rules 20/2/0 (unused) 12/1/9 (unused)\n"},
+        {{add_phone, 2, 0,
+          "log Update device list string failed because malloc failed\n"
+          "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+          "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n"},
+         "devices 2 [001122334455 ] (really [001122334455 AABBCCDDEE0F ])"},
+        {{[] { return utm_app_delete_device(1, world::tablet.data()) + add_phone(); }, 2, 0,
+          "run lcsh apg acl reset 00:11:22:33:44:55\n"
+          "log Del dev 00:11:22:33:44:55 from profile 1 success\n"
+          "log Update device list string failed because malloc failed\n"
+          "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
+          "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n"},
+         "devices 1 [001122334455 ] (really [AABBCCDDEE0F ])"},
+    };
+    for (const auto &[row, left] : cases) {
+        const std::string after = run(row).second;
+        EXPECT_NE(after.find(left), std::string::npos) << after;
+    }
+}
+
+TEST_F(StoreMemory, LeavesTheTextOfTheDevicesAloneWhenOneLeaves) {
+    config_user_profile_t *profile = world::make_profile(1, world::both);
+    world::fail_allocation(1);
+    EXPECT_EQ(utm_app_delete_device(1, world::tablet.data()), 0);
+    EXPECT_EQ(world::trace(), "log Update device list string failed because malloc failed\n"
+                              "log Del dev 00:11:22:33:44:55 from profile 1 success\n");
+    EXPECT_STREQ(profile->device_list_string, "001122334455 AABBCCDDEE0F ");
+    world::make_profile(2);
+    world::fail_allocation(2);
+    EXPECT_EQ(utm_app_add_device(2, world::phone.data()), 0);
+    EXPECT_EQ(world::brief(world::render_profile(2)),
+              "profile 2: devices 1 [] (really [AABBCCDDEE0F ])\n");
+}
+
+TEST_F(StoreMemory, LeavesOutTheWeekdaysThatFailedAndNoOther) {
+    for (int missing = 0; missing < 7; ++missing) {
+        world::reset();
+        world::fail_allocation(missing + 2);
+        EXPECT_EQ(create_profile(), 0);
+        std::string weekdays = "\n  weekdays";
+        for (int day = 0; day < 7; ++day)
+            weekdays += day == missing ? "" : " " + std::to_string(day) + ":1440";
+        EXPECT_EQ(world::brief(world::render_profile(2)),
+                  "profile 2: devices 0 []" + weekdays + "\n");
+        EXPECT_EQ(world::trace(), "log Add weekday to profile 2 failed because malloc failed\n"
+                                  "log Create profile 2 success\n");
     }
 }
 
 TEST_F(StoreMemory, ReportsEveryMissingWeekday) {
-    world::fail_allocations_from(2);
-    EXPECT_EQ(utm_app_create_profile(1), 0);
-    std::string expected;
-    for (int day = 0; day < days_per_week; ++day)
-        expected += "log Add weekday to profile 1 failed because malloc failed\n";
-    EXPECT_EQ(world::trace(), expected + "log Create profile 1 success\n");
-    EXPECT_NE(world::render_profile(1).find("  weekdays\n"), std::string::npos);
+    world::make_profile(1);
     world::fail_allocations_from(1);
+    std::string lines;
+    for (int day = 0; day < 7; ++day)
+        lines += "log Add weekday to profile 1 failed because malloc failed\n";
     const mutex_guard lock(utm_app_config_mutex);
     EXPECT_EQ(utm_app_add_weekday_limits(1), -1);
-    EXPECT_EQ(world::trace(), expected);
-}
-
-TEST_F(StoreMemory, KeepsThePreviousTextOfTheDevices) {
-    config_user_profile_t *profile = world::make_profile(1, {world::tablet});
-    world::fail_allocation(2);
-    EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_STREQ(profile->device_list_string, "001122334455 ");
-    EXPECT_EQ(profile->device_count, 2);
-    world::fail_allocation(1);
-    EXPECT_EQ(utm_app_delete_device(1, world::tablet.data()), 0);
-    EXPECT_STREQ(profile->device_list_string, "001122334455 ");
-    EXPECT_EQ(world::trace(), "log Update device list string failed because malloc failed\n"
-                              "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n"
-                              "log Update device list string failed because malloc failed\n"
-                              "log Del dev 00:11:22:33:44:55 from profile 1 success\n");
-    world::fail_allocation(0);
-    const mutex_guard lock(utm_app_config_mutex);
-    utm_app_rebuild_device_list_string(profile);
-    EXPECT_STREQ(profile->device_list_string, "AABBCCDDEE0F ");
-}
-
-TEST_F(StoreMemory, LeavesTheFirstDeviceWithoutAText) {
-    config_user_profile_t *profile = world::make_profile(1);
-    world::fail_allocation(2);
-    EXPECT_EQ(utm_app_add_device(1, world::phone.data()), 0);
-    EXPECT_EQ(profile->device_list_string, nullptr);
-    EXPECT_EQ(profile->device_count, 1);
+    EXPECT_EQ(world::trace(), lines);
 }
 
 TEST_F(StoreMemory, NeedsNoneToBindReleaseOrDelete) {
-    world::make_profile(1, both);
+    world::make_profile(1, world::both);
     world::make_policy(4, {{12, 2, 0}});
     world::fail_allocations_from(1);
     EXPECT_EQ(utm_app_add_policy_to_profile(1, 4), 0);

@@ -86,13 +86,7 @@ std::string usage_file_fixture::export_text() {
 }
 
 void usage_file_fixture::empty_store() {
-    world::quietly([] {
-        utm_app_flush_profiles();
-        const mutex_guard lock(utm_app_config_mutex);
-        utm_app_clear_global_app_stat();
-        for (config_app_policy_t &policy : all_policies())
-            utm_app_destroy_policy(&policy);
-    });
+    world::empty_store();
 }
 
 void usage_file_fixture::forget_log() {
