@@ -70,9 +70,7 @@ TEST_F(AppIndex, TakesRecordsInAndGrowsWithTheList) {
     app_index_t index = app_index_of(list());
     for (int32_t id = 0; id < 5000; ++id) {
         ASSERT_EQ(app_index_find(&index, id * 64), nullptr);
-        config_app_usage_t *usage = push(id * 64);
-        app_index_add(&index, usage);
-        ASSERT_EQ(app_index_find(&index, id * 64), usage);
+        app_index_add(&index, push(id * 64));
         ASSERT_LE(index.count * 2, index.capacity);
     }
     for (int32_t id = 0; id < 5000; ++id)
@@ -96,21 +94,14 @@ TEST_F(AppIndex, WalksTheListWithoutMemoryForATable) {
 TEST_F(AppIndex, WalksTheListWhenItCannotGrow) {
     const mutex_guard lock(utm_app_config_mutex);
     app_index_t index = app_index_of(list());
-    world::fail_allocations_from(1);
-    std::vector<config_app_usage_t *> usages(200);
-    for (config_app_usage_t *&usage : usages)
-        usage = static_cast<config_app_usage_t *>(malloc(sizeof(*usage)));
-    int32_t id = 0;
-    for (config_app_usage_t *usage : usages) {
-        *usage = {};
-        usage->app_id = ++id;
-        list_push_front(list(), &usage->link);
-        utm_app_config_global_app_stat_list_count += 1;
+    for (int32_t id = 1; id <= 200; ++id) {
+        config_app_usage_t *usage = push(id);
+        world::fail_allocation(1);
         app_index_add(&index, usage);
+        world::fail_allocation(0);
     }
-    world::fail_allocation(0);
     EXPECT_EQ(index.slots, nullptr);
-    for (id = 0; id <= 201; ++id)
+    for (int32_t id = 0; id <= 201; ++id)
         expect_same(index, id);
 }
 

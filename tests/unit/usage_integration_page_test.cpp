@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace {
 
@@ -46,12 +47,11 @@ protected:
 
     /// @return those lines of the trace that begin so, without that beginning
     static std::string trace_of(const std::string &start) {
-        std::string trace = world::trace();
+        std::istringstream trace(world::trace());
         std::string lines;
-        for (size_t at = 0; at < trace.size(); at = trace.find('\n', at) + 1)
-            if (trace.compare(at, start.size(), start) == 0)
-                lines +=
-                    trace.substr(at + start.size(), trace.find('\n', at) + 1 - at - start.size());
+        for (std::string line; std::getline(trace, line);)
+            if (line.starts_with(start))
+                lines += line.substr(start.size()) + "\n";
         return lines;
     }
 };

@@ -1,26 +1,19 @@
 #include "usage/statistics_query.h"
 
-#include "tests/lib/world.h"
+#include "tests/unit/support/world_test.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <random>
 
 namespace {
 
-class StatisticsQuery : public testing::Test {
-protected:
-    void SetUp() override { world::reset(); }
-};
+class StatisticsQuery : public world_test {};
 
-TEST_F(StatisticsQuery, FormatsAProfilesLine) {
+TEST_F(StatisticsQuery, FormatsALine) {
     EXPECT_STREQ(utm_app_profile_query_line(1000, 1060, "001122334455 AABBCCDDEE0F ").get(),
                  "ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour "
                  "'{\"s\":940,\"e\":1000,\"mac\":\"001122334455 AABBCCDDEE0F \"}'");
-}
-
-TEST_F(StatisticsQuery, FormatsTheRoutersLine) {
     EXPECT_STREQ(utm_app_global_query_line(1000, 1060).text,
                  "ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{\"s\":940,\"e\":1000}'");
     EXPECT_STREQ(utm_app_global_query_line(0, 0).text,
@@ -41,90 +34,122 @@ TEST_F(StatisticsQuery, CutsALineThatOutgrowsItsBuffer) {
                  "'{\"s\":99999999999939,\"e\":99999999999938,\"mac\":\"001122334455 \"}");
 }
 
-/// A reply as it is read from a program that prints `text`.
-struct read_t {
+// ---- Reading a reply -----------------------------------------------------------------------
+
+/// What a reply buffer holds, and how often it grew.
+struct held_t {
+    std::string text = {};
+    size_t capacity = 1024;
+    int grown = 0;
+
+    bool operator==(const held_t &) const = default;
+};
+
+std::ostream &operator<<(std::ostream &to, const held_t &held) {
+    return to << held.text.size() << " characters of " << held.capacity << ", grown " << held.grown
+              << " times";
+}
+
+FILE *stream_of(const std::string &bytes) {
+    FILE *stream = tmpfile();
+    fwrite(bytes.data(), 1, bytes.size(), stream);
+    rewind(stream);
+    return stream;
+}
+
+/// Reads with `fgets`, 127 characters at the most, and grows by a step ahead of need.
+held_t read_by_lines(const std::string &bytes) {
+    held_t held;
+    size_t used = 0;
+    FILE *stream = stream_of(bytes);
+    char line[128];
+    while (fgets(line, sizeof(line), stream) != nullptr) {
+        const size_t length = strlen(line);
+        if (held.capacity <= used + length + 1) {
+            held.capacity += 1024;
+            ++held.grown;
+        }
+        held.text += line;
+        used = held.text.size() + 1;
+    }
+    fclose(stream);
+    return held;
+}
+
+/// @return what `utm_app_statistics_read` does
+size_t read_into(statistics_reply_t *reply, const std::string &bytes) {
+    FILE *stream = stream_of(bytes);
+    const size_t failed = utm_app_statistics_read(reply, stream);
+    fclose(stream);
+    return failed;
+}
+
+held_t read_by_blocks(const std::string &bytes) {
     statistics_reply_t reply = {};
-    size_t failed = 0;
-};
-
-void read_into(statistics_reply_t *reply, const std::string &text, size_t *failed) {
-    const int fd = memfd_create("reply", MFD_CLOEXEC);
-    ASSERT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    lseek(fd, 0, SEEK_SET);
-    FILE *pipe = fdopen(fd, "r");
-    *failed = utm_app_statistics_read(reply, pipe);
-    fclose(pipe);
+    EXPECT_TRUE(utm_app_statistics_create(&reply));
+    world::fail_allocation(0);
+    EXPECT_EQ(read_into(&reply, bytes), 0U);
+    const held_t held = {reply.text.get(), reply.capacity, world::allocations()};
+    EXPECT_EQ(reply.used, held.text.empty() ? 0 : held.text.size() + 1);
+    return held;
 }
 
-read_t read_reply(const std::string &text) {
-    read_t read;
-    EXPECT_TRUE(utm_app_statistics_create(&read.reply));
-    read_into(&read.reply, text, &read.failed);
-    return read;
+/// @return up to 12,000 bytes, each an `a`, `b` and so on
+std::string random_reply(std::mt19937 *random) {
+    std::string bytes((*random)() % 12'000, '\0');
+    for (char &byte : bytes)
+        byte = static_cast<char>('a' + (*random)() % 26);
+    return bytes;
 }
 
-TEST_F(StatisticsQuery, HoldsNothingAfterAnEmptyReply) {
-    const read_t read = read_reply("");
-    EXPECT_EQ(read.failed, 0u);
-    EXPECT_STREQ(read.reply.text.get(), "");
-    EXPECT_EQ(read.reply.used, 0u);
-    EXPECT_EQ(read.reply.capacity, 1024u);
+/// Puts one of two bytes over some of a text's.
+void strew(std::mt19937 *random, std::string *bytes, size_t times, char first, char second) {
+    for (; times > 0 && !bytes->empty(); --times)
+        (*bytes)[(*random)() % bytes->size()] = (*random)() % 3 == 0 ? first : second;
 }
 
-TEST_F(StatisticsQuery, JoinsLinesOfAnyLength) {
-    const std::string text = std::string(300, 'a') + "\n\n" + std::string(127, 'b') + "\n" +
-                             std::string(126, 'c') + "\n" + std::string(128, 'd');
-    const read_t read = read_reply(text);
-    EXPECT_STREQ(read.reply.text.get(), text.c_str());
-    EXPECT_EQ(read.reply.used, text.size() + 1);
-    EXPECT_EQ(read.reply.capacity, 1024u);
+TEST_F(StatisticsQuery, GrowsAsReadingByLinesDoesAtEveryLength) {
+    for (size_t length = 0; length < 3200; ++length) {
+        const std::string bytes(length, 'x');
+        ASSERT_EQ(read_by_blocks(bytes), read_by_lines(bytes)) << length;
+    }
+    // With 1001 bytes held, a chunk of 22 grows the buffer, although what it makes would fit.
+    EXPECT_EQ(read_by_blocks(std::string(1021, 'x')).capacity, 1024U);
+    EXPECT_EQ(read_by_blocks(std::string(1022, 'x')).capacity, 2048U);
+    EXPECT_EQ(read_by_blocks(std::string(3000, 'x')).capacity, 3072U);
+    EXPECT_EQ(read_by_blocks(std::string(1'000'000, 'x')).capacity, 1'000'448U);
 }
 
-struct growth_case_t {
-    const char *name;
-    std::vector<size_t> lines; ///< lengths, with the line ends
-    size_t capacity;
-};
-
-const growth_case_t growth[] = {
-    // A chunk grows the buffer once held + chunk + 1 reaches the capacity, held with its NUL.
-    {"1000 and 21", {100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 21}, 1024},
-    {"1000 and 22", {100, 100, 100, 100, 100, 100, 100, 100, 100, 100, 22}, 2048},
-    {"3000 in one line", {3000}, 3072},
-    {"8 chunks and 5", {127, 127, 127, 127, 127, 127, 127, 127, 5}, 1024},
-    {"8 chunks and 6", {127, 127, 127, 127, 127, 127, 127, 127, 6}, 2048},
-    {"one by one to 1021", std::vector<size_t>(1021, 1), 1024},
-    {"one by one to 1022", std::vector<size_t>(1022, 1), 2048},
-    {"a million", {1'000'000}, 1'000'448},
-};
-
-TEST_F(StatisticsQuery, GrowsByStepsOf1024) {
-    for (const growth_case_t &c : growth) {
-        std::string text;
-        for (const size_t length : c.lines)
-            text += std::string(length - 1, 'x') + "\n";
-        const read_t read = read_reply(text);
-        EXPECT_EQ(read.failed, 0u) << c.name;
-        EXPECT_EQ(read.reply.capacity, c.capacity) << c.name;
-        EXPECT_EQ(std::string(read.reply.text.get()), text) << c.name;
-        EXPECT_EQ(read.reply.used, text.size() + 1) << c.name;
+TEST_F(StatisticsQuery, TakesLinesOfAnyLength) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes = random_reply(&random);
+        strew(&random, &bytes, random() % 400, '\n', '\n');
+        ASSERT_EQ(read_by_blocks(bytes), read_by_lines(bytes)) << round;
     }
 }
 
-TEST_F(StatisticsQuery, LosesTheRestOfAChunkBehindANul) {
-    const std::string text("ab\0cd\nef\n\0gh\nij", 15);
-    const read_t read = read_reply(text);
-    EXPECT_STREQ(read.reply.text.get(), "abef\nij");
+TEST_F(StatisticsQuery, LosesWhatFollowsANulInItsPiece) {
+    EXPECT_EQ(read_by_blocks(std::string("ab\0cd\nef\n\0gh\nij\0", 16)).text, "abef\nij");
+    std::mt19937 random(2);
+    for (int round = 0; round < 300; ++round) {
+        // Few NULs and few line ends, so that long lines are cut and the next piece goes on.
+        std::string bytes = random_reply(&random);
+        strew(&random, &bytes, random() % 40, '\n', '\0');
+        ASSERT_EQ(read_by_blocks(bytes).text, read_by_lines(bytes).text) << round;
+    }
 }
 
 TEST_F(StatisticsQuery, ClearsAReplyAndKeepsItsSize) {
-    read_t read = read_reply(std::string(3000, 'x'));
-    utm_app_statistics_clear(&read.reply);
-    EXPECT_EQ(std::string(read.reply.text.get(), 3072), std::string(3072, '\0'));
-    EXPECT_EQ(read.reply.used, 0u);
-    read_into(&read.reply, "new", &read.failed);
-    EXPECT_STREQ(read.reply.text.get(), "new");
-    EXPECT_EQ(read.reply.capacity, 3072u);
+    statistics_reply_t reply = {};
+    ASSERT_TRUE(utm_app_statistics_create(&reply));
+    EXPECT_EQ(read_into(&reply, std::string(3000, 'x')), 0U);
+    utm_app_statistics_clear(&reply);
+    EXPECT_EQ(std::string(reply.text.get(), 3072), std::string(3072, '\0'));
+    EXPECT_EQ(reply.used, 0U);
+    EXPECT_EQ(read_into(&reply, "new"), 0U);
+    EXPECT_STREQ(reply.text.get(), "new");
+    EXPECT_EQ(reply.capacity, 3072U);
 }
 
 TEST_F(StatisticsQuery, SaysHowManyBytesItCouldNotHave) {
@@ -132,13 +157,18 @@ TEST_F(StatisticsQuery, SaysHowManyBytesItCouldNotHave) {
     world::fail_allocation(1);
     EXPECT_FALSE(utm_app_statistics_create(&reply));
     world::fail_allocation(3);
-    const read_t read = read_reply(std::string(3000, 'x'));
-    EXPECT_EQ(read.failed, 3072u);
-    EXPECT_EQ(read.reply.capacity, 2048u);
+    ASSERT_TRUE(utm_app_statistics_create(&reply));
+    EXPECT_EQ(read_into(&reply, std::string(3000, 'x')), 3072U);
+    EXPECT_EQ(reply.capacity, 2048U);
+    world::fail_allocation(0);
+    EXPECT_EQ(read_into(&reply, std::string(5000, 'x')), 0U);
 }
 
+// ---- Figures -------------------------------------------------------------------------------
+
 /// What a reply counts, one figure a line.
-std::string figures(const std::string &text) {
+std::string figures(const std::string &elements) {
+    const std::string text = "{\"data\":[" + elements + "]}";
     std::string told;
     for (const statistics_figure_t &figure : statistics_figures_t(text.c_str()))
         told += std::string(figure.kind == figure_kind_t::app ? "app " : "internet ") +
@@ -152,56 +182,26 @@ std::string element(const std::string &type, const std::string &app_id,
            "}";
 }
 
-std::string data(const std::string &elements) {
-    return "{\"data\":[" + elements + "]}";
-}
-
 TEST_F(StatisticsQuery, ReadsFiguresInArrayOrder) {
-    EXPECT_EQ(figures(data(element("\"APP\"", "305", "4") + "," +
-                           element("\"INTERNET\"", "0", "9") + "," + element("\"APP\"", "7", "0"))),
+    EXPECT_EQ(figures(element("\"APP\"", "305", "4") + "," + element("\"INTERNET\"", "0", "9") +
+                      "," + element("\"APP\"", "7", "0")),
               "app 305 4\ninternet 0 9\napp 7 0\n");
 }
 
-struct type_case_t {
-    const char *type;
-    const char *figure;
-};
-
 TEST_F(StatisticsQuery, TellsTypesByTheirFirstLetters) {
-    const type_case_t cases[] = {
-        {R"("APP")", "app 7 4\n"},
-        {R"("APPLICATION")", "app 7 4\n"},
-        {R"("APP_V6")", "app 7 4\n"},
-        {R"("INTERNET")", "internet 7 4\n"},
-        {R"("INTERNET_V6")", "internet 7 4\n"},
-        {R"("OTHER")", ""},
-        {R"("")", ""},
-        {R"("AP")", ""},
-        {R"("INTERNE")", ""},
-        {R"("app")", ""},
-        {R"("internet")", ""},
-        {R"(" APP")", ""},
-        {R"("XAPP")", ""},
-        {"null", ""},
-        {"7", ""},
-        {"true", ""},
-        {R"(["APP"])", ""},
-        {R"({"APP":1})", ""},
-        {R"("\u0041PP")", "app 7 4\n"},
-        {R"("AP\u0000P")", ""},
-        {R"("APP\u0000X")", "app 7 4\n"},
-    };
-    for (const type_case_t &c : cases)
-        EXPECT_EQ(figures(data(element(c.type, "7", "4"))), c.figure) << c.type;
+    for (const char *type :
+         {R"("APP")", R"("APPLICATION")", R"("APP_V6")", R"("\u0041PP")", R"("APP\u0000X")"})
+        EXPECT_EQ(figures(element(type, "7", "4")), "app 7 4\n") << type;
+    for (const char *type : {R"("INTERNET")", R"("INTERNET_V6")"})
+        EXPECT_EQ(figures(element(type, "7", "4")), "internet 7 4\n") << type;
+    for (const char *type : {R"("OTHER")", R"("")", R"("AP")", R"("INTERNE")", R"("app")",
+                             R"("internet")", R"(" APP")", R"("XAPP")", "null", "7", "true",
+                             R"(["APP"])", R"({"APP":1})", R"("AP\u0000P")"})
+        EXPECT_EQ(figures(element(type, "7", "4")), "") << type;
 }
 
-struct number_case_t {
-    const char *json;
-    const char *number;
-};
-
 TEST_F(StatisticsQuery, ReadsOddNumbersAsTheParserConvertsThem) {
-    const number_case_t cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"4", "4"},
         {"-4", "-4"},
         {"\"12\"", "12"},
@@ -225,14 +225,10 @@ TEST_F(StatisticsQuery, ReadsOddNumbersAsTheParserConvertsThem) {
         {"[5]", "0"},
         {"{\"5\":5}", "0"},
     };
-    for (const number_case_t &c : cases) {
-        EXPECT_EQ(figures(data(element("\"APP\"", "7", c.json))),
-                  std::string("app 7 ") + c.number + "\n")
-            << c.json;
-        EXPECT_EQ(figures(data(element("\"APP\"", c.json, "4"))),
-                  std::string("app ") + c.number + " 4\n")
-            << c.json;
-    }
+    for (const auto &[json, number] : cases)
+        EXPECT_EQ(figures(element("\"APP\"", "7", json) + "," + element("\"APP\"", json, "4")),
+                  "app 7 " + number + "\napp " + number + " 4\n")
+            << json;
 }
 
 } // namespace
