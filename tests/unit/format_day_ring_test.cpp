@@ -16,22 +16,6 @@ config_app_usage_t numbered(int32_t next) {
     return usage;
 }
 
-struct slot_case_t {
-    int32_t next;
-    int32_t days_ago;
-    int32_t slot;
-};
-
-TEST(DayRing, FindsADayBeforeTheNextSlotAndAroundTheEnd) {
-    const slot_case_t cases[] = {
-        {0, 1, 29},  {0, 2, 28},  {0, 30, 0},   {1, 1, 0},   {1, 2, 29},   {1, 30, 1},
-        {29, 1, 28}, {29, 29, 0}, {29, 30, 29}, {15, 15, 0}, {15, 16, 29}, {15, 30, 15},
-    };
-    for (const slot_case_t &c : cases)
-        EXPECT_EQ(day_ring_at(numbered(c.next), c.days_ago), 100 + c.slot)
-            << c.days_ago << " days ago, next " << c.next;
-}
-
 TEST(DayRing, ReachesEverySlotOnceFromEveryIndex) {
     for (int32_t next = 0; next < day_ring_days; ++next) {
         int32_t slot = next;
@@ -42,28 +26,16 @@ TEST(DayRing, ReachesEverySlotOnceFromEveryIndex) {
     }
 }
 
-TEST(DayRing, WritesAFinishedDayIntoTheNextSlotAndMovesOn) {
+TEST(DayRing, WritesAFinishedDayIntoTheNextSlotAndForgetsItAfterThirtyOthers) {
     config_app_usage_t usage = {};
-    day_ring_push(&usage, 7);
-    day_ring_push(&usage, 8);
-    EXPECT_EQ(world::render(usage), "app 0: used 0/0/0, blocked 0, days [0:7 1:8] next 2");
-}
-
-TEST(DayRing, StartsAgainAfterSlot29) {
-    config_app_usage_t usage = {};
-    usage.next_day_idx = 29;
-    day_ring_push(&usage, 7);
-    EXPECT_EQ(world::render(usage), "app 0: used 0/0/0, blocked 0, days [29:7] next 0");
-    day_ring_push(&usage, 8);
-    EXPECT_EQ(world::render(usage), "app 0: used 0/0/0, blocked 0, days [0:8 29:7] next 1");
-}
-
-TEST(DayRing, ForgetsADayAfterThirtyOthers) {
-    config_app_usage_t usage = {};
-    for (int32_t i = 1; i <= 31; ++i)
-        day_ring_push(&usage, i);
-    EXPECT_EQ(day_ring_at(usage, 1), 31);
-    EXPECT_EQ(day_ring_at(usage, 30), 2);
+    usage.next_day_idx = 28;
+    for (const int32_t minutes : {7, 8, 9})
+        day_ring_push(&usage, minutes);
+    EXPECT_EQ(world::render(usage), "app 0: used 0/0/0, blocked 0, days [0:9 28:7 29:8] next 1");
+    for (int32_t day = 1; day <= 29; ++day)
+        day_ring_push(&usage, 100 + day);
+    EXPECT_EQ(day_ring_at(usage, 1), 129);
+    EXPECT_EQ(day_ring_at(usage, 30), 9);
 }
 
 TEST(DayRing, AddsUpASpanOfDays) {
