@@ -344,10 +344,6 @@ time_t local(int year, int month, int day, int hour, int minute, int second) {
     return mktime(&fields);
 }
 
-time_t local(const int (&fields)[6]) {
-    return local(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
-}
-
 void on_system(std::function<int(const std::string &)> answer) {
     state.answer_system = std::move(answer);
 }

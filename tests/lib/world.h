@@ -50,8 +50,6 @@ void set_zone(const char *zone);
 
 /// @return the instant of a local time in the zone that is set
 time_t local(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
-/// @param fields  the same six, in this order
-time_t local(const int (&fields)[6]);
 
 /// Answers `system`: the raw wait status for a command line. Lines of the log itself (mkdir,
 /// touch, mv) really run and are not asked for, unless `intercept_log_commands` is set; then they

@@ -27,36 +27,17 @@ TEST(Mac, IsReadInAnyUsualForm) {
 }
 
 TEST(Mac, IsReadInNoOtherForm) {
-    for (const char *text : {"",
-                             ":",
-                             "0",
-                             "02",
-                             "02:",
-                             "02:fe:80:7f:00",
-                             "02:fe:80:7f:00:",
-                             "02:fe:80:7f:00:1",
-                             "02:fe:80:7f:00:1a:",
-                             "02:fe:80:7f:00:1a:33",
-                             "02:fe-80:7f:00:1a",
-                             "02::fe:80:7f:00:1a",
-                             "2:fe:80:7f:0:1a",
-                             "02 fe 80 7f 00 1a",
-                             "02_fe_80_7f_00_1a",
-                             "02fe807f001",
-                             "02fe807f001a1",
-                             "02fe807f001ab1",
-                             "02fe80:7f00:1a",
-                             "02fe807f:001a",
-                             "0x02fe807f001a",
-                             "02:fe:80:7f:00:1g",
-                             ":02:fe:80:7f:00:1a",
-                             " 02:fe:80:7f:00:1a",
-                             "02:fe:80:7f:00:1a ",
-                             "02:fe:80:7f:00:\xff\xff",
-                             "@1:00:00:00:00:00",
-                             "\x11\x11",
-                             "::::::"})
-        EXPECT_EQ(parsed(text), "") << text;
+    for (const char *too_short_or_too_long :
+         {"", ":", "0", "02", "02:", "02:fe:80:7f:00", "02:fe:80:7f:00:", "02:fe:80:7f:00:1",
+          "02:fe:80:7f:00:1a:", "02:fe:80:7f:00:1a:33", "02fe807f001", "02fe807f001a1",
+          "02fe807f001ab1", "2:fe:80:7f:0:1a", "\x11\x11", "::::::"})
+        EXPECT_EQ(parsed(too_short_or_too_long), "") << too_short_or_too_long;
+    for (const char *odd :
+         {"02:fe-80:7f:00:1a", "02::fe:80:7f:00:1a", "02 fe 80 7f 00 1a", "02_fe_80_7f_00_1a",
+          "02fe80:7f00:1a", "02fe807f:001a", "0x02fe807f001a", "02:fe:80:7f:00:1g",
+          ":02:fe:80:7f:00:1a", " 02:fe:80:7f:00:1a", "02:fe:80:7f:00:1a ",
+          "02:fe:80:7f:00:\xff\xff", "@1:00:00:00:00:00"})
+        EXPECT_EQ(parsed(odd), "") << odd;
 }
 
 } // namespace

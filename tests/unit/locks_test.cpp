@@ -32,27 +32,21 @@ protected:
     void SetUp() override {
         usage_file_fixture::SetUp();
         std::filesystem::create_directory("/tmp/ApplicationData");
-        switch_log(0);
+        ASSERT_EQ(utm_app_debug_set(0), 0);
     }
 
-    static void switch_log(unsigned value) { ASSERT_EQ(utm_app_debug_set(value), 0); }
-
-    static std::string trace_of_export(const char *path, int32_t force, int32_t result) {
-        return call_trace::of([=] { EXPECT_EQ(utm_app_export_statistics(path, force), result); });
+    static void expect(const std::function<int32_t()> &act, int32_t result,
+                       const std::string &trace) {
+        EXPECT_EQ(call_trace::of([&] { EXPECT_EQ(act(), result); }), trace);
     }
 
-    static std::string trace_of_import(const std::string &text, int32_t result) {
+    static void expect_export(const char *path, int32_t result, const std::string &trace) {
+        expect([=] { return utm_app_export_statistics(path, 0); }, result, trace);
+    }
+
+    static void expect_import(const std::string &text, int32_t result, const std::string &trace) {
         write_file(import_path, text);
-        return call_trace::of([=] { EXPECT_EQ(utm_app_import_statistics(import_path), result); });
-    }
-
-    static std::string trace_of_switch(uint32_t value) {
-        return call_trace::of([=] { EXPECT_EQ(utm_app_set_activate(value), 0); });
-    }
-
-    static std::string trace_of_check(time_t seconds_since_the_last) {
-        set_last_export(world::default_now - seconds_since_the_last);
-        return call_trace::of(utm_app_export_check);
+        expect([] { return utm_app_import_statistics(import_path); }, result, trace);
     }
 };
 
@@ -60,29 +54,26 @@ constexpr char empty_file[] = R"({"user_profile_list":[],"global_stat":[]})";
 
 // ---- The usage file ------------------------------------------------------------------------
 
-TEST_F(Locks, AnExportWritesTheFileUnderTheFilesLockAlone) {
+TEST_F(Locks, AnExportWritesTheFileUnderTheFilesLockAloneAndReportsUnderNone) {
     make(usage_file::profile_t{3, 1, 2, 3});
-    EXPECT_EQ(trace_of_export(export_path, 0, 0),
-              "store() file(clock store() empty write) debug()");
-    EXPECT_EQ(trace_of_export(export_path, 1, 0), "file(clock store() empty write) debug()");
-}
-
-TEST_F(Locks, AnExportReportsUnderNoLock) {
-    EXPECT_EQ(trace_of_export(nullptr, 0, -1), "store() file(clock) log");
-    EXPECT_EQ(trace_of_export("", 0, -1), "store() file(clock) log");
-    EXPECT_EQ(trace_of_export("/tmp/none/export.json", 0, -1), "store() file(clock store()) log");
-    switch_log(1);
-    EXPECT_EQ(trace_of_export(export_path, 0, 0),
-              "store() file(clock store() empty write) debug() log");
+    expect([] { return utm_app_export_statistics(export_path, 1); }, 0,
+           "file(clock store() empty write) debug()");
+    expect_export(export_path, 0, "store() file(clock store() empty write) debug()");
+    expect_export(nullptr, -1, "store() file(clock) log");
+    expect_export("", -1, "store() file(clock) log");
+    expect_export("/tmp/none/export.json", -1, "store() file(clock store()) log");
+    ASSERT_EQ(utm_app_debug_set(1), 0);
+    expect_export(export_path, 0, "store() file(clock store() empty write) debug() log");
     world::set_active(false);
-    EXPECT_EQ(trace_of_export(export_path, 0, -1), "store()");
+    expect_export(export_path, -1, "store()");
 }
 
 TEST_F(Locks, AnImportGivesTheStoreUpBetweenItsHalvesAndReportsUnderNoLock) {
-    EXPECT_EQ(trace_of_import(empty_file, 0), "store() file(clock read store() store()) log");
-}
-
-TEST_F(Locks, AnImportBlocksInItsFirstHalf) {
+    expect_import(empty_file, 0, "store() file(clock read store() store()) log");
+    // Profiles are created in its first half, and blocked there.
+    expect_import(usage_file::text(usage_file::document_t{{{3}, {4}}, world::default_now, {}}), 0,
+                  "store() file(clock read store(clock clock) store()) log");
+    world::empty_store();
     usage_file::profile_t profile = {3};
     profile.devices = {"00:11:22:33:44:55"};
     profile.policy = usage_file::policy_t{7, {{10, 1, 5}}};
@@ -91,29 +82,21 @@ TEST_F(Locks, AnImportBlocksInItsFirstHalf) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_find_profile(3)->daily_limit_enable = 1;
     }
-    const usage_file::document_t file = {{{3, 1440, 0, 0, {{10, 5}}}}, world::default_now, {{20}}};
-    EXPECT_EQ(trace_of_import(usage_file::text(file), 0),
-              "store() file(clock read store(debug() run debug() event debug()) store()) log");
-}
-
-TEST_F(Locks, AnImportCreatesAProfileInItsFirstHalf) {
-    const usage_file::document_t file = {{{3}, {4}}, world::default_now, {}};
-    EXPECT_EQ(trace_of_import(usage_file::text(file), 0),
-              "store() file(clock read store(clock clock) store()) log");
+    expect_import(usage_file::text(usage_file::document_t{
+                      {{3, 1440, 0, 0, {{10, 5}}}}, world::default_now, {{20}}}),
+                  0,
+                  "store() file(clock read store(debug() run debug() event debug()) store()) log");
 }
 
 TEST_F(Locks, AnImportThatFailsLeavesTheStoreAlone) {
-    EXPECT_EQ(trace_of_import("{", -1), "store() file(clock read) log");
-    EXPECT_EQ(trace_of_import("[]", -1), "store() file(clock read) log");
-    const usage_file::document_t future = {{}, world::default_now + 86'400, {}};
-    EXPECT_EQ(trace_of_import(usage_file::text(future), -1), "store() file(clock read log) log");
-    const auto import = [](const char *path) {
-        return call_trace::of([=] { EXPECT_EQ(utm_app_import_statistics(path), -1); });
-    };
-    EXPECT_EQ(import(nullptr), "store() file(clock) log");
-    EXPECT_EQ(import("/tmp/none"), "store() file(clock) log");
+    expect_import("{", -1, "store() file(clock read) log");
+    expect_import("[]", -1, "store() file(clock read) log");
+    expect_import(usage_file::text(usage_file::document_t{{}, world::default_now + 86'400, {}}), -1,
+                  "store() file(clock read log) log");
+    expect([] { return utm_app_import_statistics(nullptr); }, -1, "store() file(clock) log");
+    expect([] { return utm_app_import_statistics("/tmp/none"); }, -1, "store() file(clock) log");
     world::set_active(false);
-    EXPECT_EQ(import(import_path), "store()");
+    expect_import(empty_file, -1, "store()");
 }
 
 /// The time of the last export as each word finds it: "before" it is set, or "after".
@@ -137,33 +120,31 @@ TEST_F(Locks, AnExportCountsOnceTheFileIsWrittenAndAnImportOnceAllIsTakenOver) {
 // ---- When it is written --------------------------------------------------------------------
 
 TEST_F(Locks, TheExportCheckLetsTheIntervalGoBeforeItAsksOrWrites) {
-    EXPECT_EQ(trace_of_check(1800), "clock interval-read() uptime");
-    EXPECT_EQ(trace_of_check(1801), "clock interval-read() uptime "
-                                    "store() file(clock store() empty write) debug()");
+    set_last_export(world::default_now - 1800);
+    EXPECT_EQ(call_trace::of(utm_app_export_check), "clock interval-read() uptime");
+    set_last_export(world::default_now - 1801);
+    EXPECT_EQ(call_trace::of(utm_app_export_check),
+              "clock interval-read() uptime store() file(clock store() empty write) debug()");
+    set_last_export(world::default_now - 1801);
     world::fail_sysinfo(-1);
-    EXPECT_EQ(trace_of_check(1801), "clock interval-read() uptime debug()");
+    EXPECT_EQ(call_trace::of(utm_app_export_check), "clock interval-read() uptime debug()");
 }
 
 TEST_F(Locks, TheSwitchWritesAMissingFileAfterItHasLetTheStoreGo) {
     world::set_active(false);
-    EXPECT_EQ(trace_of_switch(1), "store(run status look) debug() "
-                                  "file(clock store() empty write) debug()");
-    EXPECT_EQ(trace_of_switch(1), "store() debug()");
-    EXPECT_EQ(trace_of_switch(0), "store(run status) debug()");
-    EXPECT_EQ(trace_of_switch(1), "store(run status look) debug()");
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_set_activate(2), -1); }), "");
+    const auto on = [] { return utm_app_set_activate(1); };
+    expect(on, 0, "store(run status look) debug() file(clock store() empty write) debug()");
+    expect(on, 0, "store() debug()");
+    expect([] { return utm_app_set_activate(0); }, 0, "store(run status) debug()");
+    expect(on, 0, "store(run status look) debug()");
+    expect([] { return utm_app_set_activate(2); }, -1, "");
 }
 
 // ---- A tick --------------------------------------------------------------------------------
 
 TEST_F(Locks, ACollectorReadsTheClockAndThenHoldsTheStoreToItsEnd) {
-    make(usage_file::profile_t{3});
-    usage_file::profile_t second = {4};
-    second.devices = {"00:11:22:33:44:55"};
-    make(second);
-    const auto expect = [](int32_t (*collector)(), int32_t result, const char *trace) {
-        EXPECT_EQ(call_trace::of([=] { EXPECT_EQ(collector(), result); }), trace);
-    };
+    world::make_profile(3);
+    world::make_profile(4, {world::tablet});
     expect(utm_app_update_app_status, 0, "clock store(query reap)");
     expect(utm_app_update_global_app_status, 0, "clock store(query reap)");
     world::fail_popen(1);
@@ -212,6 +193,18 @@ TEST_F(Locks, AnOperationHoldsTheStoreForAsLongAsItWorksOnIt) {
 }
 
 // ---- Rankings ------------------------------------------------------------------------------
+
+TEST_F(Locks, WhatIsReadIsCopiedUnderTheStoresLock) {
+    make(usage_file::profile_t{3, 0, 0, 0, {{10, 5}}});
+    int32_t count = 0;
+    EXPECT_EQ(
+        call_trace::of([] { heap_ptr<config_weekday_pair_t>(utm_app_get_weekday_daily_limit(3)); }),
+        "store()");
+    EXPECT_EQ(call_trace::of([&] {
+                  heap_ptr<config_prev_day_row_t>(utm_app_get_prev_day_usage(3, 0, &count));
+              }),
+              "clock store()");
+}
 
 TEST_F(Locks, ARankingIsSortedUnderNoLock) {
     make_router_app({10, 5});
@@ -275,17 +268,13 @@ TEST_F(Locks, NoCommandHoldsOneWhileItReplies) {
     EXPECT_EQ(replying, 29);
 }
 
-TEST_F(Locks, ASignatureIsLoadedUnderNoLockAndItsShellReapedBeforeTheReply) {
-    EXPECT_EQ(call_trace::of([] { world::exchange(sim_path_command(46, "/tmp/sig")); }),
-              "request debug() debug() debug() query reap reply");
-}
-
 /// A shell whose output nobody takes is killed by it, in the midst of its loading.
-TEST_F(Locks, ASignaturesShellIsHeardToItsEndWhateverItSays) {
-    world::on_popen([](const std::string &) { return "loaded\n" + std::string(9000, '\n'); });
-    EXPECT_EQ(call_trace::of(
-                  [] { EXPECT_EQ(world::exchange(sim_path_command(46, "/tmp/sig")), "ok\n"); }),
-              "request debug() debug() debug() query reap reply");
+TEST_F(Locks, ASignatureIsLoadedUnderNoLockAndItsShellHeardToItsEndBeforeTheReply) {
+    for (const std::string &output : {std::string(), "loaded\n" + std::string(9000, '\n')}) {
+        world::on_popen([&](const std::string &) { return output; });
+        EXPECT_EQ(call_trace::of([] { world::exchange(sim_path_command(46, "/tmp/sig")); }),
+                  "request debug() debug() debug() query reap reply");
+    }
 }
 
 TEST_F(Locks, TheStatusIsReadUnderTheStoresLock) {

@@ -121,13 +121,6 @@ TEST_F(StoreMemory, DoesWhatItCan) {
           "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
           "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n"},
          "devices 2 [001122334455 ] (really [001122334455 AABBCCDDEE0F ])"},
-        {{[] { return utm_app_delete_device(1, world::tablet.data()) + add_phone(); }, 2, 0,
-          "run lcsh apg acl reset 00:11:22:33:44:55\n"
-          "log Del dev 00:11:22:33:44:55 from profile 1 success\n"
-          "log Update device list string failed because malloc failed\n"
-          "run lcsh apg acl set AA:BB:CC:DD:EE:0F 12 0 18\n"
-          "log Add dev mac = AA:BB:CC:DD:EE:0F to profile 1 success\n"},
-         "devices 1 [001122334455 ] (really [AABBCCDDEE0F ])"},
     };
     for (const auto &[row, left] : cases) {
         const std::string after = run(row).second;

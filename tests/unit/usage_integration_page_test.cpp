@@ -56,7 +56,7 @@ protected:
     }
 };
 
-TEST_F(IntegrationPage, ShowsEveryLineOfTheShellForRules) {
+TEST_F(IntegrationPage, ShowsEveryLineOfTheShellAndTheHelpersScript) {
     {
         const mutex_guard lock(utm_app_config_mutex);
         config_device_t device = {};
@@ -66,31 +66,17 @@ TEST_F(IntegrationPage, ShowsEveryLineOfTheShellForRules) {
         utm_app_unblock_app_on_device(&device, 305);
         utm_app_reset_device(&device);
         utm_app_guard_off();
+        utm_app_run_leaving_script(3);
     }
-    EXPECT_EQ(lines_beginning("lcsh apg"), trace_of("run "));
-}
-
-TEST_F(IntegrationPage, ShowsTheLineThatLoadsSignatures) {
+    EXPECT_EQ(lines_beginning("lcsh apg") + lines_beginning("profile_daily_limit.sh "),
+              trace_of("run "));
     world::exchange(sim_path_command(46, "/tmp/signatures.bin"));
     EXPECT_EQ(lines_beginning("lcsh load"), trace_of("query "));
 }
 
-TEST_F(IntegrationPage, ShowsTheHelperScriptsLine) {
-    config_user_profile_t *profile = world::make_profile(3, {tablet});
-    profile->daily_limit_enable = 1;
-    profile->blocked = 1;
-    world::trace();
-    ASSERT_EQ(utm_app_delete_device(3, tablet.data()), 0);
-    EXPECT_EQ("lcsh apg acl reset 02:00:00:00:00:1A\n" + lines_beginning("profile_daily_limit.sh "),
-              trace_of("run "));
-}
-
 TEST_F(IntegrationPage, ShowsTheQueries) {
-    world::set_now(world::default_now - 60);
-    world::make_profile(3, {tablet, phone});
-    utm_app_config_global_app_stat_last_ts = world::default_now - 60;
-    world::set_now(world::default_now);
-    world::trace();
+    world::make_profile(3, {tablet, phone})->last_collect_ts -= 60;
+    utm_app_config_global_app_stat_last_ts -= 60;
     ASSERT_EQ(utm_app_update_app_status(), 0);
     ASSERT_EQ(utm_app_update_global_app_status(), 0);
     EXPECT_EQ(block("sh"), trace_of("query "));

@@ -25,26 +25,6 @@ constexpr size_t very_long = 1'000'000;
 constexpr size_t very_long = 10'000'000;
 #endif
 
-/// Both collectors run against replies that the statistics service ought not to give.
-class OddReplies : public world_test {
-protected:
-    void SetUp() override {
-        world::reset();
-        config_user_profile_t *profile = world::make_profile(3, {world::phone});
-        world::make_usage(profile, {{7, 1}});
-        profile->daily_used = 2;
-    }
-
-    /// The store after a tick whose queries are answered with `reply`.
-    static std::string store_after(const std::string &reply) {
-        world::on_popen([&reply](const std::string &) { return reply; });
-        EXPECT_EQ(utm_app_update_app_status(), 0);
-        EXPECT_EQ(utm_app_update_global_app_status(), 0);
-        EXPECT_EQ(world::open_pipes(), 0);
-        return world::brief(world::render_store());
-    }
-};
-
 constexpr char figure[] = R"({"type":"APP","app_id":7,"total_time_usage":4})";
 
 std::string around(const std::string &before, const std::string &after) {
@@ -64,73 +44,66 @@ std::string counted(int32_t minutes) {
                          : "router: apps 1\n  app 7: used " + std::to_string(minutes) + "/0/0\n");
 }
 
+/// Both collectors run against replies that the statistics service ought not to give.
+class OddReplies : public world_test {
+protected:
+    void SetUp() override {
+        world::reset();
+        config_user_profile_t *profile = world::make_profile(3, {world::phone});
+        world::make_usage(profile, {{7, 1}});
+        profile->daily_used = 2;
+    }
+
+    /// The store after a tick whose queries are answered with `reply`.
+    static std::string store_after(const std::string &reply) {
+        world::on_popen([&reply](const std::string &) { return reply; });
+        EXPECT_EQ(utm_app_update_app_status(), 0);
+        EXPECT_EQ(utm_app_update_global_app_status(), 0);
+        EXPECT_EQ(world::open_pipes(), 0);
+        return world::brief(world::render_store());
+    }
+
+    /// Expects that each of the replies is worth so many minutes of application 7.
+    void expect_counted(int32_t minutes, const std::vector<std::string> &replies) {
+        for (const std::string &reply : replies) {
+            SetUp();
+            EXPECT_EQ(store_after(reply), counted(minutes)) << reply.substr(0, 100);
+        }
+    }
+};
+
 TEST_F(OddReplies, ChangeNothingWithoutAFigure) {
-    const std::string replies[] = {
-        "",
-        "\n",
-        "   \n\n",
-        "null",
-        "true",
-        "7",
-        "\"data\"",
-        "[]",
-        R"([{"type":"APP","app_id":7,"total_time_usage":4}])",
-        "{}",
-        "{\"data\":null}",
-        "{\"data\":7}",
-        "{\"data\":\"APP\"}",
-        "{\"data\":{}}",
-        "{\"data\":[]}",
-        "{\"data\":[null,null]}",
-        "{\"data\":[7,1.5,true,\"APP\",[],{},[{\"type\":\"APP\"}]]}",
-        std::string("{\"date\":[") + figure + "]}",
-        std::string("{\"data\":{\"data\":[") + figure + "]}}",
-        std::string("{\"data\":[[") + figure + "]]}",
-        std::string("{\"data\":[") + figure + "],\"data\":[]}",
-        R"({"data":[{"app_id":7,"total_time_usage":4}]})",
-        R"({"data":[{"type":"APP","total_time_usage":4}]})",
-        R"({"data":[{"type":"APP","app_id":7}]})",
-        R"({"data":[{"type":"OTHER","app_id":7,"total_time_usage":4}]})",
-        R"({"data":[{"type":null,"app_id":7,"total_time_usage":4}]})",
-        R"({"data":[{"type":7,"app_id":7,"total_time_usage":4}]})",
-        "{\"data\":" + nested(100) + "}",
-        nested(100'000),
-        std::string("{\"data\":[") + nested(100) + "," + figure + "]}",
-        "Command failed: Request timed out\n",
-        "Command failed: Not found\n{\"data\":[]}\n",
-        std::string("trailing {\"data\":[") + figure + "]}",
-        std::string("\0{\"data\":[", 10) + figure + "]}",
-        "\xFF\xFE\x80{\"data\":[]}",
-        std::string(very_long, ' '),
-        std::string(very_long, '['),
-    };
-    for (const std::string &reply : replies)
-        EXPECT_EQ(store_after(reply), counted(0)) << reply.substr(0, 100);
+    const std::string element = figure;
+    expect_counted(0, {"", "\n", "   \n\n", "null", "true", "7", "\"data\"", "[]", "{}",
+                       "{\"data\":null}", "{\"data\":7}", "{\"data\":\"APP\"}", "{\"data\":{}}",
+                       "{\"data\":[]}", "{\"data\":[null,null]}",
+                       "{\"data\":[7,1.5,true,\"APP\",[],{},[{\"type\":\"APP\"}]]}"});
+    expect_counted(0, {"[" + element + "]", "{\"date\":[" + element + "]}",
+                       "{\"data\":{\"data\":[" + element + "]}}", "{\"data\":[[" + element + "]]}",
+                       around("", "],\"data\":[")});
+    expect_counted(0, {R"({"data":[{"app_id":7,"total_time_usage":4}]})",
+                       R"({"data":[{"type":"APP","total_time_usage":4}]})",
+                       R"({"data":[{"type":"APP","app_id":7}]})"});
+    expect_counted(0, {"{\"data\":" + nested(100) + "}", nested(100'000),
+                       around(nested(100) + ",", ""), "Command failed: Request timed out\n",
+                       "Command failed: Not found\n{\"data\":[]}\n", "trailing " + around("", ""),
+                       std::string(1, '\0') + around("", ""), "\xFF\xFE\x80{\"data\":[]}",
+                       std::string(very_long, ' '), std::string(very_long, '[')});
 }
 
 TEST_F(OddReplies, CountAFigureAmongElementsOfAnyOtherShape) {
-    const std::string replies[] = {
-        around("null,", ",null"),
-        around("7,1e300,true,\"APP\",[],{},", ""),
-        around(nested(20) + ",", ""),
-        around(R"({"type":"OTHER","app_id":7,"total_time_usage":9},)", ""),
-        around(R"({"type":"APP","app_id":7},)", R"(,{"total_time_usage":9})"),
-        around("", "") + " and some more text",
-        around("", "") + "}}}}",
-        around("", "") + "\n\n",
-        around(" \n\t ", "\n"),
-        around("", "") + std::string("\0{\"data\":[]}", 12),
-        around("{\"x\":\"\xFF\xFE\"},", ""),
-        "{\"status\":0,\"data\":[" + std::string(figure) + "],\"more\":{}}",
-        std::string("{\"data\":[],\"data\":[") + figure + "]}",
-        R"({"data":[{"unit":"min","type":"APP","total_time_usage":"4","x":[1],"app_id":"7"}]})",
-        R"({"data":[{"type":"APP","app_id":7.9,"total_time_usage":4.9}]})",
-        around(std::string(very_long, ' '), ""),
-    };
-    for (const std::string &reply : replies) {
-        EXPECT_EQ(store_after(reply), counted(4)) << reply.substr(0, 100);
-        SetUp();
-    }
+    expect_counted(4, {around("null,", ",null"), around("7,1e300,true,\"APP\",[],{},", ""),
+                       around(nested(20) + ",", ""), around(" \n\t ", "\n"),
+                       around("", "") + " and some more text", around("", "") + "}}}}",
+                       around("", "") + "\n\n", around("", "") + std::string("\0{\"data\":[]}", 12),
+                       around("{\"x\":\"\xFF\xFE\"},", ""), around("],\"data\":[", ""),
+                       around(std::string(very_long, ' '), "")});
+    expect_counted(
+        4, {around(R"({"type":"OTHER","app_id":7,"total_time_usage":9},)", ""),
+            around(R"({"type":"APP","app_id":7},)", R"(,{"total_time_usage":9})"),
+            R"({"status":0,"data":[)" + std::string(figure) + R"(],"more":{}})",
+            R"({"data":[{"unit":"min","type":"APP","total_time_usage":"4","x":[1],"app_id":"7"}]})",
+            R"({"data":[{"type":"APP","app_id":7.9,"total_time_usage":4.9}]})"});
 }
 
 TEST_F(OddReplies, ChangeNothingWhenTheyEndTooEarly) {

@@ -1,5 +1,6 @@
 #include "usage/statistics_query.h"
 
+#include "tests/lib/int32_limits.h"
 #include "tests/unit/support/world_test.h"
 
 #include <cstring>
@@ -201,34 +202,31 @@ TEST_F(StatisticsQuery, TellsTypesByTheirFirstLetters) {
 }
 
 TEST_F(StatisticsQuery, ReadsOddNumbersAsTheParserConvertsThem) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"4", "4"},
-        {"-4", "-4"},
-        {"\"12\"", "12"},
-        {"\"-12\"", "-12"},
-        {"\"many\"", "0"},
-        {"\"\"", "0"},
-        {"2147483647", "2147483647"},
-        {"2147483648", "2147483647"},
-        {"-2147483648", "-2147483648"},
-        {"-2147483649", "-2147483648"},
-        {"99999999999999999999999999", "2147483647"},
-        {"-99999999999999999999999999", "-2147483648"},
-        {"\"99999999999999999999\"", "2147483647"},
-        {"3.9", "3"},
-        {"-3.9", "-3"},
-        {"1e300", "2147483647"},
-        {"-1e300", "-2147483648"},
-        {"true", "1"},
-        {"false", "0"},
-        {"null", "0"},
-        {"[5]", "0"},
-        {"{\"5\":5}", "0"},
+    const std::string nines(26, '9');
+    const std::pair<std::string, int32_t> cases[] = {
+        {"4", 4},
+        {"-4", -4},
+        {"2147483647", int32_max},
+        {"2147483648", int32_max},
+        {"-2147483648", int32_min},
+        {"-2147483649", int32_min},
+        {nines, int32_max},
+        {"-" + nines, int32_min},
+        {"\"" + nines + "\"", int32_max},
+        {"\"12\"", 12},
+        {"\"-12\"", -12},
+        {"3.9", 3},
+        {"-3.9", -3},
+        {"1e300", int32_max},
+        {"-1e300", int32_min},
+        {"true", 1},
     };
     for (const auto &[json, number] : cases)
         EXPECT_EQ(figures(element("\"APP\"", "7", json) + "," + element("\"APP\"", json, "4")),
-                  "app 7 " + number + "\napp " + number + " 4\n")
+                  "app 7 " + std::to_string(number) + "\napp " + std::to_string(number) + " 4\n")
             << json;
+    for (const char *zero : {"\"many\"", "\"\"", "false", "null", "[5]", "{\"5\":5}"})
+        EXPECT_EQ(figures(element("\"APP\"", zero, zero)), "app 0 0\n") << zero;
 }
 
 } // namespace
