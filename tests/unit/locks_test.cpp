@@ -186,9 +186,9 @@ TEST_F(Locks, AnOperationHoldsTheStoreForAsLongAsItWorksOnIt) {
         {[] { return utm_app_add_policy_to_profile(2, 5); }, "store(debug() run debug())"},
         {[] { return utm_app_set_activate(0); }, "store(run status run) debug()"},
     };
-    for (const auto &[act, trace] : cases) {
+    for (const auto &row : cases) {
         make_bound_state();
-        EXPECT_EQ(call_trace::of([&] { static_cast<void>(act()); }), trace);
+        EXPECT_EQ(call_trace::of([&] { static_cast<void>(row.first()); }), row.second);
     }
 }
 

