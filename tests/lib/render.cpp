@@ -1,5 +1,6 @@
 #include "tests/lib/render.h"
 
+#include "core/mac.h"
 #include "store/store.h"
 #include "tests/lib/world.h"
 
@@ -48,14 +49,8 @@ std::string links(const config_list_node_t &head) {
 /// What a device query would name: the text that a profile keeps is made of this.
 std::string addresses(config_user_profile_t &profile) {
     std::string text;
-    for (const config_device_t &device : devices_of(&profile)) {
-        for (const uint8_t byte : device.mac) {
-            char digits[3];
-            snprintf(digits, sizeof(digits), "%02X", byte);
-            text += digits;
-        }
-        text += " ";
-    }
+    for (const config_device_t &device : devices_of(&profile))
+        text += std::string(mac_digits(device.mac).text) + " ";
     return text;
 }
 

@@ -1,6 +1,7 @@
 #include "tests/lib/world.h"
 
 #include "core/debug_log.h"
+#include "core/mac.h"
 #include "core/owners.h"
 #include "format/protocol.h"
 #include "notify/qvutm_notify.h"
@@ -138,12 +139,9 @@ void empty_log() {
 std::string command_lines(const char *verb, const std::vector<world::mac_t> &macs,
                           const std::string &rest) {
     std::string lines;
-    for (const world::mac_t &mac : macs) {
-        char address[18];
-        snprintf(address, sizeof(address), "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2],
-                 mac[3], mac[4], mac[5]);
-        lines += std::string("run lcsh apg acl ") + verb + " " + address + rest + "\n";
-    }
+    for (const world::mac_t &mac : macs)
+        lines +=
+            std::string("run lcsh apg acl ") + verb + " " + mac_text(mac.data()).text + rest + "\n";
     return lines;
 }
 

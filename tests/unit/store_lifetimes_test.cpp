@@ -143,20 +143,4 @@ TEST_F(StoreLifetimes, HoldHundredsOfRules) {
     EXPECT_EQ(world::render_policy(4), "policy 4: profile 1, count 500, rules\n");
 }
 
-TEST_F(StoreLifetimes, HoldHundredsOfProfilesAndPolicies) {
-    ASSERT_EQ(utm_app_debug_set(0), 0);
-    std::string left;
-    for (int32_t id = 1; id <= many; ++id) {
-        world::make_policy(id, {}, world::make_profile(id));
-        if (id % 2 == 1)
-            left += "profile " + std::to_string(id) + ": devices 0 [], policy " +
-                    std::to_string(id) + "\n";
-    }
-    for (int32_t id = 2; id <= many; id += 2)
-        utm_app_delete_profile(id);
-    const std::string lists = world::brief(world::render_lists());
-    EXPECT_EQ(lists.substr(0, left.size()), left);
-    EXPECT_EQ(std::count(lists.begin(), lists.end(), '\n'), many);
-}
-
 } // namespace

@@ -1,6 +1,7 @@
 #include "tests/unit/support/usage_file_fixture.h"
 
 #include "core/debug_log.h"
+#include "core/mac.h"
 #include "core/owners.h"
 #include "persist/export.h"
 #include "persist/export_schedule.h"
@@ -11,7 +12,7 @@
 #include "usage/top_apps.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -29,10 +30,10 @@ config_app_usage_t *new_record(const usage_file::app_t &app) {
 }
 
 world::mac_t mac_of(const std::string &text) {
-    unsigned bytes[6] = {};
-    sscanf(text.c_str(), "%x:%x:%x:%x:%x:%x", &bytes[0], &bytes[1], &bytes[2], &bytes[3], &bytes[4],
-           &bytes[5]);
-    return world::mac_t(bytes, bytes + 6);
+    world::mac_t mac(mac_bytes);
+    if (!mac_parse(text.c_str(), mac.data()))
+        abort();
+    return mac;
 }
 
 std::vector<world::mac_t> macs_of(const std::vector<std::string> &texts) {
