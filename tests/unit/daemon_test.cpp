@@ -180,6 +180,7 @@ TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
         utm_app_config_global_app_stat_list = {};
         utm_app_config_global_app_stat_list_count = 9;
     }
+    fd_event_reset();
     fd_event_add(127, fd_event_read, nullptr);
     ASSERT_EQ(utm_app_config_handler_init(), 0);
     EXPECT_EQ(world::trace(), "");
