@@ -85,6 +85,11 @@ TEST(ClientArguments, TakeARuleForAnApplication) {
                       "--names\n");
 }
 
+TEST(ClientArguments, DoubleNoSlashForAPathInTheRoot) {
+    ASSERT_EQ(chdir("/"), 0);
+    EXPECT_EQ(read_path("a"), "/a");
+}
+
 TEST(ClientArguments, LeaveNoPathOfAFolderThatIsGone) {
     mkdir("/tmp/gone", 0755);
     ASSERT_EQ(chdir("/tmp/gone"), 0);

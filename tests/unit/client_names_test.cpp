@@ -1,9 +1,12 @@
 #include "client/names.h"
 
 #include "sim/harness/files.h"
+#include "tests/lib/world.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -72,6 +75,27 @@ TEST(ClientNames, OfABadLineAreLeftOutAndToldOf) {
         EXPECT_EQ(read(std::string("# apps\n") + bad + "\n306 chat\n", &said), "306=chat") << bad;
         EXPECT_EQ(said, complaint(2)) << bad;
     }
+}
+
+TEST(ClientNames, OfTheUsualPlaceAreToldOfAndNotNeeded) {
+    ctl_app_names names;
+    testing::internal::CaptureStderr();
+    world::after_stat([](const std::string &) { errno = EACCES; });
+    EXPECT_EQ(ctl_read_names(nullptr, &names), CTL_DONE);
+    world::reset();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              std::string("utm_appctl: cannot read the applications' names from ") +
+                  ctl_names_path + ": Permission denied\n");
+}
+
+/// The memory of a process passes for a file, and cannot be read at its beginning.
+TEST(ClientNames, NeedAFileThatCanBeReadToItsEnd) {
+    ctl_app_names names;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(ctl_read_names("/proc/self/mem", &names), CTL_USAGE);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "utm_appctl: cannot read the applications' names from /proc/self/mem: "
+              "Input/output error\n");
 }
 
 TEST(ClientNames, AreFoundByNumber) {

@@ -131,6 +131,13 @@ TEST(ClientChart, DrawsEighthsOfABlock) {
               "      9     9m  █▏\n");
 }
 
+TEST(ClientChart, RoundsToTheNearestEighth) {
+    EXPECT_EQ(draw({{"a", 3}, {"b", 2}, {"c", 1}}, {.utf8 = true, .colour = false, .columns = 20}),
+              "a  3  3m  ██████████\n"
+              "b  2  2m  ██████▋\n"
+              "c  1  1m  ███▍\n");
+}
+
 TEST(ClientChart, ShowsWhateverWasUsedAtAll) {
     EXPECT_EQ(draw({{"a", 100'000}, {"b", 1}}, BLOCKS), "a  100000  1666h40m  ██████████\n"
                                                         "b       1        1m  ▏\n");

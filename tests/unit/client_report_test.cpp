@@ -4,6 +4,7 @@
 
 #include "tests/unit/support/client_report_fixture.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -153,6 +154,65 @@ TEST_F(ClientReport, ShowsTodayAgainstItsAllowance) {
     for (const auto &profile : profiles)
         EXPECT_EQ(lines_with(page_of_profile(profile.members), "<p class=\"today\">"),
                   "<p class=\"today\">" + std::string(profile.today) + "</p>\n");
+}
+
+TEST_F(ClientReport, FillsTodaysMeterUpToItsAllowance) {
+    const struct {
+        const char *members;
+        const char *meter;
+    } profiles[] = {
+        {R"(,"thur":60,"daily_used":0)", R"("now" width="0.0%")"},
+        {R"(,"thur":60,"daily_used":45)", R"("now" width="75.0%")"},
+        {R"(,"thur":60,"daily_used":60)", R"("now" width="100.0%")"},
+        {R"(,"thur":60,"daily_used":90)", R"("over" width="100.0%")"},
+        {R"(,"thur":60,"daily_extend":30,"daily_used":90)", R"("now" width="100.0%")"},
+        {R"(,"thur":0,"daily_used":0)", R"("now" width="0.0%")"},
+        {R"(,"thur":0,"daily_used":1)", R"("over" width="100.0%")"},
+    };
+    for (const auto &profile : profiles) {
+        const std::string meter = lines_with(page_of_profile(profile.members), "class=\"meter\"");
+        EXPECT_EQ(count(meter, std::string("<rect class=") + profile.meter), 1U)
+            << profile.members << "\n"
+            << meter;
+    }
+}
+
+TEST_F(ClientReport, NamesABonusOnlyWhereThereIsOne) {
+    EXPECT_EQ(lines_with(page_of_profile(R"(,"thur":60)"), " on Wednesdays"),
+              "<p class=\"soft\">1h on Wednesdays</p>\n");
+    EXPECT_EQ(lines_with(page_of_profile(R"(,"thur":60,"daily_extend":1)"), " on Wednesdays"),
+              "<p class=\"soft\">1h on Wednesdays and a bonus of 1m today</p>\n");
+}
+
+/// Today's use of an application, and that of the days before, the latest first.
+std::string use_of(int today, const std::string &days) {
+    return R"(,"app_stat_list":[{"app_id":1,"daily_used":)" + std::to_string(today) +
+           R"(,"weekly_used":0,"monthly_used":0,"next_day_idx":0,"prev_30_days":[)" +
+           "0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0," + days + "]}]";
+}
+
+TEST_F(ClientReport, ShowsAMinuteBesideAWholeDay) {
+    const std::string page = page_of_profile(use_of(1, "0,0,1440"));
+    EXPECT_EQ(count(lines_with(page, "today: 1m (1 min)"), "height=\"1.0\""), 1U) << page;
+    EXPECT_EQ(count(lines_with(page, ": 24h (1440 min)"), "height=\"110.0\""), 1U) << page;
+}
+
+TEST_F(ClientReport, NamesTheEarlierOfTwoDaysAsTheBusiest) {
+    EXPECT_EQ(count(page_of_profile(use_of(5, "7,0,7")), "The busiest: Sun 1 Mar, 7m."), 1U);
+    EXPECT_EQ(count(page_of_profile(use_of(8, "7,0,7")), "The busiest: today, 8m."), 1U);
+}
+
+TEST_F(ClientReport, ListsTwentyRulesWithoutARowAndCountsTheOthers) {
+    for (const int all : {1, 20, 21, 25}) {
+        std::string rules;
+        for (int app_id = 1; app_id <= all; ++app_id)
+            rules += (app_id == 1 ? "" : ",") + std::string(R"({"action":2,"app_id":)") +
+                     std::to_string(app_id) + "}";
+        const std::string page = page_of_profile(R"(,"app_policy":{"app_list":[)" + rules + "]}");
+        EXPECT_EQ(count(page, "always blocked</li>"), static_cast<size_t>(std::min(all, 20)));
+        EXPECT_EQ(lines_with(page, " more<"),
+                  all > 20 ? "<li>" + std::to_string(all - 20) + " more</li>\n" : "");
+    }
 }
 
 TEST_F(ClientReport, ShowsNoDatesOfAFileWithoutOne) {

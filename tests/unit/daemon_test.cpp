@@ -273,6 +273,53 @@ TEST_F(DaemonStart, KeepsItsHandlerOfSigpipeWhileItEndsTheThread) {
     EXPECT_EQ(handler_of_sigpipe(), signal_handler);
 }
 
+TEST_F(DaemonStart, IsSilentAboutSigpipeWhileItEndsTheThread) {
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    world::make_profile(1, {world::tablet});
+    std::atomic<bool> runs = false;
+    world::on_system([&](const std::string &) {
+        runs = true;
+        pollfd end = {listen_fd, 0, 0};
+        EXPECT_EQ(poll(&end, 1, -1), 1);
+        raise(SIGPIPE);
+        return 0;
+    });
+    ASSERT_EQ(utm_app_config_handler_start(), 0);
+    const int client = sim_connect();
+    const utm_app_config_cmd asked = world::request(UTM_APP_CONFIG_DELETE_PROFILE, {1});
+    ASSERT_EQ(write(client, &asked, sizeof(asked)), static_cast<ssize_t>(sizeof(asked)));
+    while (!runs)
+        std::this_thread::yield();
+    utm_app_config_handler_stop();
+    close(client);
+    EXPECT_EQ(world::trace().find("SIGPIPE"), std::string::npos) << world::trace();
+}
+
+TEST_F(DaemonStart, WakesAThreadThatDoesNotWatchItsSocketToEndIt) {
+    ASSERT_EQ(utm_app_config_handler_init(), 0);
+    std::atomic<bool> waits = false;
+    int result = 0;
+    world::on_select([&](int, const timeval &) {
+        // Blocked up to the wait itself, so that the signal cannot come too early.
+        sigset_t interrupt;
+        sigset_t before;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &interrupt, &before);
+        waits = true;
+        const timespec most = {10, 0};
+        result = ppoll(nullptr, 0, &most, &before);
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        errno = EINTR;
+        return -1;
+    });
+    ASSERT_EQ(utm_app_config_handler_start(), 0);
+    while (!waits)
+        std::this_thread::yield();
+    utm_app_config_handler_stop();
+    EXPECT_EQ(result, -1) << "it waited to the end of its time";
+}
+
 TEST_F(DaemonStart, LogsSigpipeAgainOnceTheThreadHasEnded) {
     ASSERT_EQ(utm_app_config_handler_init(), 0);
     ASSERT_EQ(utm_app_config_handler_start(), 0);

@@ -192,6 +192,19 @@ TEST_F(Locks, AnOperationHoldsTheStoreForAsLongAsItWorksOnIt) {
     }
 }
 
+/// The router's client is reaped before its figures are counted: what they block runs programs too.
+TEST_F(Locks, ACollectorReapsItsQueryBeforeItBlocks) {
+    usage_file::profile_t profile = {3};
+    profile.devices = {"00:11:22:33:44:55"};
+    profile.policy = usage_file::policy_t{7, {{10, 1, 5}}};
+    make(profile);
+    world::on_popen([](const std::string &) {
+        return R"({"data":[{"type":"APP","app_id":10,"total_time_usage":5}]})";
+    });
+    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_update_app_status(), 0); }),
+              "clock store(query reap debug() run)");
+}
+
 // ---- Rankings ------------------------------------------------------------------------------
 
 TEST_F(Locks, WhatIsReadIsCopiedUnderTheStoresLock) {

@@ -225,7 +225,7 @@ TEST_F(StatisticsQuery, ReadsOddNumbersAsTheParserConvertsThem) {
         EXPECT_EQ(figures(element("\"APP\"", "7", json) + "," + element("\"APP\"", json, "4")),
                   "app 7 " + std::to_string(number) + "\napp " + std::to_string(number) + " 4\n")
             << json;
-    for (const char *zero : {"\"many\"", "\"\"", "false", "null", "[5]", "{\"5\":5}"})
+    for (const char *zero : {"\"many\"", "\"\"", "false", "null", "NaN", "[5]", "{\"5\":5}"})
         EXPECT_EQ(figures(element("\"APP\"", zero, zero)), "app 0 0\n") << zero;
 }
 

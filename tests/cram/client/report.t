@@ -57,8 +57,9 @@ Meanwhile the folder is nobody else's business, whatever the umask says.
   $ occupy
   $ (umask 0; utm_appctl report >/tmp/page) & report=$!
   $ until [ -e /tmp/here/*/usage.json ]; do sleep 0.01; done
-  $ stat -c %a /tmp/here/*
+  $ stat -c %a /tmp/here/* /tmp/here/*/usage.json
   700
+  600
   $ release
   $ wait $report
   $ ls -A /tmp/here
@@ -97,3 +98,15 @@ A daemon may take too long, and a person may break the client off.
   status 130
   $ break_off TERM
   status 143
+
+A signal that is ignored, as under nohup, stays so.
+
+  $ occupy
+  $ (trap '' HUP; exec utm_appctl report >/tmp/page) & report=$!
+  $ until [ -e /tmp/here/*/usage.json ]; do sleep 0.01; done
+  $ kill -s HUP $report
+  $ release
+  $ wait $report
+  $ tail -n 1 /tmp/page
+  </html>
+  $ ls -A /tmp/here
