@@ -10,17 +10,11 @@ namespace {
 
 // ---- Opening -------------------------------------------------------------------------------
 
-constexpr mode_t usage_file_mode = 0644;
-
 /// @return 0, or what is wrong with a file that is to be read
 int refusal_to_read(const struct stat &status, int64_t size_limit) {
     if (!S_ISREG(status.st_mode))
         return ENOTSUP;
     return status.st_size > size_limit ? EFBIG : 0;
-}
-
-bool is_writable(const struct stat &status) {
-    return !S_ISFIFO(status.st_mode) && !S_ISSOCK(status.st_mode);
 }
 
 // ---- Writing -------------------------------------------------------------------------------
@@ -214,7 +208,7 @@ void read_ring(const app_members_t &members, usage_app_t *app) {
 
 } // namespace
 
-// Both look before they open, because opening a device may already do something, and once more
+// It looks before it opens, because opening a device may already do something, and once more
 // afterwards, because another program may have put something else in the file's place.
 
 int usage_file_open_to_read(const char *path, int64_t size_limit) {
@@ -234,20 +228,6 @@ int usage_file_open_to_read(const char *path, int64_t size_limit) {
     fd.reset(-1);
     errno = refusal;
     return -1;
-}
-
-int usage_file_open_to_write(const char *path) {
-    struct stat status = {};
-    if (stat(path, &status) == 0 && !is_writable(status))
-        return -1;
-    constexpr int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    fd_guard fd(open(path, flags, usage_file_mode));
-    if (fd.get() < 0 || fstat(fd.get(), &status) != 0 || !is_writable(status))
-        return -1;
-    // Emptied only now, when it is known to be a file that may be written.
-    if (S_ISREG(status.st_mode) && ftruncate(fd.get(), 0) != 0)
-        return -1;
-    return fd.release();
 }
 
 void usage_write_begin(usage_text_t *text) {

@@ -38,6 +38,11 @@
 /// The daemon's own file. The folder is the router's to provide.
 inline constexpr char usage_file_path[] = "/tmp/ApplicationData/app_usage.json";
 
+/// What a file is called, in the folder of the one that it is to replace, until it is whole; and
+/// what it is called when the file to be replaced has that name itself.
+inline constexpr char usage_file_new_name[] = ".utm_appd.new";
+inline constexpr char usage_file_other_new_name[] = ".utm_appd.new2";
+
 /// Bytes that an import reads at the most; 10,000 applications take about three million.
 inline constexpr int64_t usage_file_size_limit = 64 * 1024 * 1024;
 
@@ -117,10 +122,6 @@ struct usage_rule_t {
 ///         set, to ENOTSUP for no regular file and to EFBIG for one that is too large
 [[nodiscard]] int usage_file_open_to_read(const char *path,
                                           int64_t size_limit = usage_file_size_limit);
-
-/// Opens a usage file for writing, empty. Pipes and sockets are refused like that.
-/// @return a descriptor that is closed in the programs that the caller starts, or -1
-[[nodiscard]] int usage_file_open_to_write(const char *path);
 
 // ---- Writing -------------------------------------------------------------------------------
 

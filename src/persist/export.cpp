@@ -4,6 +4,7 @@
 #include "core/debug_log.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "persist/replace.h"
 
 #include <algorithm>
 
@@ -69,12 +70,6 @@ usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_conf
     return text;
 }
 
-/// The descriptor is closed in the programs that are started meanwhile.
-[[nodiscard]] bool write_file(const char *path, const usage_text_t &text) UTM_FILE_LOCKED {
-    const fd_guard file(usage_file_open_to_write(path));
-    return file.get() >= 0 && usage_text_write(text, file.get());
-}
-
 /// @return whether the file was written
 [[nodiscard]] bool export_now(const char *path) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_config_mutex) {
     const time_t now = utm_app_now();
@@ -83,7 +78,7 @@ usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_conf
     const usage_text_t text = text_of_store(now);
     if (text.has_failed)
         return false;
-    const bool written = write_file(path, text);
+    const bool written = utm_app_replace_usage_file(path, text);
     last_export_statistics_ts = now;
     return written;
 }

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
 
@@ -58,15 +59,30 @@ TEST_F(UsageFileWorld, IsReadUpToTheLimit) {
     EXPECT_EQ(errno, EFBIG);
 }
 
-TEST_F(UsageFileWorld, IsNotWrittenWhenAPipeTookItsPlaceBeforeItWasOpened) {
-    write_file(export_path, "before");
+/// What takes the file's place after it was looked at.
+TEST_F(UsageFileWorld, IsNotWrittenWhenSomethingElseTookItsPlace) {
+    write_file("/tmp/usage/victim", "theirs");
     std::unique_ptr<usage_file::pipe_reader_t> pipe;
-    after_first_look(export_path, [&] {
+    const std::function<void()> swaps[] = {
+        [&] { pipe = std::make_unique<usage_file::pipe_reader_t>(export_path); },
+        [] { fs::create_symlink("/dev/null", export_path); },
+        [] { fs::create_symlink("/tmp/usage/victim", export_path); },
+        [] { write_file(export_path, "theirs"); },
+        [] { fs::create_directory(export_path); },
+        [] {},
+    };
+    for (const auto &swap : swaps) {
+        write_file(export_path, "before");
+        after_first_look(export_path, [&] {
+            fs::rename(export_path, "/tmp/usage/old");
+            swap();
+        });
+        EXPECT_EQ(utm_app_export_statistics(export_path, 0), -1);
+        EXPECT_EQ(read_file("/tmp/usage/victim"), "theirs");
+        EXPECT_EQ(read_file("/tmp/usage/old"), "before");
+        world::after_stat(nullptr);
         fs::remove(export_path);
-        pipe = std::make_unique<usage_file::pipe_reader_t>(export_path);
-    });
-    EXPECT_EQ(utm_app_export_statistics(export_path, 0), -1);
-    ASSERT_NE(pipe, nullptr);
+    }
     EXPECT_EQ(pipe->available(), "");
 }
 

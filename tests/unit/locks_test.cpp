@@ -60,8 +60,8 @@ constexpr char empty_file[] = R"({"user_profile_list":[],"global_stat":[]})";
 TEST_F(Locks, AnExportWritesTheFileUnderTheFilesLockAlone) {
     make(usage_file::profile_t{3, 1, 2, 3});
     EXPECT_EQ(trace_of_export(export_path, 0, 0),
-              "store() file(clock store() empty write) debug()");
-    EXPECT_EQ(trace_of_export(export_path, 1, 0), "file(clock store() empty write) debug()");
+              "store() file(clock store() write flush rename) debug()");
+    EXPECT_EQ(trace_of_export(export_path, 1, 0), "file(clock store() write flush rename) debug()");
 }
 
 TEST_F(Locks, AnExportReportsUnderNoLock) {
@@ -70,7 +70,7 @@ TEST_F(Locks, AnExportReportsUnderNoLock) {
     EXPECT_EQ(trace_of_export("/tmp/none/export.json", 0, -1), "store() file(clock store()) log");
     switch_log(1);
     EXPECT_EQ(trace_of_export(export_path, 0, 0),
-              "store() file(clock store() empty write) debug() log");
+              "store() file(clock store() write flush rename) debug() log");
     world::set_active(false);
     EXPECT_EQ(trace_of_export(export_path, 0, -1), "store()");
 }
@@ -121,8 +121,8 @@ TEST_F(Locks, AnExportCountsOnceTheFileIsWrittenAndAnImportOnceAllIsTakenOver) {
     };
     set_last_export(5);
     call_trace::of([] { EXPECT_EQ(utm_app_export_statistics(export_path, 1), 0); }, look);
-    EXPECT_EQ(words, "file(before clockbefore store(before )before emptybefore writebefore "
-                     ")after debug(after )after ");
+    EXPECT_EQ(words, "file(before clockbefore store(before )before writebefore flushbefore "
+                     "renamebefore )after debug(after )after ");
     write_file(import_path, empty_file);
     set_last_export(5);
     words.clear();
@@ -136,7 +136,7 @@ TEST_F(Locks, AnExportCountsOnceTheFileIsWrittenAndAnImportOnceAllIsTakenOver) {
 TEST_F(Locks, TheExportCheckLetsTheIntervalGoBeforeItAsksOrWrites) {
     EXPECT_EQ(trace_of_check(1800), "clock interval-read() uptime");
     EXPECT_EQ(trace_of_check(1801), "clock interval-read() uptime "
-                                    "store() file(clock store() empty write) debug()");
+                                    "store() file(clock store() write flush rename) debug()");
     world::fail_sysinfo(-1);
     EXPECT_EQ(trace_of_check(1801), "clock interval-read() uptime debug()");
 }
@@ -144,7 +144,7 @@ TEST_F(Locks, TheExportCheckLetsTheIntervalGoBeforeItAsksOrWrites) {
 TEST_F(Locks, TheSwitchWritesAMissingFileAfterItHasLetTheStoreGo) {
     world::set_active(false);
     EXPECT_EQ(trace_of_switch(1), "store(run status look) debug() "
-                                  "file(clock store() empty write) debug()");
+                                  "file(clock store() write flush rename) debug()");
     EXPECT_EQ(trace_of_switch(1), "store() debug()");
     EXPECT_EQ(trace_of_switch(0), "store(run status) debug()");
     EXPECT_EQ(trace_of_switch(1), "store(run status look) debug()");

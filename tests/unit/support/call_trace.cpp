@@ -20,6 +20,8 @@ int __real_pthread_rwlock_rdlock(pthread_rwlock_t *lock);
 int __real_pthread_rwlock_wrlock(pthread_rwlock_t *lock);
 int __real_pthread_rwlock_unlock(pthread_rwlock_t *lock);
 int __real_ftruncate(int fd, off_t size);
+int __real_fsync(int fd);
+int __real_renameat(int old_folder, const char *old_name, int folder, const char *name);
 int __real_access(const char *path, int mode);
 json_object *__real_json_object_from_fd(int fd);
 void __real_qsort(void *first, size_t count, size_t size,
@@ -144,6 +146,16 @@ int __wrap_pthread_rwlock_unlock(pthread_rwlock_t *lock) {
 int __wrap_ftruncate(int fd, off_t size) {
     call_trace::note("empty");
     return __real_ftruncate(fd, size);
+}
+
+int __wrap_fsync(int fd) {
+    call_trace::note("flush");
+    return __real_fsync(fd);
+}
+
+int __wrap_renameat(int old_folder, const char *old_name, int folder, const char *name) {
+    call_trace::note("rename");
+    return __real_renameat(old_folder, old_name, folder, name);
 }
 
 int __wrap_access(const char *path, int mode) {
