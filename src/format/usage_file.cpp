@@ -10,11 +10,67 @@ namespace {
 
 // ---- Opening -------------------------------------------------------------------------------
 
-/// @return 0, or what is wrong with a file that is to be read
-int refusal_to_read(const struct stat &status, int64_t size_limit) {
+bool is_regular(const struct stat &status) {
     if (!S_ISREG(status.st_mode))
-        return ENOTSUP;
-    return status.st_size > size_limit ? EFBIG : 0;
+        errno = ENOTSUP;
+    return S_ISREG(status.st_mode);
+}
+
+/// Reads to the end, or to the buffer's.
+/// @return bytes, or -1
+ssize_t read_all(int fd, char *bytes, size_t room) {
+    size_t size = 0;
+    while (size < room) {
+        const ssize_t count = read(fd, bytes + size, room - size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return -1;
+        if (count == 0)
+            break;
+        size += static_cast<size_t>(count);
+    }
+    return static_cast<ssize_t>(size);
+}
+
+/// What of a text costs memory. In texts and comments these characters are counted as well: no file
+/// of ours has any there, but for the colons of a device.
+struct text_counts_t {
+    size_t commas;
+    size_t containers;
+    size_t members;
+};
+
+text_counts_t counts_of(const char *text, size_t size) {
+    text_counts_t counts = {};
+    for (const char *end = text + size; text != end; ++text) {
+        counts.commas += *text == ',';
+        counts.containers += *text == '[' || *text == '{';
+        counts.members += *text == ':';
+    }
+    return counts;
+}
+
+/// Each value stands behind a comma, or first in a list or an object, or is the document.
+bool is_within_limits(const text_counts_t &counts) {
+    return counts.commas + counts.containers + 1 <= usage_file_values_limit &&
+           counts.containers <= usage_file_containers_limit &&
+           counts.members <= usage_file_members_limit;
+}
+
+struct tokener_free {
+    void operator()(json_tokener *tokener) const { json_tokener_free(tokener); }
+};
+
+json_ptr parse(const char *text, size_t size) {
+    const std::unique_ptr<json_tokener, tokener_free> tokener(
+        json_tokener_new_ex(JSON_TOKENER_DEFAULT_DEPTH));
+    errno = ENOMEM;
+    if (tokener == nullptr)
+        return nullptr;
+    json_ptr document(json_tokener_parse_ex(tokener.get(), text, static_cast<int>(size)));
+    errno = EBADMSG;
+    return document;
 }
 
 // ---- Writing -------------------------------------------------------------------------------
@@ -211,23 +267,38 @@ void read_ring(const app_members_t &members, usage_app_t *app) {
 // It looks before it opens, because opening a device may already do something, and once more
 // afterwards, because another program may have put something else in the file's place.
 
-int usage_file_open_to_read(const char *path, int64_t size_limit) {
+int usage_file_open_to_read(const char *path) {
     struct stat status = {};
-    if (stat(path, &status) != 0)
-        return -1;
-    errno = refusal_to_read(status, size_limit);
-    if (errno != 0)
+    if (stat(path, &status) != 0 || !is_regular(status))
         return -1;
     // Without O_NONBLOCK the open itself would wait for a pipe's other end.
     fd_guard fd(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (fd.get() < 0 || fstat(fd.get(), &status) != 0)
         return -1;
-    const int refusal = refusal_to_read(status, size_limit);
-    if (refusal == 0)
+    if (is_regular(status))
         return fd.release();
     fd.reset(-1);
-    errno = refusal;
+    errno = ENOTSUP;
     return -1;
+}
+
+json_ptr usage_file_read(int fd, size_t size_limit) {
+    // Not cleared: what the file does not fill is never touched.
+    const heap_ptr<char> bytes(static_cast<char *>(malloc(size_limit + 1)));
+    if (bytes == nullptr)
+        return nullptr;
+    const ssize_t count = read_all(fd, bytes.get(), size_limit + 1);
+    if (count < 0)
+        return nullptr;
+    const size_t size = static_cast<size_t>(count);
+    errno = size > size_limit                                 ? EFBIG
+            : !is_within_limits(counts_of(bytes.get(), size)) ? EOVERFLOW
+                                                              : 0;
+    return errno != 0 ? nullptr : parse(bytes.get(), size);
+}
+
+bool usage_text_is_readable(const char *text, size_t size) {
+    return size <= usage_file_size_limit && is_within_limits(counts_of(text, size));
 }
 
 void usage_write_begin(usage_text_t *text) {

@@ -43,8 +43,13 @@ inline constexpr char usage_file_path[] = "/tmp/ApplicationData/app_usage.json";
 inline constexpr char usage_file_new_name[] = ".utm_appd.new";
 inline constexpr char usage_file_other_new_name[] = ".utm_appd.new2";
 
-/// Bytes that an import reads at the most; 10,000 applications take about three million.
-inline constexpr int64_t usage_file_size_limit = 64 * 1024 * 1024;
+/// What a reader takes of a file: json-c needs up to four hundred bytes for one of the text, so the
+/// text is bounded, and what is in it is counted before anything is made of it. 64 profiles with
+/// 500 applications, 32 devices and 40 rules each fit, beside the router's 500 applications.
+inline constexpr size_t usage_file_size_limit = size_t{8} * 1024 * 1024; ///< bytes
+inline constexpr size_t usage_file_values_limit = 1'230'000;
+inline constexpr size_t usage_file_containers_limit = 68'000; ///< lists and objects, of the values
+inline constexpr size_t usage_file_members_limit = 250'000;   ///< values that have a key
 
 namespace usage_key {
 
@@ -115,13 +120,21 @@ struct usage_rule_t {
 // ---- Opening -------------------------------------------------------------------------------
 
 /// Opens a usage file for reading. Anything but a regular file is refused, and not even opened: a
-/// pipe or a device could keep the reader, and the lock it holds, waiting for ever. So is a file
-/// that is too large, since json-c reads a file whole before it looks at it.
-/// @param size_limit  bytes
+/// pipe or a device could keep the reader, and the lock it holds, waiting for ever.
 /// @return a descriptor that is closed in the programs that the caller starts; or -1 with `errno`
-///         set, to ENOTSUP for no regular file and to EFBIG for one that is too large
-[[nodiscard]] int usage_file_open_to_read(const char *path,
-                                          int64_t size_limit = usage_file_size_limit);
+///         set, to ENOTSUP for no regular file
+[[nodiscard]] int usage_file_open_to_read(const char *path);
+
+/// Reads a usage file and parses it. No more than the limit and a byte is read, whatever the file
+/// says of its size.
+/// @param size_limit  bytes
+/// @return the document, which is null for the text `null` too; null with `errno` set: EFBIG when
+///         there are more bytes, EOVERFLOW for more values than the limits above, EBADMSG for a
+///         text that json-c cannot parse or that is nested deeper than 32
+[[nodiscard]] json_ptr usage_file_read(int fd, size_t size_limit = usage_file_size_limit);
+
+/// @return whether a text is within what `usage_file_read` takes
+[[nodiscard]] bool usage_text_is_readable(const char *text, size_t size);
 
 // ---- Writing -------------------------------------------------------------------------------
 

@@ -2,6 +2,7 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
+#include "core/heap.h"
 #include "core/saturate.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
@@ -112,7 +113,7 @@ json_ptr read_document(const char *path) UTM_FILE_LOCKED {
     if (path == nullptr || path[0] == '\0')
         return nullptr;
     const fd_guard file(usage_file_open_to_read(path));
-    return json_ptr(file.get() < 0 ? nullptr : json_object_from_fd(file.get()));
+    return file.get() < 0 ? nullptr : usage_file_read(file.get());
 }
 
 /// @return whether the file was taken over; if not, the store is untouched
@@ -145,6 +146,7 @@ int32_t utm_app_import_statistics(const char *path) {
         const mutex_guard lock(utm_app_export_import_mutex);
         imported = import_now(path);
     }
+    heap_give_back();
     if (!imported) {
         utm_app_log_always("import from %s failed\n", usage_path_shown(path));
         return -1;

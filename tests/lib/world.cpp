@@ -35,6 +35,7 @@ int __real_pclose(FILE *pipe);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *old, size_t size);
 ssize_t __real_write(int fd, const void *bytes, size_t size);
+ssize_t __real_read(int fd, void *bytes, size_t size);
 ssize_t __real_send(int fd, const void *bytes, size_t size, int flags);
 int __real_stat(const char *path, struct stat *status);
 int __real_lstat(const char *path, struct stat *status);
@@ -70,6 +71,7 @@ struct state_t {
     int sysinfo_result = 0;
     std::set<FILE *> pipes;
     disturbance_t write = {0, 0};
+    disturbance_t read = {0, 0};
     disturbance_t send = {0, 0};
     std::function<void(const std::string &)> act_after_stat;
     std::function<int(struct stat *)> change_lstat;
@@ -206,6 +208,12 @@ ssize_t __wrap_write(int fd, const void *bytes, size_t size) {
     if (is_interrupted(&state.write))
         return -1;
     return __real_write(fd, bytes, taken(state.write, size));
+}
+
+ssize_t __wrap_read(int fd, void *bytes, size_t size) {
+    if (is_interrupted(&state.read))
+        return -1;
+    return __real_read(fd, bytes, taken(state.read, size));
 }
 
 ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags) {
@@ -404,6 +412,10 @@ void end_select_after(int calls) {
 
 void disturb_write(int interruptions, size_t most) {
     state.write = {interruptions, most};
+}
+
+void disturb_read(int interruptions, size_t most) {
+    state.read = {interruptions, most};
 }
 
 void disturb_send(int interruptions, size_t most) {

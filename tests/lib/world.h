@@ -99,6 +99,8 @@ void end_select_after(int calls);
 /// Lets `write` fail with EINTR so many times and then take no more than so many bytes a call (0
 /// for any number). The log's lines go the same way.
 void disturb_write(int interruptions, size_t most);
+/// The same for `read`.
+void disturb_read(int interruptions, size_t most);
 /// The same for `send`.
 void disturb_send(int interruptions, size_t most);
 

@@ -43,20 +43,66 @@ TEST_F(UsageFileWorld, IsWrittenWholeThroughInterruptionsAndSmallPieces) {
     }
 }
 
-TEST_F(UsageFileWorld, IsNotReadWhenItGrewBeforeItWasOpened) {
-    write_file(import_path, "0123456789");
-    after_first_look(import_path, [] { write_file(import_path, "0123456789A"); });
+/// @return what an import makes of a text with at most ten bytes
+int error_of_reading(const std::string &path, size_t size_limit = 10) {
+    const fd_guard file(usage_file_open_to_read(path.c_str()));
     errno = 0;
-    EXPECT_EQ(usage_file_open_to_read(import_path, 10), -1);
-    EXPECT_EQ(errno, EFBIG);
+    const json_ptr document = usage_file_read(file.get(), size_limit);
+    return document != nullptr ? 0 : errno;
 }
 
-TEST_F(UsageFileWorld, IsReadUpToTheLimit) {
-    write_file(import_path, "0123456789");
-    const fd_guard file(usage_file_open_to_read(import_path, 10));
-    EXPECT_GE(file.get(), 0);
-    EXPECT_EQ(usage_file_open_to_read(import_path, 9), -1);
-    EXPECT_EQ(errno, EFBIG);
+TEST_F(UsageFileWorld, IsReadUpToTheLimitWhateverItSaysOfItsSize) {
+    write_file(import_path, "[12345678]");
+    EXPECT_EQ(error_of_reading(import_path), 0);
+    write_file(import_path, "[123456789]");
+    EXPECT_EQ(error_of_reading(import_path), EFBIG);
+    EXPECT_EQ(error_of_reading("/proc/self/status"), EFBIG);
+    EXPECT_EQ(error_of_reading("/proc/self/status", 1'000'000), EBADMSG);
+}
+
+TEST_F(UsageFileWorld, IsReadThroughInterruptions) {
+    write_file(import_path, "[12345678]");
+    world::disturb_read(3, 4);
+    EXPECT_EQ(error_of_reading(import_path), 0);
+    world::disturb_read(0, 0);
+}
+
+TEST_F(UsageFileWorld, IsCountedBeforeAnythingIsMadeOfIt) {
+    const auto repeated = [](const std::string &piece, size_t count, const std::string &last) {
+        std::string text = "[";
+        for (size_t i = 0; i < count; ++i)
+            text += piece + ",";
+        return text + last + "]";
+    };
+    const struct {
+        const char *name;
+        std::string text;
+        int error;
+    } table[] = {
+        // The list itself is one of them.
+        {"values", repeated("0", usage_file_values_limit - 2, "0"), 0},
+        {"too many values", repeated("0", usage_file_values_limit - 1, "0"), EOVERFLOW},
+        {"lists", repeated("[]", usage_file_containers_limit - 2, "[]"), 0},
+        {"too many lists", repeated("[]", usage_file_containers_limit - 1, "[]"), EOVERFLOW},
+        {"too many objects", repeated("{}", usage_file_containers_limit - 1, "{}"), EOVERFLOW},
+        {"members",
+         "{" +
+             repeated("\"a\":0", usage_file_members_limit, "")
+                 .substr(1, usage_file_members_limit * 6 - 1) +
+             "}",
+         0},
+        {"too many members",
+         "{" +
+             repeated("\"a\":0", usage_file_members_limit + 1, "")
+                 .substr(1, usage_file_members_limit * 6 + 5) +
+             "}",
+         EOVERFLOW},
+    };
+    for (const auto &row : table) {
+        write_file(import_path, row.text);
+        EXPECT_EQ(error_of_reading(import_path, usage_file_size_limit), row.error) << row.name;
+        EXPECT_EQ(usage_text_is_readable(row.text.data(), row.text.size()), row.error == 0);
+    }
 }
 
 /// What takes the file's place after it was looked at.

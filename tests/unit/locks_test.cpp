@@ -76,7 +76,7 @@ TEST_F(Locks, AnExportReportsUnderNoLock) {
 }
 
 TEST_F(Locks, AnImportGivesTheStoreUpBetweenItsHalvesAndReportsUnderNoLock) {
-    EXPECT_EQ(trace_of_import(empty_file, 0), "store() file(clock read store() store()) log");
+    EXPECT_EQ(trace_of_import(empty_file, 0), "store() file(clock parse store() store()) log");
 }
 
 TEST_F(Locks, AnImportBlocksInItsFirstHalf) {
@@ -90,20 +90,20 @@ TEST_F(Locks, AnImportBlocksInItsFirstHalf) {
     }
     const usage_file::document_t file = {{{3, 1440, 0, 0, {{10, 5}}}}, world::default_now, {{20}}};
     EXPECT_EQ(trace_of_import(usage_file::text(file), 0),
-              "store() file(clock read store(debug() run debug() event debug()) store()) log");
+              "store() file(clock parse store(debug() run debug() event debug()) store()) log");
 }
 
 TEST_F(Locks, AnImportCreatesAProfileInItsFirstHalf) {
     const usage_file::document_t file = {{{3}, {4}}, world::default_now, {}};
     EXPECT_EQ(trace_of_import(usage_file::text(file), 0),
-              "store() file(clock read store(clock clock) store()) log");
+              "store() file(clock parse store(clock clock) store()) log");
 }
 
 TEST_F(Locks, AnImportThatFailsLeavesTheStoreAlone) {
-    EXPECT_EQ(trace_of_import("{", -1), "store() file(clock read) log");
-    EXPECT_EQ(trace_of_import("[]", -1), "store() file(clock read) log");
+    EXPECT_EQ(trace_of_import("{", -1), "store() file(clock parse) log");
+    EXPECT_EQ(trace_of_import("[]", -1), "store() file(clock parse) log");
     const usage_file::document_t future = {{}, world::default_now + 86'400, {}};
-    EXPECT_EQ(trace_of_import(usage_file::text(future), -1), "store() file(clock read log) log");
+    EXPECT_EQ(trace_of_import(usage_file::text(future), -1), "store() file(clock parse log) log");
     const auto import = [](const char *path) {
         return call_trace::of([=] { EXPECT_EQ(utm_app_import_statistics(path), -1); });
     };
@@ -127,7 +127,7 @@ TEST_F(Locks, AnExportCountsOnceTheFileIsWrittenAndAnImportOnceAllIsTakenOver) {
     set_last_export(5);
     words.clear();
     call_trace::of([] { EXPECT_EQ(utm_app_import_statistics(import_path), 0); }, look);
-    EXPECT_EQ(words, "store(before )before file(before clockbefore readbefore store(before "
+    EXPECT_EQ(words, "store(before )before file(before clockbefore parsebefore store(before "
                      ")before store(before )before )after logafter ");
 }
 

@@ -95,9 +95,9 @@ TEST_F(ExportTarget, IsTheOldFileUntilTheNewOneIsWholeAndFlushed) {
         }
     };
     write_file(export_path, "old");
-    EXPECT_EQ(call_trace::of([] { EXPECT_EQ(utm_app_export_statistics_to(export_path), 0); },
-                             expect_old),
-              "store() file(clock store() write flush rename) debug() log");
+    EXPECT_EQ(
+        call_trace::of([] { EXPECT_EQ(utm_app_export_statistics_to(export_path), 0); }, expect_old),
+        "store() file(clock store() write flush rename) debug() log");
     EXPECT_EQ(names(), "export.json\n");
 }
 

@@ -23,7 +23,7 @@ int __real_ftruncate(int fd, off_t size);
 int __real_fsync(int fd);
 int __real_renameat(int old_folder, const char *old_name, int folder, const char *name);
 int __real_access(const char *path, int mode);
-json_object *__real_json_object_from_fd(int fd);
+json_object *__real_json_tokener_parse_ex(json_tokener *tokener, const char *text, int length);
 void __real_qsort(void *first, size_t count, size_t size,
                   int (*compare)(const void *a, const void *b));
 }
@@ -164,9 +164,9 @@ int __wrap_access(const char *path, int mode) {
     return __real_access(path, mode);
 }
 
-json_object *__wrap_json_object_from_fd(int fd) {
-    call_trace::note("read");
-    return __real_json_object_from_fd(fd);
+json_object *__wrap_json_tokener_parse_ex(json_tokener *tokener, const char *text, int length) {
+    call_trace::note("parse");
+    return __real_json_tokener_parse_ex(tokener, text, length);
 }
 
 void __wrap_qsort(void *first, size_t count, size_t size,

@@ -17,8 +17,8 @@
 /// | debug                         | utm_app_debug_mutex                                      |
 /// | interval-read interval-write  | utm_export_interval_rwlock                               |
 /// | clock uptime                  | gettimeofday, sysinfo                                    |
-/// | read empty write look         | json_object_from_fd, ftruncate, write, access, not the log's |
-/// | flush rename                  | fsync, renameat                                          |
+/// | parse empty write look        | json_tokener_parse_ex, ftruncate, write, access, not the log's
+/// | | flush rename                  | fsync, renameat                                          |
 /// | log                           | a line is written to the log                             |
 /// | sort                          | qsort                                                    |
 /// | request reply                 | send, by the client and by the daemon                    |
