@@ -445,14 +445,18 @@ bool usage_has_apps(json_object *profile) {
 
 bool usage_read_profile(json_object *element, usage_profile_t *profile) {
     *profile = {};
-    if (!json_object_is_type(element, json_type_object) ||
-        !read_int(element, usage_key::user_profile_id, &profile->user_profile_id))
+    if (!usage_read_profile_id(element, &profile->user_profile_id))
         return false;
     read_weekdays(element, profile);
     read_int(element, usage_key::daily_extend, &profile->daily_extend);
     read_counters(element, &profile->used);
     read_int(element, usage_key::blocked, &profile->blocked);
     return true;
+}
+
+bool usage_read_profile_id(json_object *element, int32_t *profile_id) {
+    return json_object_is_type(element, json_type_object) &&
+           read_int(element, usage_key::user_profile_id, profile_id);
 }
 
 bool usage_read_app(json_object *element, usage_app_t *app) {

@@ -203,6 +203,9 @@ bool usage_read_time(json_object *root, int32_t *timestamp);
 /// @return false for an element that is no profile, for want of an id
 [[nodiscard]] bool usage_read_profile(json_object *element, usage_profile_t *profile);
 
+/// The same, for the id alone.
+[[nodiscard]] bool usage_read_profile_id(json_object *element, int32_t *profile_id);
+
 /// An index outside the ring is reduced into it rather than refused: the element's counters are as
 /// good as any, and only the order of its history is in doubt. A ring of another size than thirty
 /// is read as zeros.

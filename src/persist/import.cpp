@@ -6,6 +6,7 @@
 #include "core/saturate.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "persist/profile_index.h"
 #include "store/blocking.h"
 #include "store/profiles.h"
 #include "usage/accounting.h"
@@ -38,8 +39,9 @@ config_app_usage_t *read_application(json_object *element, const file_age_t &age
 
 /// Finds the profile that takes an element's figures, or creates it.
 /// @return null when memory runs out
-config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_STORE_LOCKED {
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+config_user_profile_t *profile_to_fill(const profile_index_t &index,
+                                       int32_t profile_id) UTM_STORE_LOCKED {
+    config_user_profile_t *profile = profile_index_find(index, profile_id);
     if (profile != nullptr) {
         utm_app_free_app_usage(profile);
         return profile;
@@ -48,7 +50,8 @@ config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_STORE_LOCKED {
     if (profile == nullptr)
         return nullptr;
     list_append(&utm_app_config_user_profile_list, &profile->link);
-    utm_app_add_weekday_limits(profile_id);
+    utm_app_give_weekday_limits(profile);
+    profile_index_add(index, profile);
     return profile;
 }
 
@@ -68,11 +71,12 @@ void import_applications(json_object *element, const file_age_t &age,
     utm_app_enforce_imported_use(profile);
 }
 
-void import_profile(json_object *element, const file_age_t &age) UTM_STORE_LOCKED {
+void import_profile(json_object *element, const file_age_t &age,
+                    const profile_index_t &index) UTM_STORE_LOCKED {
     usage_profile_t read;
     if (!usage_read_profile(element, &read))
         return;
-    config_user_profile_t *profile = profile_to_fill(read.user_profile_id);
+    config_user_profile_t *profile = profile_to_fill(index, read.user_profile_id);
     if (profile == nullptr)
         return;
     const usage_counters_t used = utm_app_roll_forward(read.used, age.passed);
@@ -88,9 +92,10 @@ void import_profiles(json_object *root, const file_age_t &age) UTM_FILE_LOCKED
     UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     json_object *list = usage_profiles_of(root);
+    const profile_index_t index = profile_index_of(list);
     const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i)
-        import_profile(json_object_array_get_idx(list, i), age);
+        import_profile(json_object_array_get_idx(list, i), age, index);
 }
 
 void import_router(json_object *root, const file_age_t &age, time_t now) UTM_FILE_LOCKED

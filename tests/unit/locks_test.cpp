@@ -89,14 +89,15 @@ TEST_F(Locks, AnImportBlocksInItsFirstHalf) {
         utm_app_find_profile(3)->daily_limit_enable = 1;
     }
     const usage_file::document_t file = {{{3, 1440, 0, 0, {{10, 5}}}}, world::default_now, {{20}}};
-    EXPECT_EQ(trace_of_import(usage_file::text(file), 0),
-              "store() file(clock parse store(debug() run debug() event debug()) store()) log");
+    EXPECT_EQ(
+        trace_of_import(usage_file::text(file), 0),
+        "store() file(clock parse store(sort debug() run debug() event debug()) store()) log");
 }
 
 TEST_F(Locks, AnImportCreatesAProfileInItsFirstHalf) {
     const usage_file::document_t file = {{{3}, {4}}, world::default_now, {}};
     EXPECT_EQ(trace_of_import(usage_file::text(file), 0),
-              "store() file(clock parse store(clock clock) store()) log");
+              "store() file(clock parse store(sort clock clock) store()) log");
 }
 
 TEST_F(Locks, AnImportThatFailsLeavesTheStoreAlone) {
