@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/select.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 std::atomic<int> running{1};
@@ -78,6 +79,10 @@ void utm_app_settle_descriptors() {
         close(fd);
     for (int inherited = STDERR_FILENO + 1; inherited < FD_SETSIZE; ++inherited)
         fcntl(inherited, F_SETFD, FD_CLOEXEC); // fails harmlessly where there is none
+}
+
+void utm_app_settle_umask() {
+    umask(umask(S_IWGRP | S_IWOTH) | S_IWGRP | S_IWOTH);
 }
 
 void utm_app_install_signal_handlers() {

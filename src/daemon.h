@@ -17,7 +17,11 @@ void signal_handler(int signo);
 /// the daemon starts.
 void utm_app_settle_descriptors();
 
-/// Installs `signal_handler` for SIGINT and SIGPIPE. Failures are ignored.
+/// Makes sure that nobody else may write what the daemon makes, its own folders above all.
+void utm_app_settle_umask();
+
+/// Installs `signal_handler` for SIGINT and SIGPIPE, and for the signals that do nothing: SIGHUP,
+/// SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM and SIGPROF. Failures are ignored.
 void utm_app_install_signal_handlers();
 
 /// Creates the locks, empties the store and sets the control socket up.

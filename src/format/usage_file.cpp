@@ -267,12 +267,15 @@ void read_ring(const app_members_t &members, usage_app_t *app) {
 // It looks before it opens, because opening a device may already do something, and once more
 // afterwards, because another program may have put something else in the file's place.
 
-int usage_file_open_to_read(const char *path) {
+int usage_file_open_to_read(const char *path, int folder) {
+    const bool follows = folder == usage_file_no_folder;
     struct stat status = {};
-    if (stat(path, &status) != 0 || !is_regular(status))
+    if (fstatat(folder, path, &status, follows ? 0 : AT_SYMLINK_NOFOLLOW) != 0 ||
+        !is_regular(status))
         return -1;
     // Without O_NONBLOCK the open itself would wait for a pipe's other end.
-    fd_guard fd(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    constexpr int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    fd_guard fd(openat(folder, path, follows ? flags : flags | O_NOFOLLOW));
     if (fd.get() < 0 || fstat(fd.get(), &status) != 0)
         return -1;
     if (is_regular(status))

@@ -34,6 +34,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <fcntl.h>
 
 /// The daemon's own file. The folder is the router's to provide.
 inline constexpr char usage_file_path[] = "/tmp/ApplicationData/app_usage.json";
@@ -119,11 +120,15 @@ struct usage_rule_t {
 
 // ---- Opening -------------------------------------------------------------------------------
 
+/// The working directory.
+inline constexpr int usage_file_no_folder = AT_FDCWD;
+
 /// Opens a usage file for reading. Anything but a regular file is refused, and not even opened: a
 /// pipe or a device could keep the reader, and the lock it holds, waiting for ever.
+/// @param folder  where a relative path begins; there no link is followed at its end
 /// @return a descriptor that is closed in the programs that the caller starts; or -1 with `errno`
 ///         set, to ENOTSUP for no regular file
-[[nodiscard]] int usage_file_open_to_read(const char *path);
+[[nodiscard]] int usage_file_open_to_read(const char *path, int folder = usage_file_no_folder);
 
 /// Reads a usage file and parses it. No more than the limit and a byte is read, whatever the file
 /// says of its size.

@@ -103,13 +103,14 @@ int32_t utm_app_export_statistics(const char *path, int32_t force) {
     heap_give_back();
     if (!exported.is_written) {
         // Always written: a file that stopped growing must show in the log of any router.
-        utm_app_log_always("export to %s failed\n", usage_path_shown(path));
+        utm_app_log_always("export to %s failed\n", usage_path_shown(path).text);
         return -1;
     }
     // The file may still serve another reader, so it is not withheld.
     if (!exported.is_readable)
-        utm_app_log_always("export to %s is more than an import takes\n", path);
-    utm_app_debug_log("export to %s success\n", path);
+        utm_app_log_always("export to %s is more than an import takes\n",
+                           usage_path_shown(path).text);
+    utm_app_debug_log("export to %s success\n", usage_path_shown(path).text);
     return 0;
 }
 

@@ -6,6 +6,7 @@
 #include "core/saturate.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "persist/place.h"
 #include "persist/profile_index.h"
 #include "store/blocking.h"
 #include "store/profiles.h"
@@ -117,7 +118,10 @@ void import_router(json_object *root, const file_age_t &age, time_t now) UTM_FIL
 json_ptr read_document(const char *path) UTM_FILE_LOCKED {
     if (path == nullptr || path[0] == '\0')
         return nullptr;
-    const fd_guard file(usage_file_open_to_read(path));
+    place_t place;
+    if (!utm_app_find_place(path, &place))
+        return nullptr;
+    const fd_guard file(usage_file_open_to_read(place.name, place.folder.get()));
     return file.get() < 0 ? nullptr : usage_file_read(file.get());
 }
 
@@ -153,9 +157,9 @@ int32_t utm_app_import_statistics(const char *path) {
     }
     heap_give_back();
     if (!imported) {
-        utm_app_log_always("import from %s failed\n", usage_path_shown(path));
+        utm_app_log_always("import from %s failed\n", usage_path_shown(path).text);
         return -1;
     }
-    utm_app_log_always("import from %s success\n", usage_path_shown(path));
+    utm_app_log_always("import from %s success\n", usage_path_shown(path).text);
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "persist/place.h"
 
+#include "core/own_folder.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -27,8 +29,53 @@ bool is_a_name(const char *name) {
     return name[0] != '\0' && strcmp(name, ".") != 0 && strcmp(name, "..") != 0;
 }
 
+/// Opens one of our own folders.
+bool open_own(own_folder_t *own, fd_guard *folder) {
+    folder->reset(utm_app_open_own_folder(*own));
+    const int error = folder->get() < 0 ? errno : 0;
+    utm_app_report_own_folder(own, error);
+    return error == 0 || fail(error);
+}
+
+own_folder_t *const own_folders[] = {&utm_app_log_folder, &utm_app_usage_folder};
+
+/// Begins a path that names one of our own folders in that folder, so that nobody can put another
+/// one in its place between the look at it and its use.
+bool begin_in_own_folder(walk_t *walk) {
+    for (own_folder_t *own : own_folders) {
+        const size_t length = strlen(own->path);
+        if (strncmp(walk->path, own->path, length) != 0 || walk->path[length] != '/')
+            continue;
+        const char *rest = walk->path + length + strspn(walk->path + length, "/");
+        memmove(walk->path, rest, strlen(rest) + 1);
+        return open_own(own, &walk->from);
+    }
+    return true;
+}
+
+/// Tells our own folders from others, by whatever path somebody came.
+bool recognize(place_t *place) {
+    struct stat folder = {};
+    place->is_ours = false;
+    if (fstat(place->folder.get(), &folder) != 0)
+        return false;
+    for (own_folder_t *own : own_folders) {
+        struct stat status = {};
+        if (stat(own->path, &status) != 0 || status.st_dev != folder.st_dev ||
+            status.st_ino != folder.st_ino)
+            continue;
+        fd_guard checked;
+        if (!open_own(own, &checked))
+            return false;
+        place->is_ours = true;
+    }
+    return true;
+}
+
 /// Opens the folder that the path names and takes over its last part.
 bool enter(walk_t *walk, place_t *place) {
+    if (!begin_in_own_folder(walk))
+        return false;
     char *slash = strrchr(walk->path, '/');
     char *name = slash == nullptr ? walk->path : slash + 1;
     if (!is_a_name(name))
@@ -40,7 +87,7 @@ bool enter(walk_t *walk, place_t *place) {
     // protects only those.
     strcpy(name, ".");
     place->folder.reset(openat(walk->start(), walk->path, O_PATH | O_DIRECTORY | O_CLOEXEC));
-    return place->folder.get() >= 0;
+    return place->folder.get() >= 0 && recognize(place);
 }
 
 /// Everybody may put a link into such a folder, and only its owner may be believed.
@@ -64,6 +111,8 @@ bool look(const place_t &place, fd_guard *link) {
         link->reset(-1);
         return true;
     }
+    if (place.is_ours)
+        return fail(ELOOP);
     return may_follow(status, folder) || fail(EACCES);
 }
 

@@ -124,12 +124,14 @@ bool replace_at(const place_t &place, const struct stat *seen, const usage_text_
 } // namespace
 
 bool utm_app_replace_usage_file(const char *path, const usage_text_t &text) {
+    place_t place;
+    if (!utm_app_find_place(path, &place))
+        return false;
     struct stat found = {};
     const bool exists = stat(path, &found) == 0;
     if (!exists && errno != ENOENT)
         return false;
     if (exists && !S_ISREG(found.st_mode))
-        return write_to_device(path, found, text);
-    place_t place;
-    return utm_app_find_place(path, &place) && replace_at(place, exists ? &found : nullptr, text);
+        return !place.is_ours && write_to_device(path, found, text);
+    return replace_at(place, exists ? &found : nullptr, text);
 }

@@ -142,6 +142,8 @@ void empty_store() {
 void empty_log() {
     std::filesystem::remove_all(debug_log_directory);
     std::filesystem::create_directory(debug_log_directory);
+    // The machine's umask is no part of a test.
+    std::filesystem::permissions(debug_log_directory, std::filesystem::perms(0755));
     std::ofstream{debug_log_path};
 }
 
@@ -194,6 +196,16 @@ int __wrap_gettimeofday(timeval *now, void *) {
     call_trace::note("clock");
     *now = {state.now, 0};
     return 0;
+}
+
+/// The daemon gives its line as the one argument of "%s".
+void __wrap_syslog(int, const char *, const char *line) {
+    record(std::string("syslog ") + line);
+}
+
+/// What a fortified program calls instead.
+void __wrap___syslog_chk(int, int, const char *, const char *line) {
+    record(std::string("syslog ") + line);
 }
 
 int __wrap_sysinfo(struct sysinfo *info) {

@@ -10,6 +10,7 @@
 ///     event block profile 3
 ///     status_changed 1 1
 ///     query ubus -t 2 call ...
+///     syslog /tmp/utm_log is not used: ...
 ///
 /// A test builds the smallest state, acts once, and compares the whole trace.
 

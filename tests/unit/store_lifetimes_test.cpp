@@ -204,8 +204,6 @@ struct lock_case {
 /// line asks the shell for one.
 std::function<int(const std::string &)> note_lock(std::string *lines) {
     return [lines](const std::string &line) {
-        if (line.starts_with("mkdir"))
-            return 0;
         const bool is_free = pthread_mutex_trylock(&utm_app_config_mutex.native) == 0;
         if (is_free)
             pthread_mutex_unlock(&utm_app_config_mutex.native);
@@ -259,7 +257,7 @@ const lock_case lock_cases[] = {
 TEST_F(StoreLifetimes, HoldTheStoreForAsLongAsTheyWorkOnIt) {
     for (const lock_case &row : lock_cases) {
         make_bound_state();
-        std::filesystem::remove_all(debug_log_directory);
+        std::filesystem::remove(debug_log_path);
         world::intercept_log_commands();
         std::string lines;
         world::on_system(note_lock(&lines));
