@@ -26,6 +26,9 @@ namespace {
 /// Sleeps of one second from one tick to the next.
 constexpr unsigned seconds_per_tick = 60;
 
+/// By default each of these would end the daemon and leave everybody blocked who is.
+constexpr int signals_without_effect[] = {SIGHUP, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF};
+
 pthread_t socket_thread;
 
 /// Set while the socket thread is ended: a client that is cut off then has not gone by itself. The
@@ -53,6 +56,19 @@ void init_state(time_t now) {
         utm_app_store_init(now);
     }
     last_export_statistics_ts = now;
+}
+
+/// Sleeps for a second, which the signals without an effect do not shorten: sixty of these make a
+/// minute. Meanwhile the other thread takes them.
+void sleep_a_second() {
+    sigset_t without_effect;
+    sigset_t before;
+    sigemptyset(&without_effect);
+    for (const int signo : signals_without_effect)
+        sigaddset(&without_effect, signo);
+    pthread_sigmask(SIG_BLOCK, &without_effect, &before);
+    sleep(1);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 /// One minute's work. Each step takes the locks it needs and reports its own failures.
@@ -92,6 +108,8 @@ void utm_app_install_signal_handlers() {
     sigfillset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGPIPE, &action, nullptr);
+    for (const int signo : signals_without_effect)
+        sigaction(signo, &action, nullptr);
 }
 
 int32_t utm_app_config_handler_init() {
@@ -144,6 +162,6 @@ void utm_app_main_loop() {
         // `system` ignores SIGINT while its command runs. Where it is not written for threads, two
         // that overlap can leave it ignored for good, so the handlers are put back every second.
         utm_app_install_signal_handlers();
-        sleep(1);
+        sleep_a_second();
     } while (running != 0);
 }

@@ -7,8 +7,9 @@
 /// 1 while the main loop is to go on; SIGINT clears it.
 extern std::atomic<int> running;
 
-/// The handler of SIGINT and SIGPIPE; any other number does nothing. It runs on whichever thread
-/// the kernel picks, so it only stores a flag or appends one line to the log. While the
+/// The handler of SIGINT and SIGPIPE; any other number does nothing, which is what it is installed
+/// for: programs that are started would inherit a signal that is ignored. It runs on whichever
+/// thread the kernel picks, so it only stores a flag or appends one line to the log. While the
 /// control-socket thread is ended SIGPIPE does nothing either.
 void signal_handler(int signo);
 

@@ -27,6 +27,17 @@ std::string unused(const std::string &folder) {
            " that nobody else may write";
 }
 
+constexpr int WITHOUT_EFFECT[] = {SIGHUP, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF};
+
+/// @return the set of signals in a line of a process's status, such as "SigIgn"
+unsigned long signals_in(pid_t pid, const std::string &which) {
+    for (const std::string &line :
+         sim_split_lines(sim_read_file("/proc/" + std::to_string(pid) + "/status")))
+        if (line.rfind(which + ":", 0) == 0)
+            return std::stoul(line.substr(which.size() + 1), nullptr, 16);
+    return ~0UL;
+}
+
 class DaemonTrust : public daemon_test {};
 
 } // namespace
@@ -98,4 +109,36 @@ TEST_F(DaemonTrust, ASignaturesControlCharactersAreShown) {
     EXPECT_THAT(log_lines(),
                 ElementsAre("[socket] Receive cmd type=46", "UTM_APP_CONFIG_LOAD_SIGNATURE",
                             "cmd = lcsh load /tmp/a\\x1B[2J"));
+}
+
+TEST_F(DaemonTrust, SomeSignalsHaveNoEffect) {
+    start_with_log();
+    for (const int signal : WITHOUT_EFFECT) {
+        ASSERT_TRUE(sim_daemon_signal(daemon, signal));
+        EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), OK) << strsignal(signal);
+    }
+    // A sleep that they cut short would bring the next tick forward.
+    for (int i = 0; i < 1000; ++i)
+        sim_daemon_signal(daemon, WITHOUT_EFFECT[i % 6]);
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), OK);
+    EXPECT_THAT(journal(), IsEmpty());
+    tick();
+    EXPECT_THAT(journal(), ElementsAre(router_query(NOON, NOON + 60)));
+}
+
+TEST_F(DaemonTrust, ProgramsThatItStartsDieOfTheseSignals) {
+    start();
+    const int busy = occupy_the_socket_thread();
+    unsigned long wanted = 0;
+    for (const int signal : WITHOUT_EFFECT)
+        wanted |= 1UL << (signal - 1);
+    const std::set<pid_t> children = children_of(daemon.pid);
+    EXPECT_FALSE(children.empty());
+    for (const pid_t child : children) {
+        EXPECT_EQ(signals_in(child, "SigIgn") & wanted, 0u);
+        EXPECT_EQ(signals_in(child, "SigBlk") & wanted, 0u);
+    }
+    open_gates();
+    EXPECT_EQ(sim_status(sim_read_answer(busy)), OK);
+    close(busy);
 }
