@@ -142,3 +142,17 @@ TEST_F(DaemonTrust, ProgramsThatItStartsDieOfTheseSignals) {
     EXPECT_EQ(sim_status(sim_read_answer(busy)), OK);
     close(busy);
 }
+
+TEST_F(DaemonTrust, ASecondDaemonSaysWhoseSocketItTakes) {
+    start();
+    sim_daemon second;
+    EXPECT_THAT(system_log(), IsEmpty());
+
+    ASSERT_TRUE(sim_daemon_start(&second, options));
+
+    EXPECT_THAT(system_log(), ElementsAre("replacing /dev/utm_app_config_socket, on which another "
+                                          "process still listens"));
+    EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), OK);
+    sim_daemon_kill(&daemon);
+    std::swap(daemon.pid, second.pid);
+}
