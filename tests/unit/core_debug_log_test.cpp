@@ -281,18 +281,29 @@ TEST_F(DebugLog, LeavesNoDescriptorBehind) {
 
 // ---- Its size ------------------------------------------------------------------------------
 
-TEST_F(DebugLog, KeepsAFileOfExactlyTheLimit) {
-    make_log_of(5'242'880);
-    utm_app_debug_log("line\n");
-    EXPECT_EQ(fs::file_size(debug_log_path), 5'242'880U + 5);
-    EXPECT_FALSE(fs::exists(moved_aside));
-}
-
-TEST_F(DebugLog, MovesAFileAsideThatIsOneByteOverTheLimit) {
-    make_log_of(5'242'881);
-    utm_app_debug_log("line\n");
-    EXPECT_EQ(world::log(), "line\n");
-    EXPECT_EQ(fs::file_size(moved_aside), 5'242'881U);
+TEST_F(DebugLog, MovesAFileAsideThatIsOverTheLimit) {
+    const struct {
+        int64_t size;
+        bool moved;
+        void (*write)(const char *line);
+    } table[] = {
+        {5'242'880, false, [](const char *line) { utm_app_debug_log("%s", line); }},
+        {5'242'881, true, [](const char *line) { utm_app_debug_log("%s", line); }},
+        // Without a command.
+        {5'242'880, false, utm_app_log_from_signal},
+        {5'242'881, true, utm_app_log_from_signal},
+    };
+    for (const auto &row : table) {
+        world::reset();
+        make_log_of(row.size);
+        if (row.write == utm_app_log_from_signal)
+            world::intercept_log_commands();
+        row.write("line\n");
+        EXPECT_EQ(fs::exists(moved_aside), row.moved);
+        EXPECT_EQ(fs::file_size(debug_log_path),
+                  row.moved ? 5U : static_cast<uintmax_t>(row.size) + 5U);
+        EXPECT_TRUE(!row.moved || fs::file_size(moved_aside) == 5'242'881U);
+    }
 }
 
 TEST_F(DebugLog, KeepsOneOlderGeneration) {
@@ -357,22 +368,6 @@ TEST_F(DebugLog, CreatesFolderAndFileFromASignalWithoutACommand) {
     world::intercept_log_commands();
     utm_app_log_from_signal("100% fixed text\n");
     EXPECT_EQ(world::trace(), "log 100% fixed text\n");
-}
-
-TEST_F(DebugLog, MovesAnOversizedFileAsideFromASignalWithoutACommand) {
-    struct {
-        int64_t size;
-        bool moved;
-    } const table[] = {{5'242'880, false}, {5'242'881, true}};
-    for (const auto &row : table) {
-        world::reset();
-        make_log_of(row.size);
-        world::intercept_log_commands();
-        utm_app_log_from_signal("line\n");
-        EXPECT_EQ(fs::exists(moved_aside), row.moved);
-        EXPECT_EQ(fs::file_size(debug_log_path),
-                  row.moved ? 5U : static_cast<uintmax_t>(row.size) + 5U);
-    }
 }
 
 TEST_F(DebugLog, KeepsErrnoFromASignal) {
