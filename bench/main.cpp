@@ -6,6 +6,7 @@
 
 #include "bench/memory.h"
 #include "bench/ratios.h"
+#include "bench/resident.h"
 #include "bench/round_trip.h"
 #include "bench/tick.h"
 #include "bench/usage_file.h"
@@ -53,6 +54,9 @@ bool print_all(ratio_reporter *reporter) {
     bool kept = reporter->print();
     for (const household_size_t &size : household_sizes)
         kept = memory_print(size) && kept;
+    // The second figures are limits here, not what something else takes.
+    for (const household_size_t &size : household_sizes)
+        kept = resident_print(size) && kept;
     return kept;
 }
 

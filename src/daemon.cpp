@@ -16,6 +16,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/select.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 std::atomic<int> running{1};
@@ -25,6 +26,9 @@ namespace {
 
 /// Sleeps of one second from one tick to the next.
 constexpr unsigned seconds_per_tick = 60;
+
+/// By default each of these would end the daemon and leave everybody blocked who is.
+constexpr int signals_without_effect[] = {SIGHUP, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF};
 
 pthread_t socket_thread;
 
@@ -48,6 +52,19 @@ void init_state(time_t now) {
         utm_app_store_init(now);
     }
     last_export_statistics_ts = now;
+}
+
+/// Sleeps for a second, which the signals without an effect do not shorten: sixty of these make a
+/// minute. Meanwhile the other thread takes them.
+void sleep_a_second() {
+    sigset_t without_effect;
+    sigset_t before;
+    sigemptyset(&without_effect);
+    for (const int signo : signals_without_effect)
+        sigaddset(&without_effect, signo);
+    pthread_sigmask(SIG_BLOCK, &without_effect, &before);
+    sleep(1);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 /// One minute's work. Each step takes the locks it needs and reports its own failures.
@@ -78,6 +95,10 @@ void utm_app_settle_descriptors() {
         fcntl(inherited, F_SETFD, FD_CLOEXEC); // fails harmlessly where there is none
 }
 
+void utm_app_settle_umask() {
+    umask(umask(S_IWGRP | S_IWOTH) | S_IWGRP | S_IWOTH);
+}
+
 void utm_app_install_signal_handlers() {
     struct sigaction action = {};
     action.sa_handler = signal_handler;
@@ -85,6 +106,8 @@ void utm_app_install_signal_handlers() {
     sigfillset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGPIPE, &action, nullptr);
+    for (const int signo : signals_without_effect)
+        sigaction(signo, &action, nullptr);
 }
 
 int32_t utm_app_config_handler_init() {
@@ -136,6 +159,6 @@ void utm_app_main_loop() {
         // `system` ignores SIGINT while its command runs. Where it is not written for threads, two
         // that overlap can leave it ignored for good, so the handlers are put back every second.
         utm_app_install_signal_handlers();
-        sleep(1);
+        sleep_a_second();
     } while (running != 0);
 }

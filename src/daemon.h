@@ -7,8 +7,9 @@
 /// 1 while the main loop runs; SIGINT clears it.
 extern std::atomic<int> running;
 
-/// The handler of SIGINT and SIGPIPE; any other number does nothing. It runs on whichever thread
-/// the kernel picks, so it only stores a flag or appends one line to the log. While the
+/// The handler of SIGINT and SIGPIPE; any other number does nothing, which is what it is installed
+/// for: programs that are started would inherit a signal that is ignored. It runs on whichever
+/// thread the kernel picks, so it only stores a flag or appends one line to the log. While the
 /// control-socket thread is ended SIGPIPE does nothing either.
 void signal_handler(int signo);
 
@@ -17,7 +18,11 @@ void signal_handler(int signo);
 /// that the daemon starts.
 void utm_app_settle_descriptors();
 
-/// Installs `signal_handler` for SIGINT and SIGPIPE. Failures are ignored.
+/// Makes sure that nobody else may write what the daemon makes, its own folders above all.
+void utm_app_settle_umask();
+
+/// Installs `signal_handler` for SIGINT and SIGPIPE, and for the signals that do nothing: SIGHUP,
+/// SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM and SIGPROF. Failures are ignored.
 void utm_app_install_signal_handlers();
 
 /// Creates the locks, empties the store and sets the control socket up.

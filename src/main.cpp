@@ -6,6 +6,7 @@
 
 int main() {
     utm_app_settle_descriptors();
+    utm_app_settle_umask();
     utm_app_install_signal_handlers();
     if (utm_app_config_handler_init() < 0)
         return 1;

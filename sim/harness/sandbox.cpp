@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -84,6 +85,8 @@ void sim_enter_sandbox(char **arguments, std::vector<std::string> keep) {
     // Whoever ignores its children's ends never learns how they ended; a starter may have left
     // that to this program.
     signal(SIGCHLD, SIG_DFL);
+    // The daemon uses no folder of its own that others may write, whoever made it.
+    umask(S_IWGRP | S_IWOTH);
     if (access("/proc/self/exe", F_OK) != 0)
         refuse("there is no /proc; mount it: mount -t proc proc /proc");
     if (!sim_is_redirected())

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <limits>
 #include <strings.h>
 
 namespace {
@@ -70,7 +69,7 @@ ctl_exit unreadable(const char *path, const char *wanted, const char *reason) {
 
 ctl_exit ctl_read_names(const char *path, ctl_app_names *names) {
     const char *wanted = path != nullptr ? path : ctl_names_path;
-    fd_guard opened(regular_file_open(wanted, std::numeric_limits<int64_t>::max()));
+    fd_guard opened(regular_file_open(wanted));
     if (opened.get() < 0 && path == nullptr && errno == ENOENT)
         return CTL_DONE;
     const file_ptr file(opened.get() < 0 ? nullptr : fdopen(opened.get(), "r"));

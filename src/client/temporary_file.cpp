@@ -2,6 +2,7 @@
 
 #include "client/message.h"
 #include "format/protocol.h"
+#include "format/usage_file.h"
 
 #include <cerrno>
 #include <csignal>
@@ -19,16 +20,22 @@ constexpr char file_name[] = "/usage.json";
 /// Here and not in the owner: a signal's handler has to find them. Empty while there is nothing.
 char folder[UTM_APP_CONFIG_PATH_SIZE - sizeof(file_name) + 1];
 char file[UTM_APP_CONFIG_PATH_SIZE];
+/// What the daemon calls the file until it is whole, and leaves when it is killed then.
+char unfinished[sizeof(folder) + sizeof(usage_file_new_name)];
 
-/// Only what a signal's handler may do.
-void remove_both() {
-    unlink(file);
-    rmdir(folder);
+/// Only what a signal's handler may do. Twice: the daemon may be at work, and make the unfinished
+/// file or give it its name in between.
+void remove_all() {
+    for (int round = 0; round < 2; ++round) {
+        unlink(unfinished);
+        unlink(file);
+        rmdir(folder);
+    }
 }
 
 /// The signal's own effect has been put back, and follows when the handler returns.
 void remove_and_end(int signal_number) {
-    remove_both();
+    remove_all();
     raise(signal_number);
 }
 
@@ -52,9 +59,10 @@ bool make_folder(const char *parent) {
     return mkdtemp(folder) != nullptr;
 }
 
-/// The daemon writes into the file that is there, so it stays ours whatever the daemon's umask.
+/// The daemon gives its file the owner and mode of the one that is there, so it stays ours.
 bool make_file() {
     snprintf(file, sizeof(file), "%s%s", folder, file_name);
+    snprintf(unfinished, sizeof(unfinished), "%s/%s", folder, usage_file_new_name);
     const int fd = open(file, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd >= 0)
         close(fd);
@@ -65,7 +73,7 @@ bool make_file() {
 
 ctl_temporary_file::~ctl_temporary_file() {
     if (folder[0] != '\0')
-        remove_both();
+        remove_all();
     folder[0] = file[0] = '\0';
 }
 

@@ -2,6 +2,7 @@
 
 #include "client/message.h"
 #include "client/text.h"
+#include "core/regular_file.h"
 #include "format/protocol.h"
 #include "format/usage_file.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 /// json-c takes a file whole before anybody looks at it, and needs many times its size. Five
 /// thousand applications are one and a half million bytes; no family has as many.
-constexpr int64_t size_limit = int64_t{2} * 1024 * 1024;
+constexpr size_t size_limit = size_t{2} * 1024 * 1024;
 
 /// A file may have been written by anybody: a negative figure would turn a sum or a bar around.
 int32_t minutes(int32_t read) {
@@ -151,13 +152,15 @@ ctl_exit refuse(const char *path, const char *reason) {
                     path, reason);
 }
 
-/// @param error  of opening the file
+/// @param error  of opening or reading the file
 const char *reason_of(int error) {
     switch (error) {
     case ENOTSUP:
         return "it is not a regular file";
     case EFBIG:
         return "it is larger than 2 MiB";
+    case EOVERFLOW:
+        return "it holds more than 64 profiles of 500 applications would";
     default:
         return strerror(error);
     }
@@ -166,10 +169,12 @@ const char *reason_of(int error) {
 } // namespace
 
 ctl_exit ctl_read_usage_document(const char *path, ctl_usage_document *document) {
-    const fd_guard file(usage_file_open_to_read(path, size_limit));
+    const fd_guard file(regular_file_open(path));
     if (file.get() < 0)
         return refuse(path, reason_of(errno));
-    const json_ptr root(json_object_from_fd(file.get()));
+    const json_ptr root = usage_file_read(file.get(), size_limit);
+    if (root == nullptr && errno != EBADMSG)
+        return refuse(path, reason_of(errno));
     if (const char *objection = usage_objection_to(root.get()))
         return refuse(path, objection);
     read_time(root.get(), document);

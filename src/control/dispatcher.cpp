@@ -3,6 +3,7 @@
 #include "control/feature_switch.h"
 #include "control/reply.h"
 #include "core/debug_log.h"
+#include "core/log_text.h"
 #include "core/owners.h"
 #include "format/protocol.h"
 #include "persist/export.h"
@@ -198,7 +199,7 @@ void load_signature(int fd, const cmd_t &cmd, reply_t &reply) {
     char line[128] = {};
     // Always this shell, unlike the access rules; a longer line is cut.
     snprintf(line, sizeof(line), "lcsh load %.117s", utm_app_config_path(cmd).text);
-    utm_app_debug_log("cmd = %s\n", line);
+    utm_app_debug_log("cmd = %s\n", utm_app_log_text(line).text);
     reply.status = UTM_APP_CONFIG_STATUS_NOT_LOADED;
     pipe_ptr pipe(popen(line, "re"));
     if (pipe == nullptr) {

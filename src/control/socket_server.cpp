@@ -5,6 +5,7 @@
 #include "control/reply.h"
 #include "core/debug_log.h"
 #include "core/owners.h"
+#include "core/system_log.h"
 #include "format/protocol.h"
 
 #include <cerrno>
@@ -36,10 +37,12 @@ struct config_conn {
     uint8_t buf[UTM_APP_CONFIG_CMD_SIZE]; ///< room for a request; the dispatcher has its own
 };
 
-/// Binds to a path. The address's length covers the family, the path, its NUL and one byte more,
-/// which the kernel ignores after the NUL.
+/// Binds or connects to a path. The address's length covers the family, the path, its NUL and one
+/// byte more, which the kernel ignores after the NUL.
+/// @param call  `bind` or `connect`
 /// @return 0, or -1 with `errno` set, also for a path that does not fit into an address
-int bind_path(int fd, const char *path) {
+template <typename Call>
+int with_path(Call call, int fd, const char *path) {
     sockaddr_un address = {};
     const size_t length = strlen(path) + 4;
     if (length > sizeof(address)) {
@@ -48,7 +51,25 @@ int bind_path(int fd, const char *path) {
     }
     address.sun_family = AF_UNIX;
     memcpy(address.sun_path, path, strlen(path) + 1);
-    return bind(fd, reinterpret_cast<const sockaddr *>(&address), static_cast<socklen_t>(length));
+    return call(fd, reinterpret_cast<const sockaddr *>(&address), static_cast<socklen_t>(length));
+}
+
+/// @return whether somebody listens at a path; one whose queue is full listens too
+bool is_listened_on(const char *path) {
+    struct stat status = {};
+    if (stat(path, &status) != 0 || !S_ISSOCK(status.st_mode))
+        return false;
+    const fd_guard fd(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    return fd.get() >= 0 && (with_path(connect, fd.get(), path) == 0 || errno == EAGAIN);
+}
+
+/// Frees the path. A second daemon leaves the first one without a socket, which has to show
+/// somewhere: both run, and the first one's log may be off.
+void remove_stale_socket() {
+    if (is_listened_on(UTM_APP_CONFIG_SOCKET_PATH))
+        utm_app_system_log("replacing %s, on which another process still listens",
+                           UTM_APP_CONFIG_SOCKET_PATH);
+    unlink(UTM_APP_CONFIG_SOCKET_PATH);
 }
 
 /// Bounds how long a reply may wait. Without the bound the connection is served all the same.
@@ -128,7 +149,7 @@ int utm_app_config_socket_create(const char *path) {
         utm_app_debug_log("Can't set unix socket options: %s(%d)\n", path, errno);
         return -1;
     }
-    if (bind_path(fd.get(), path) < 0) {
+    if (with_path(bind, fd.get(), path) < 0) {
         utm_app_debug_log("Can't bind unix address: %s(%d)\n", path, errno);
         return -1;
     }
@@ -142,7 +163,7 @@ int utm_app_config_socket_create(const char *path) {
 int utm_app_config_socket_init_binding() {
     utm_app_reply_allow_waiting();
     bound_path = {};
-    unlink(UTM_APP_CONFIG_SOCKET_PATH);
+    remove_stale_socket();
     listen_fd = utm_app_config_socket_create(UTM_APP_CONFIG_SOCKET_PATH);
     if (listen_fd < 0)
         return -1;

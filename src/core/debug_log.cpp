@@ -1,5 +1,8 @@
 #include "core/debug_log.h"
 
+#include "core/own_folder.h"
+#include "core/owners.h"
+
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
@@ -14,8 +17,9 @@ utm_mutex_t utm_app_debug_mutex;
 
 namespace {
 
-/// The moved-aside file: one older generation is kept.
-constexpr char moved_aside_path[] = "/tmp/utm_log/utm_app_log2";
+/// The file in its folder, and the moved-aside one: one older generation is kept.
+constexpr char file_name[] = "utm_app_log";
+constexpr char moved_aside_name[] = "utm_app_log2";
 /// Room for the log's own command lines.
 constexpr size_t command_size = 512;
 /// Room for a line. The longest holds a file name, and names end at PATH_MAX (4096).
@@ -23,19 +27,6 @@ constexpr size_t line_size = 4096 + 128;
 
 /// Read on every line by both threads, written by a command: atomic, so that neither side locks.
 std::atomic<int> utm_app_debug_enable{0};
-
-bool exists(const char *path) {
-    return access(path, F_OK) == 0;
-}
-
-/// Says whether the file has outgrown the limit.
-/// @return 1 or 0, or -1 when there is no file to write to
-int is_oversized() {
-    struct stat status = {};
-    if (stat(debug_log_path, &status) != 0)
-        return -1;
-    return status.st_size > debug_log_size_limit ? 1 : 0;
-}
 
 void run(const char *format, const char *path) {
     char command[command_size] = {};
@@ -45,50 +36,86 @@ void run(const char *format, const char *path) {
         return;
 }
 
-/// Makes sure that there is a file to append to, and that it is not too long.
-/// @return false when the line must be dropped
-bool prepare_file() {
-    if (!exists(debug_log_path)) {
-        if (!exists(debug_log_directory))
-            run("mkdir -p %s", debug_log_directory);
-        run("/bin/touch %s", debug_log_path);
-    }
-    const int oversized = is_oversized();
-    if (oversized > 0)
-        run("/bin/mv %s %s2", debug_log_path);
-    return oversized >= 0;
-}
+/// How the folder and the file are made, and an oversized file is moved aside.
+struct ways_t {
+    void (*make_folder)();
+    void (*make_file)(int folder);
+    void (*move_aside)(int folder);
+};
+
+constexpr ways_t by_commands = {
+    [] { run("mkdir -p %s", debug_log_directory); },
+    [](int) { run("/bin/touch %s", debug_log_path); },
+    [](int) { run("/bin/mv %s %s2", debug_log_path); },
+};
+
+constexpr int file_flags =
+    O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr mode_t file_mode = 0666;
 
 /// The same with system calls alone, for the signal handler.
-bool prepare_file_from_signal() {
-    if (!exists(debug_log_path)) {
-        mkdir(debug_log_directory, 0777);
-        close(open(debug_log_path, O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+constexpr ways_t by_calls = {
+    [] { mkdir(debug_log_directory, 0755); },
+    [](int folder) { close(openat(folder, file_name, file_flags, file_mode)); },
+    [](int folder) { renameat(folder, file_name, folder, moved_aside_name); },
+};
+
+/// Opens the log's folder, which is made when there is none.
+/// @return -1 when the line must be dropped, with `errno` set
+int open_folder(const ways_t &ways) {
+    const int folder = utm_app_open_own_folder(utm_app_log_folder);
+    if (folder >= 0 || errno != ENOENT)
+        return folder;
+    ways.make_folder();
+    return utm_app_open_own_folder(utm_app_log_folder);
+}
+
+/// Makes sure that there is a file to append to, and that it is not too long.
+/// @return false when the line must be dropped
+bool prepare_file(int folder, const ways_t &ways) {
+    const auto look = [folder](struct stat *status) {
+        return fstatat(folder, file_name, status, AT_SYMLINK_NOFOLLOW) == 0;
+    };
+    struct stat status = {};
+    if (!look(&status)) {
+        ways.make_file(folder);
+        if (!look(&status))
+            return false;
     }
-    const int oversized = is_oversized();
-    if (oversized > 0)
-        rename(debug_log_path, moved_aside_path);
-    return oversized >= 0;
+    if (S_ISREG(status.st_mode) && status.st_size > debug_log_size_limit)
+        ways.move_aside(folder);
+    return S_ISREG(status.st_mode);
 }
 
 /// Appends a line in one write, so that two threads' lines never mix. Plain descriptors rather
 /// than stdio, because a signal handler appends in the same way.
-void append(const char *line, size_t length) {
-    const int fd = open(debug_log_path, O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-    if (fd < 0)
+void append(int folder, const char *line, size_t length) {
+    const fd_guard file(openat(folder, file_name, file_flags, file_mode));
+    struct stat status = {};
+    if (file.get() < 0 || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return;
     // A full disk loses the line, as any other failure here does.
-    [[maybe_unused]] const ssize_t written = write(fd, line, length);
-    close(fd);
+    [[maybe_unused]] const ssize_t written = write(file.get(), line, length);
+}
+
+/// @return 0, or what kept the folder from being opened
+int add(const char *line, size_t length, const ways_t &ways) {
+    const fd_guard folder(open_folder(ways));
+    if (folder.get() < 0)
+        return errno;
+    if (prepare_file(folder.get(), ways))
+        append(folder.get(), line, length);
+    return 0;
 }
 
 void write_line(const char *format, va_list arguments) {
     char line[line_size];
     const int length = vsnprintf(line, sizeof(line), format, arguments);
-    if (length < 0 || !prepare_file())
+    if (length < 0)
         return;
     const size_t wanted = static_cast<size_t>(length);
-    append(line, wanted < sizeof(line) ? wanted : sizeof(line) - 1);
+    const int error = add(line, wanted < sizeof(line) ? wanted : sizeof(line) - 1, by_commands);
+    utm_app_report_own_folder(&utm_app_log_folder, error);
 }
 
 } // namespace
@@ -127,7 +154,7 @@ void utm_app_log_always(const char *format, ...) {
 
 void utm_app_log_from_signal(const char *line) {
     const int saved_errno = errno;
-    if (prepare_file_from_signal())
-        append(line, strlen(line));
+    // A folder that may not be used is reported by the next line that comes from elsewhere.
+    add(line, strlen(line), by_calls);
     errno = saved_errno;
 }

@@ -5,17 +5,67 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
-// ---- Opening -------------------------------------------------------------------------------
+// ---- The whole file ------------------------------------------------------------------------
 
-constexpr mode_t usage_file_mode = 0644;
+/// Reads to the end, or to the buffer's.
+/// @return bytes, or -1
+ssize_t read_all(int fd, char *bytes, size_t room) {
+    size_t size = 0;
+    while (size < room) {
+        const ssize_t count = read(fd, bytes + size, room - size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return -1;
+        if (count == 0)
+            break;
+        size += static_cast<size_t>(count);
+    }
+    return static_cast<ssize_t>(size);
+}
 
-bool is_writable(const struct stat &status) {
-    return !S_ISFIFO(status.st_mode) && !S_ISSOCK(status.st_mode);
+/// What of a text costs memory. In texts and comments these characters are counted as well: no file
+/// of ours has any there, but for the colons of a device.
+struct text_counts_t {
+    size_t commas;
+    size_t containers;
+    size_t members;
+};
+
+text_counts_t counts_of(const char *text, size_t size) {
+    text_counts_t counts = {};
+    for (const char *end = text + size; text != end; ++text) {
+        counts.commas += *text == ',';
+        counts.containers += *text == '[' || *text == '{';
+        counts.members += *text == ':';
+    }
+    return counts;
+}
+
+/// Each value stands behind a comma, or first in a list or an object, or is the document.
+bool is_within_limits(const text_counts_t &counts) {
+    return counts.commas + counts.containers + 1 <= usage_file_values_limit &&
+           counts.containers <= usage_file_containers_limit &&
+           counts.members <= usage_file_members_limit;
+}
+
+struct tokener_free {
+    void operator()(json_tokener *tokener) const { json_tokener_free(tokener); }
+};
+
+json_ptr parse(const char *text, size_t size) {
+    const std::unique_ptr<json_tokener, tokener_free> tokener(
+        json_tokener_new_ex(JSON_TOKENER_DEFAULT_DEPTH));
+    errno = ENOMEM;
+    if (tokener == nullptr)
+        return nullptr;
+    json_ptr document(json_tokener_parse_ex(tokener.get(), text, static_cast<int>(size)));
+    errno = EBADMSG;
+    return document;
 }
 
 // ---- Writing -------------------------------------------------------------------------------
@@ -210,19 +260,23 @@ void read_ring(const app_members_t &members, usage_app_t *app) {
 
 } // namespace
 
-int usage_file_open_to_write(const char *path) {
-    struct stat status = {};
-    // A look before and one after the open, as when a file is read.
-    if (stat(path, &status) == 0 && !is_writable(status))
-        return -1;
-    constexpr int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    fd_guard fd(open(path, flags, usage_file_mode));
-    if (fd.get() < 0 || fstat(fd.get(), &status) != 0 || !is_writable(status))
-        return -1;
-    // Emptied only now, when it is known to be a file that may be written.
-    if (S_ISREG(status.st_mode) && ftruncate(fd.get(), 0) != 0)
-        return -1;
-    return fd.release();
+json_ptr usage_file_read(int fd, size_t size_limit) {
+    // Not cleared: what the file does not fill is never touched.
+    const heap_ptr<char> bytes(static_cast<char *>(malloc(size_limit + 1)));
+    if (bytes == nullptr)
+        return nullptr;
+    const ssize_t count = read_all(fd, bytes.get(), size_limit + 1);
+    if (count < 0)
+        return nullptr;
+    const size_t size = static_cast<size_t>(count);
+    errno = size > size_limit                                 ? EFBIG
+            : !is_within_limits(counts_of(bytes.get(), size)) ? EOVERFLOW
+                                                              : 0;
+    return errno != 0 ? nullptr : parse(bytes.get(), size);
+}
+
+bool usage_text_is_readable(const char *text, size_t size) {
+    return size <= usage_file_size_limit && is_within_limits(counts_of(text, size));
 }
 
 void usage_write_begin(usage_text_t *text) {
@@ -360,14 +414,18 @@ bool usage_has_apps(json_object *profile) {
 
 bool usage_read_profile(json_object *element, usage_profile_t *profile) {
     *profile = {};
-    if (!json_object_is_type(element, json_type_object) ||
-        !read_int(element, usage_key::user_profile_id, &profile->user_profile_id))
+    if (!usage_read_profile_id(element, &profile->user_profile_id))
         return false;
     read_weekdays(element, profile);
     read_int(element, usage_key::daily_extend, &profile->daily_extend);
     read_counters(element, &profile->used);
     read_int(element, usage_key::blocked, &profile->blocked);
     return true;
+}
+
+bool usage_read_profile_id(json_object *element, int32_t *profile_id) {
+    return json_object_is_type(element, json_type_object) &&
+           read_int(element, usage_key::user_profile_id, profile_id);
 }
 
 bool usage_read_app(json_object *element, usage_app_t *app) {

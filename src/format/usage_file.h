@@ -30,7 +30,6 @@
 #include "core/json.h"
 #include "core/mac.h"
 #include "core/owners.h"
-#include "core/regular_file.h"
 #include "format/day_ring.h"
 #include "format/policy_rule.h"
 
@@ -40,8 +39,18 @@
 /// The daemon's own file. The folder is the router's to provide.
 inline constexpr char usage_file_path[] = "/tmp/ApplicationData/app_usage.json";
 
-/// Largest file that an import reads, bytes; 10,000 applications take about three million.
-inline constexpr int64_t usage_file_size_limit = 64 * 1024 * 1024;
+/// What a file is called, in the folder of the one that it is to replace, until it is whole; and
+/// what it is called when the file to be replaced has that name itself.
+inline constexpr char usage_file_new_name[] = ".utm_appd.new";
+inline constexpr char usage_file_other_new_name[] = ".utm_appd.new2";
+
+/// What a reader takes of a file: json-c needs up to four hundred bytes for one of the text, so the
+/// text is bounded, and what is in it is counted before anything is made of it. 64 profiles with
+/// 500 applications, 32 devices and 40 rules each fit, beside the router's 500 applications.
+inline constexpr size_t usage_file_size_limit = size_t{8} * 1024 * 1024; ///< bytes
+inline constexpr size_t usage_file_values_limit = 1'230'000;
+inline constexpr size_t usage_file_containers_limit = 68'000; ///< lists and objects, of the values
+inline constexpr size_t usage_file_members_limit = 250'000;   ///< values that have a key
 
 namespace usage_key {
 
@@ -102,19 +111,18 @@ struct usage_profile_t {
     int32_t blocked;
 };
 
-// ---- Opening -------------------------------------------------------------------------------
+// ---- The whole file ------------------------------------------------------------------------
 
-/// Opens a usage file for reading, as `regular_file_open` does: json-c reads a file whole before it
-/// looks at it.
+/// Reads a usage file and parses it. No more than the limit and a byte is read, whatever the file
+/// says of its size.
 /// @param size_limit  bytes
-[[nodiscard]] inline int usage_file_open_to_read(const char *path,
-                                                 int64_t size_limit = usage_file_size_limit) {
-    return regular_file_open(path, size_limit);
-}
+/// @return the document, which is null for the text `null` too; null with `errno` set: EFBIG when
+///         there are more bytes, EOVERFLOW for more values than the limits above, EBADMSG for a
+///         text that json-c cannot parse or that is nested deeper than 32
+[[nodiscard]] json_ptr usage_file_read(int fd, size_t size_limit = usage_file_size_limit);
 
-/// Opens a usage file for writing, empty. Pipes and sockets are refused in the same way.
-/// @return a descriptor that is closed in the programs that the caller starts, or -1
-[[nodiscard]] int usage_file_open_to_write(const char *path);
+/// @return whether a text is within what `usage_file_read` takes
+[[nodiscard]] bool usage_text_is_readable(const char *text, size_t size);
 
 // ---- Writing -------------------------------------------------------------------------------
 
@@ -182,6 +190,9 @@ bool usage_read_time(json_object *root, int32_t *timestamp);
 ///
 /// @return false for an element without an id, which is no profile
 [[nodiscard]] bool usage_read_profile(json_object *element, usage_profile_t *profile);
+
+/// The same, for the id alone.
+[[nodiscard]] bool usage_read_profile_id(json_object *element, int32_t *profile_id);
 
 /// An index outside the ring is reduced into it rather than refused: the element's counters are as
 /// good as any, and only the order of its history is in doubt. A ring of another size than thirty

@@ -2,8 +2,10 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
+#include "core/heap.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "persist/replace.h"
 
 #include <algorithm>
 
@@ -69,25 +71,24 @@ usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_conf
     return text;
 }
 
-/// The descriptor is closed in the programs that are started meanwhile.
-[[nodiscard]] bool write_file(const char *path, const usage_text_t &text) UTM_FILE_LOCKED {
-    const fd_guard file(usage_file_open_to_write(path));
-    return file.get() >= 0 && usage_text_write(text, file.get());
-}
+/// What has become of an export.
+struct exported_t {
+    bool is_written;
+    bool is_readable; ///< an import would take the text
+};
 
-/// @return whether the file was written
-[[nodiscard]] bool export_now(const char *path)
+[[nodiscard]] exported_t export_now(const char *path)
     UTM_EXCLUDES(utm_app_export_import_mutex, utm_app_config_mutex) {
     const mutex_guard lock(utm_app_export_import_mutex);
     const time_t now = utm_app_now();
     if (path == nullptr || path[0] == '\0')
-        return false;
+        return {};
     const usage_text_t text = text_of_store(now);
     if (text.has_failed)
-        return false;
-    const bool written = write_file(path, text);
+        return {};
+    const bool is_written = utm_app_replace_usage_file(path, text);
     last_export_statistics_ts = now;
-    return written;
+    return {is_written, usage_text_is_readable(text.bytes.get(), text.size)};
 }
 
 } // namespace
@@ -95,12 +96,18 @@ usage_text_t text_of_store(time_t now) UTM_FILE_LOCKED UTM_EXCLUDES(utm_app_conf
 int32_t utm_app_export_statistics(const char *path, int32_t force) {
     if (force == 0 && utm_app_get_activate() == 0)
         return -1;
-    if (!export_now(path)) {
+    const exported_t exported = export_now(path);
+    heap_give_back();
+    if (!exported.is_written) {
         // Always written: a file that stopped growing must show in the log of any router.
-        utm_app_log_always("export to %s failed\n", usage_path_shown(path));
+        utm_app_log_always("export to %s failed\n", usage_path_shown(path).text);
         return -1;
     }
-    utm_app_debug_log("export to %s success\n", path);
+    // The file may still serve another reader, so it is not withheld.
+    if (!exported.is_readable)
+        utm_app_log_always("export to %s is more than an import takes\n",
+                           usage_path_shown(path).text);
+    utm_app_debug_log("export to %s success\n", usage_path_shown(path).text);
     return 0;
 }
 

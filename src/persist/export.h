@@ -2,6 +2,7 @@
 /// Export: writes the accounting state to a usage file.
 
 #include "core/lock.h"
+#include "core/log_text.h"
 #include "store/store.h"
 
 #include <cstdint>
@@ -14,8 +15,8 @@ extern utm_mutex_t utm_app_export_import_mutex;
 #define UTM_FILE_LOCKED UTM_REQUIRES(utm_app_export_import_mutex)
 
 /// @return a usage file's path as log lines show it
-[[nodiscard]] inline const char *usage_path_shown(const char *path) {
-    return path == nullptr ? "NULL" : path;
+[[nodiscard]] inline log_text_t usage_path_shown(const char *path) {
+    return utm_app_log_text(path == nullptr ? "NULL" : path);
 }
 
 /// Writes the usage file. The store is locked while the document is built, not while it is

@@ -2,9 +2,13 @@
 
 #include "core/clock.h"
 #include "core/debug_log.h"
+#include "core/heap.h"
+#include "core/regular_file.h"
 #include "core/saturate.h"
 #include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "persist/place.h"
+#include "persist/profile_index.h"
 #include "store/blocking.h"
 #include "store/profiles.h"
 #include "usage/accounting.h"
@@ -37,8 +41,9 @@ config_app_usage_t *read_application(json_object *element, const file_age_t &age
 
 /// Finds the profile that takes an element's figures, or creates it.
 /// @return null when memory runs out
-config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_STORE_LOCKED {
-    config_user_profile_t *profile = utm_app_find_profile(profile_id);
+config_user_profile_t *profile_to_fill(const profile_index_t &index,
+                                       int32_t profile_id) UTM_STORE_LOCKED {
+    config_user_profile_t *profile = profile_index_find(index, profile_id);
     if (profile != nullptr) {
         utm_app_free_app_usage(profile);
         return profile;
@@ -47,7 +52,8 @@ config_user_profile_t *profile_to_fill(int32_t profile_id) UTM_STORE_LOCKED {
     if (profile == nullptr)
         return nullptr;
     list_append(&utm_app_config_user_profile_list, &profile->link);
-    utm_app_add_weekday_limits(profile_id);
+    utm_app_give_weekday_limits(profile);
+    profile_index_add(index, profile);
     return profile;
 }
 
@@ -67,11 +73,12 @@ void import_applications(json_object *element, const file_age_t &age,
     utm_app_enforce_imported_use(profile);
 }
 
-void import_profile(json_object *element, const file_age_t &age) UTM_STORE_LOCKED {
+void import_profile(json_object *element, const file_age_t &age,
+                    const profile_index_t &index) UTM_STORE_LOCKED {
     usage_profile_t read;
     if (!usage_read_profile(element, &read))
         return;
-    config_user_profile_t *profile = profile_to_fill(read.user_profile_id);
+    config_user_profile_t *profile = profile_to_fill(index, read.user_profile_id);
     if (profile == nullptr)
         return;
     const usage_counters_t used = utm_app_roll_forward(read.used, age.passed);
@@ -87,9 +94,10 @@ void import_profiles(json_object *root, const file_age_t &age) UTM_FILE_LOCKED
     UTM_EXCLUDES(utm_app_config_mutex) {
     const mutex_guard lock(utm_app_config_mutex);
     json_object *list = usage_profiles_of(root);
+    const profile_index_t index = profile_index_of(list);
     const size_t count = json_array_size(list);
     for (size_t i = 0; i < count; ++i)
-        import_profile(json_object_array_get_idx(list, i), age);
+        import_profile(json_object_array_get_idx(list, i), age, index);
 }
 
 void import_router(json_object *root, const file_age_t &age, time_t now) UTM_FILE_LOCKED
@@ -111,8 +119,11 @@ void import_router(json_object *root, const file_age_t &age, time_t now) UTM_FIL
 json_ptr read_document(const char *path) UTM_FILE_LOCKED {
     if (path == nullptr || path[0] == '\0')
         return nullptr;
-    const fd_guard file(usage_file_open_to_read(path));
-    return json_ptr(file.get() < 0 ? nullptr : json_object_from_fd(file.get()));
+    place_t place;
+    if (!utm_app_find_place(path, &place))
+        return nullptr;
+    const fd_guard file(regular_file_open(place.name, place.folder.get()));
+    return file.get() < 0 ? nullptr : usage_file_read(file.get());
 }
 
 /// @return whether the file was taken over; if not, the store is untouched
@@ -142,10 +153,12 @@ json_ptr read_document(const char *path) UTM_FILE_LOCKED {
 int32_t utm_app_import_statistics(const char *path) {
     if (utm_app_get_activate() == 0)
         return -1;
-    if (!import_now(path)) {
-        utm_app_log_always("import from %s failed\n", usage_path_shown(path));
+    const bool imported = import_now(path);
+    heap_give_back();
+    if (!imported) {
+        utm_app_log_always("import from %s failed\n", usage_path_shown(path).text);
         return -1;
     }
-    utm_app_log_always("import from %s success\n", usage_path_shown(path));
+    utm_app_log_always("import from %s success\n", usage_path_shown(path).text);
     return 0;
 }

@@ -22,7 +22,7 @@ bool append_profile(config_user_profile_t *profile) UTM_EXCLUDES(utm_app_config_
     if (utm_app_find_profile(profile->user_profile_id) != nullptr)
         return false;
     list_append(&utm_app_config_user_profile_list, &profile->link);
-    utm_app_add_weekday_limits(profile->user_profile_id);
+    utm_app_give_weekday_limits(profile);
     return true;
 }
 
@@ -68,12 +68,16 @@ int32_t utm_app_add_weekday_limits(int32_t profile_id) {
                           profile_id);
         return -1;
     }
+    return utm_app_give_weekday_limits(profile);
+}
+
+int32_t utm_app_give_weekday_limits(config_user_profile_t *profile) {
     int32_t result = 0;
     for (int32_t day = 0; day < days_per_week; ++day) {
         config_weekday_limit_t *entry = heap_allocate<config_weekday_limit_t>();
         if (entry == nullptr) {
             utm_app_debug_log("Add weekday to profile %d failed because malloc failed\n",
-                              profile_id);
+                              profile->user_profile_id);
             // The day is left out and takes no limit of its own; the others hold.
             result = -1;
             continue;

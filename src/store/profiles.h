@@ -53,6 +53,10 @@ int32_t utm_app_flush_profiles() UTM_EXCLUDES(utm_app_config_mutex);
 /// @return 0, or -1 when the profile or any entry is missing
 int32_t utm_app_add_weekday_limits(int32_t profile_id) UTM_STORE_LOCKED;
 
+/// The same for a profile that is at hand.
+/// @return 0, or -1 when any entry is missing
+int32_t utm_app_give_weekday_limits(config_user_profile_t *profile) UTM_STORE_LOCKED;
+
 /// Releases a profile's devices and frees everything it owns.
 void utm_app_destroy_profile(config_user_profile_t *profile) UTM_STORE_LOCKED;
 

@@ -36,8 +36,10 @@ int __real_pclose(FILE *pipe);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *old, size_t size);
 ssize_t __real_write(int fd, const void *bytes, size_t size);
+ssize_t __real_read(int fd, void *bytes, size_t size);
 ssize_t __real_send(int fd, const void *bytes, size_t size, int flags);
 int __real_stat(const char *path, struct stat *status);
+int __real_fstatat(int folder, const char *path, struct stat *status, int flags);
 int __real_lstat(const char *path, struct stat *status);
 int __real_select(int descriptors, fd_set *read, fd_set *write, fd_set *except, timeval *timeout);
 int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
@@ -71,6 +73,7 @@ struct state_t {
     int sysinfo_result = 0;
     std::set<FILE *> pipes;
     disturbance_t write = {0, 0};
+    disturbance_t read = {0, 0};
     disturbance_t send = {0, 0};
     std::function<void(const std::string &)> act_after_stat;
     std::function<int(struct stat *)> change_lstat;
@@ -133,6 +136,8 @@ FILE *stream_of(const std::string &text) {
 void empty_log() {
     std::filesystem::remove_all(debug_log_directory);
     std::filesystem::create_directory(debug_log_directory);
+    // The machine's umask is no part of a test.
+    std::filesystem::permissions(debug_log_directory, std::filesystem::perms(0755));
     std::ofstream{debug_log_path};
 }
 
@@ -189,6 +194,16 @@ int __wrap_gettimeofday(timeval *now, void *) {
     return 0;
 }
 
+/// The daemon gives its line as the one argument of "%s".
+void __wrap_syslog(int, const char *, const char *line) {
+    record(std::string("syslog ") + line);
+}
+
+/// What a fortified program calls instead.
+void __wrap___syslog_chk(int, int, const char *, const char *line) {
+    record(std::string("syslog ") + line);
+}
+
 int __wrap_sysinfo(struct sysinfo *info) {
     call_trace::note("uptime");
     if (state.sysinfo_result == 0)
@@ -203,6 +218,12 @@ ssize_t __wrap_write(int fd, const void *bytes, size_t size) {
     return __real_write(fd, bytes, taken(state.write, size));
 }
 
+ssize_t __wrap_read(int fd, void *bytes, size_t size) {
+    if (is_interrupted(&state.read))
+        return -1;
+    return __real_read(fd, bytes, taken(state.read, size));
+}
+
 ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags) {
     call_trace::note(size == UTM_APP_CONFIG_CMD_SIZE ? "request" : "reply");
     if (is_interrupted(&state.send))
@@ -212,6 +233,13 @@ ssize_t __wrap_send(int fd, const void *bytes, size_t size, int flags) {
 
 int __wrap_stat(const char *path, struct stat *status) {
     const int result = __real_stat(path, status);
+    if (state.act_after_stat)
+        state.act_after_stat(path);
+    return result;
+}
+
+int __wrap_fstatat(int folder, const char *path, struct stat *status, int flags) {
+    const int result = __real_fstatat(folder, path, status, flags);
     if (state.act_after_stat)
         state.act_after_stat(path);
     return result;
@@ -293,6 +321,7 @@ void reset() {
         utm_app_store_init(default_now);
         is_first = false;
     }
+    empty_log(); // what the test before has put in its place might be a pipe
     empty_store();
     empty_log();
     set_active(false);
@@ -395,6 +424,10 @@ void end_select_after(int calls) {
 
 void disturb_write(int interruptions, size_t most) {
     state.write = {interruptions, most};
+}
+
+void disturb_read(int interruptions, size_t most) {
+    state.read = {interruptions, most};
 }
 
 void disturb_send(int interruptions, size_t most) {

@@ -10,6 +10,7 @@
 ///     event block profile 3
 ///     status_changed 1 1
 ///     query ubus -t 2 call ...
+///     syslog /tmp/utm_log is not used: ...
 ///
 /// A test builds the smallest state, acts once, and compares the whole trace.
 
@@ -97,6 +98,8 @@ void end_select_after(int calls);
 /// Lets `write` fail with EINTR so many times and then take no more than so many bytes a call (0
 /// for any number). The log's lines go the same way.
 void disturb_write(int interruptions, size_t most);
+/// The same for `read`.
+void disturb_read(int interruptions, size_t most);
 /// The same for `send`.
 void disturb_send(int interruptions, size_t most);
 

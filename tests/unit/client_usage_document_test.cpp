@@ -93,6 +93,15 @@ TEST_F(ClientUsageDocument, RefusesAFileOfMoreThan2MiB) {
     const std::string file = write("{\"user_profile_list\":[],\"global_stat\":[]}");
     std::filesystem::resize_file(file, 2 * 1024 * 1024 + 1);
     expect_refused(file, "it is larger than 2 MiB");
+    // It says that it is empty, has no end, and gives no odd number of bytes.
+    expect_refused("/proc/self/pagemap", "Invalid argument");
+}
+
+TEST_F(ClientUsageDocument, RefusesMoreThanJsonCHasRoomFor) {
+    std::string text = "[";
+    for (int i = 0; i < 100'000; ++i)
+        text += "{},";
+    expect_refused(write(text + "{}]"), "it holds more than 64 profiles of 500 applications would");
 }
 
 TEST_F(ClientUsageDocument, TakesListsOfAnotherTypeForEmptyOnes) {

@@ -1,12 +1,18 @@
 #include "core/debug_log.h"
 
+#include "core/log_text.h"
 #include "tests/lib/world.h"
 #include "tests/unit/support/call_trace.h"
+#include "tests/unit/support/usage_file_special.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -33,6 +39,12 @@ void make_log_of(int64_t size) {
     fs::resize_file(debug_log_path, static_cast<uintmax_t>(size));
 }
 
+/// A folder that nobody else may write, whatever the machine's umask.
+void make_folder(const std::string &path) {
+    fs::create_directory(path);
+    fs::permissions(path, fs::perms(0755));
+}
+
 void switch_logging(unsigned value) {
     ASSERT_EQ(utm_app_debug_set(value), 0);
 }
@@ -56,6 +68,17 @@ TEST_F(DebugLog, WritesALineWithTheLongestPathWhole) {
 TEST_F(DebugLog, CutsALineThatIsLongerThanAnyOfItsOwn) {
     utm_app_debug_log("%s\n", std::string(5000, 'x').c_str());
     EXPECT_EQ(world::log(), std::string(4096 + 128 - 1, 'x'));
+}
+
+TEST_F(DebugLog, ShowsControlCharactersAndNothingElseOtherwise) {
+    EXPECT_STREQ(utm_app_log_text("a\\b \n\x01\x1f\x7f\x80\xff~").text,
+                 "a\\b \\x0A\\x01\\x1F\\x7F\x80\xff~");
+    EXPECT_EQ(utm_app_log_text(std::string(4095, 'p').c_str()).text, std::string(4095, 'p'));
+    const std::string cut = utm_app_log_text(std::string(4095, '\n').c_str()).text;
+    EXPECT_EQ(cut.size() % 4, 0U);
+    EXPECT_GE(cut.size(), 4096U);
+    EXPECT_LT(cut.size(), sizeof(log_text_t));
+    EXPECT_TRUE(cut.ends_with("\\x0A"));
 }
 
 TEST_F(DebugLog, CreatesNothingForAGatedLineWhileSwitchedOff) {
@@ -114,13 +137,15 @@ TEST_F(DebugLog, RunsOnlyTheCommandsThatAreNeeded) {
         switch_logging(0);
         fs::remove_all(debug_log_directory);
         if (row.folder)
-            fs::create_directory(debug_log_directory);
+            make_folder(debug_log_directory);
         if (row.file)
             make_log_of(row.size);
         world::intercept_log_commands();
         std::string commands;
         world::on_system([&](const std::string &line) {
             commands += "run " + line + "\n";
+            if (line.starts_with("mkdir"))
+                make_folder(debug_log_directory);
             return 0;
         });
         utm_app_log_always("line\n");
@@ -128,55 +153,157 @@ TEST_F(DebugLog, RunsOnlyTheCommandsThatAreNeeded) {
     }
 }
 
-TEST_F(DebugLog, DropsTheLineWhenThereIsStillNoFile) {
-    fs::remove_all(debug_log_directory);
-    world::intercept_log_commands();
-    utm_app_debug_log("dropped\n");
-    EXPECT_EQ(world::trace(), mkdir_line + touch_line);
-    EXPECT_FALSE(fs::exists(debug_log_directory));
-}
-
-TEST_F(DebugLog, DropsTheLineWhenTheFileWasNotCreatedInAnExistingFolder) {
-    fs::remove(debug_log_path);
+TEST_F(DebugLog, DropsTheLineWhereNothingCouldBeMade) {
     world::intercept_log_commands();
     world::on_system([](const std::string &) { return 256; });
+    fs::remove(debug_log_path);
     utm_app_debug_log("dropped\n");
     EXPECT_EQ(world::trace(), touch_line);
     EXPECT_FALSE(fs::exists(debug_log_path));
-}
-
-TEST_F(DebugLog, DropsTheLineWhenTheFileCannotBeOpened) {
-    fs::remove(debug_log_path);
-    fs::create_directory(debug_log_path);
-    utm_app_debug_log("dropped\n");
-    utm_app_log_from_signal("dropped\n");
-    EXPECT_TRUE(fs::is_empty(debug_log_path));
-    fs::remove(debug_log_path);
-}
-
-TEST_F(DebugLog, DropsTheLineWhenAFileStandsInPlaceOfTheFolder) {
     fs::remove_all(debug_log_directory);
-    std::ofstream(debug_log_directory) << "in the way";
+    utm_app_debug_log("dropped\n");
+    EXPECT_EQ(world::trace(), mkdir_line);
+    EXPECT_FALSE(fs::exists(debug_log_directory));
+}
+
+// ---- What others lay in its place ----------------------------------------------------------
+
+/// Writes a line in each way. No command is run and nothing is written.
+/// @return what is said in the system's log
+std::string said_of_a_line() {
     world::intercept_log_commands();
+    utm_app_log_from_signal("dropped\n");
+    utm_app_log_always("dropped\n");
+    utm_app_debug_log("dropped\n");
+    return world::trace();
+}
+
+std::string unused_line() {
+    return "syslog /tmp/utm_log is not used: it has to be a folder of user " +
+           std::to_string(geteuid()) + " that nobody else may write\n";
+}
+
+TEST_F(DebugLog, UsesNoFolderThatOthersMayWrite) {
+    for (const mode_t mode : {0777U, 01777U, 0775U, 0757U}) {
+        world::reset();
+        utm_app_debug_log("allowed\n");
+        EXPECT_EQ(world::trace(), "log allowed\n");
+        fs::remove(debug_log_path);
+        ASSERT_EQ(chmod(debug_log_directory, mode), 0);
+        EXPECT_EQ(said_of_a_line(), unused_line()) << mode;
+        EXPECT_TRUE(fs::is_empty(debug_log_directory)) << mode;
+    }
+}
+
+TEST_F(DebugLog, UsesNothingButAFolder) {
+    const std::function<void()> lay[] = {
+        [] { std::ofstream{debug_log_directory}; },
+        [] { ASSERT_EQ(mkfifo(debug_log_directory, 0600), 0); },
+        [] { fs::create_symlink("/dev/null", debug_log_directory); },
+        [] { fs::create_symlink("utm_log", debug_log_directory); },
+        [] {
+            make_folder("/tmp/shared");
+            fs::permissions("/tmp/shared", fs::perms::all);
+            fs::create_symlink("/tmp/shared", debug_log_directory);
+        },
+    };
+    for (const auto &act : lay) {
+        world::reset();
+        utm_app_debug_log("allowed\n");
+        world::trace();
+        fs::remove_all(debug_log_directory);
+        act();
+        EXPECT_EQ(said_of_a_line(), unused_line());
+        fs::remove(debug_log_directory);
+    }
+}
+
+TEST_F(DebugLog, UsesAFolderBehindALinkOfItsOwn) {
+    fs::remove_all(debug_log_directory);
+    make_folder("/tmp/elsewhere");
+    fs::create_directory_symlink("elsewhere", debug_log_directory);
+    utm_app_debug_log("line\n");
+    utm_app_log_from_signal("signal\n");
+    EXPECT_EQ(text_of("/tmp/elsewhere/utm_app_log"), "line\nsignal\n");
+    fs::remove(debug_log_directory);
+    fs::remove_all("/tmp/elsewhere");
+}
+
+TEST_F(DebugLog, MakesNoFolderBehindALink) {
+    fs::remove_all(debug_log_directory);
+    fs::create_symlink("/tmp/not_made", debug_log_directory);
     utm_app_debug_log("dropped\n");
     utm_app_log_from_signal("dropped\n");
-    EXPECT_EQ(world::trace(), touch_line);
-    EXPECT_EQ(text_of(debug_log_directory), "in the way");
+    EXPECT_FALSE(fs::exists("/tmp/not_made"));
     fs::remove(debug_log_directory);
 }
 
-TEST_F(DebugLog, KeepsAFileOfExactlyTheLimit) {
-    make_log_of(5'242'880);
-    utm_app_debug_log("line\n");
-    EXPECT_EQ(fs::file_size(debug_log_path), 5'242'880U + 5);
-    EXPECT_FALSE(fs::exists(moved_aside));
+TEST_F(DebugLog, WritesToNothingButAFile) {
+    std::ofstream("/tmp/victim") << "theirs";
+    int pipe = -1;
+    const std::function<void()> lay[] = {
+        [] { fs::create_directory(debug_log_path); },
+        [] { fs::create_symlink("/tmp/victim", debug_log_path); },
+        // `touch` would follow it.
+        [] { fs::create_symlink("/tmp/not_made", debug_log_path); },
+        [] { fs::create_symlink("/dev/null", debug_log_path); },
+        [&] {
+            ASSERT_EQ(mkfifo(debug_log_path, 0600), 0);
+            pipe = open(debug_log_path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        },
+    };
+    world::intercept_log_commands();
+    int commands = 0;
+    world::on_system([&](const std::string &) { return ++commands; });
+    for (const auto &act : lay) {
+        fs::remove(debug_log_path);
+        act();
+        utm_app_log_from_signal("dropped\n");
+        utm_app_log_always("dropped\n");
+        EXPECT_EQ(commands, 0);
+        EXPECT_EQ(text_of("/tmp/victim"), "theirs");
+        EXPECT_FALSE(fs::exists("/tmp/not_made"));
+    }
+    char byte = 0;
+    EXPECT_EQ(read(pipe, &byte, 1), 0);
+    close(pipe);
+    fs::remove("/tmp/victim");
 }
 
-TEST_F(DebugLog, MovesAFileAsideThatIsOneByteOverTheLimit) {
-    make_log_of(5'242'881);
+TEST_F(DebugLog, LeavesNoDescriptorBehind) {
+    const size_t before = usage_file::open_descriptors();
     utm_app_debug_log("line\n");
-    EXPECT_EQ(world::log(), "line\n");
-    EXPECT_EQ(fs::file_size(moved_aside), 5'242'881U);
+    utm_app_log_from_signal("line\n");
+    ASSERT_EQ(chmod(debug_log_directory, 0777), 0);
+    utm_app_debug_log("line\n");
+    EXPECT_EQ(usage_file::open_descriptors(), before);
+}
+
+// ---- Its size ------------------------------------------------------------------------------
+
+TEST_F(DebugLog, MovesAFileAsideThatIsOverTheLimit) {
+    const struct {
+        int64_t size;
+        bool moved;
+        void (*write)(const char *line);
+    } table[] = {
+        {5'242'880, false, [](const char *line) { utm_app_debug_log("%s", line); }},
+        {5'242'881, true, [](const char *line) { utm_app_debug_log("%s", line); }},
+        // Without a command.
+        {5'242'880, false, utm_app_log_from_signal},
+        {5'242'881, true, utm_app_log_from_signal},
+    };
+    for (const auto &row : table) {
+        world::reset();
+        make_log_of(row.size);
+        if (row.write == utm_app_log_from_signal)
+            world::intercept_log_commands();
+        row.write("line\n");
+        EXPECT_EQ(fs::exists(moved_aside), row.moved);
+        EXPECT_EQ(fs::file_size(debug_log_path),
+                  row.moved ? 5U : static_cast<uintmax_t>(row.size) + 5U);
+        EXPECT_TRUE(!row.moved || fs::file_size(moved_aside) == 5'242'881U);
+    }
 }
 
 TEST_F(DebugLog, KeepsOneOlderGeneration) {
@@ -221,6 +348,7 @@ TEST_F(DebugLog, HasReleasedItsMutexWhenItTouchesTheFile) {
         held.push_back(pthread_mutex_trylock(&utm_app_debug_mutex.native));
         if (held.back() == 0)
             pthread_mutex_unlock(&utm_app_debug_mutex.native);
+        make_folder(debug_log_directory);
         return 0;
     });
     utm_app_debug_log("line\n");
@@ -240,22 +368,6 @@ TEST_F(DebugLog, CreatesFolderAndFileFromASignalWithoutACommand) {
     world::intercept_log_commands();
     utm_app_log_from_signal("100% fixed text\n");
     EXPECT_EQ(world::trace(), "log 100% fixed text\n");
-}
-
-TEST_F(DebugLog, MovesAnOversizedFileAsideFromASignalWithoutACommand) {
-    struct {
-        int64_t size;
-        bool moved;
-    } const table[] = {{5'242'880, false}, {5'242'881, true}};
-    for (const auto &row : table) {
-        world::reset();
-        make_log_of(row.size);
-        world::intercept_log_commands();
-        utm_app_log_from_signal("line\n");
-        EXPECT_EQ(fs::exists(moved_aside), row.moved);
-        EXPECT_EQ(fs::file_size(debug_log_path),
-                  row.moved ? 5U : static_cast<uintmax_t>(row.size) + 5U);
-    }
 }
 
 TEST_F(DebugLog, KeepsErrnoFromASignal) {

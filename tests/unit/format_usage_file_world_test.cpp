@@ -3,6 +3,7 @@
 #include "format/usage_file.h"
 
 #include "core/debug_log.h"
+#include "core/regular_file.h"
 #include "persist/export.h"
 #include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
@@ -11,6 +12,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace {
 
@@ -42,31 +44,92 @@ TEST_F(UsageFileWorld, IsWrittenWholeThroughInterruptionsAndSmallPieces) {
     }
 }
 
-TEST_F(UsageFileWorld, IsNotReadWhenItGrewBeforeItWasOpened) {
-    write_file(import_path, "0123456789");
-    after_first_look(import_path, [] { write_file(import_path, "0123456789A"); });
+/// @return what an import makes of a text with at most ten bytes
+int error_of_reading(const std::string &path, size_t size_limit = 10) {
+    const fd_guard file(regular_file_open(path.c_str()));
     errno = 0;
-    EXPECT_EQ(usage_file_open_to_read(import_path, 10), -1);
-    EXPECT_EQ(errno, EFBIG);
+    const json_ptr document = usage_file_read(file.get(), size_limit);
+    return document != nullptr ? 0 : errno;
 }
 
-TEST_F(UsageFileWorld, IsReadUpToTheLimit) {
-    write_file(import_path, "0123456789");
-    const fd_guard file(usage_file_open_to_read(import_path, 10));
-    EXPECT_GE(file.get(), 0);
-    EXPECT_EQ(usage_file_open_to_read(import_path, 9), -1);
-    EXPECT_EQ(errno, EFBIG);
+TEST_F(UsageFileWorld, IsReadUpToTheLimitWhateverItSaysOfItsSize) {
+    write_file(import_path, "[12345678]");
+    EXPECT_EQ(error_of_reading(import_path), 0);
+    write_file(import_path, "[123456789]");
+    EXPECT_EQ(error_of_reading(import_path), EFBIG);
+    EXPECT_EQ(error_of_reading("/proc/self/status"), EFBIG);
+    EXPECT_EQ(error_of_reading("/proc/self/status", 1'000'000), EBADMSG);
 }
 
-TEST_F(UsageFileWorld, IsNotWrittenWhenAPipeTookItsPlaceBeforeItWasOpened) {
-    write_file(export_path, "before");
+TEST_F(UsageFileWorld, IsReadThroughInterruptions) {
+    write_file(import_path, "[12345678]");
+    world::disturb_read(3, 4);
+    EXPECT_EQ(error_of_reading(import_path), 0);
+    world::disturb_read(0, 0);
+}
+
+TEST_F(UsageFileWorld, IsCountedBeforeAnythingIsMadeOfIt) {
+    const auto repeated = [](const std::string &piece, size_t count, const std::string &last) {
+        std::string text = "[";
+        for (size_t i = 0; i < count; ++i)
+            text += piece + ",";
+        return text + last + "]";
+    };
+    const struct {
+        const char *name;
+        std::string text;
+        int error;
+    } table[] = {
+        // The list itself is one of them.
+        {"values", repeated("0", usage_file_values_limit - 2, "0"), 0},
+        {"too many values", repeated("0", usage_file_values_limit - 1, "0"), EOVERFLOW},
+        {"lists", repeated("[]", usage_file_containers_limit - 2, "[]"), 0},
+        {"too many lists", repeated("[]", usage_file_containers_limit - 1, "[]"), EOVERFLOW},
+        {"too many objects", repeated("{}", usage_file_containers_limit - 1, "{}"), EOVERFLOW},
+        {"members",
+         "{" +
+             repeated("\"a\":0", usage_file_members_limit, "")
+                 .substr(1, usage_file_members_limit * 6 - 1) +
+             "}",
+         0},
+        {"too many members",
+         "{" +
+             repeated("\"a\":0", usage_file_members_limit + 1, "")
+                 .substr(1, usage_file_members_limit * 6 + 5) +
+             "}",
+         EOVERFLOW},
+    };
+    for (const auto &row : table) {
+        write_file(import_path, row.text);
+        EXPECT_EQ(error_of_reading(import_path, usage_file_size_limit), row.error) << row.name;
+        EXPECT_EQ(usage_text_is_readable(row.text.data(), row.text.size()), row.error == 0);
+    }
+}
+
+/// What takes the file's place after it was looked at.
+TEST_F(UsageFileWorld, IsNotWrittenWhenSomethingElseTookItsPlace) {
+    write_file("/tmp/usage/victim", "theirs");
     std::unique_ptr<usage_file::pipe_reader_t> pipe;
-    after_first_look(export_path, [&] {
+    const std::function<void()> swaps[] = {
+        [&] { pipe = std::make_unique<usage_file::pipe_reader_t>(export_path); },
+        [] { fs::create_symlink("/dev/null", export_path); },
+        [] { fs::create_symlink("/tmp/usage/victim", export_path); },
+        [] { write_file(export_path, "theirs"); },
+        [] { fs::create_directory(export_path); },
+        [] {},
+    };
+    for (const auto &swap : swaps) {
+        write_file(export_path, "before");
+        after_first_look(export_path, [&] {
+            fs::rename(export_path, "/tmp/usage/old");
+            swap();
+        });
+        EXPECT_EQ(utm_app_export_statistics(export_path, 0), -1);
+        EXPECT_EQ(read_file("/tmp/usage/victim"), "theirs");
+        EXPECT_EQ(read_file("/tmp/usage/old"), "before");
+        world::after_stat(nullptr);
         fs::remove(export_path);
-        pipe = std::make_unique<usage_file::pipe_reader_t>(export_path);
-    });
-    EXPECT_EQ(utm_app_export_statistics(export_path, 0), -1);
-    ASSERT_NE(pipe, nullptr);
+    }
     EXPECT_EQ(pipe->available(), "");
 }
 

@@ -57,22 +57,22 @@ constexpr char empty_file[] = R"({"user_profile_list":[],"global_stat":[]})";
 TEST_F(Locks, AnExportWritesTheFileUnderTheFilesLockAloneAndReportsUnderNone) {
     make(usage_file::profile_t{3, 1, 2, 3});
     expect([] { return utm_app_export_statistics(export_path, 1); }, 0,
-           "file(clock store() empty write) debug()");
-    expect_export(export_path, 0, "store() file(clock store() empty write) debug()");
+           "file(clock store() write flush rename) debug()");
+    expect_export(export_path, 0, "store() file(clock store() write flush rename) debug()");
     expect_export(nullptr, -1, "store() file(clock) log");
     expect_export("", -1, "store() file(clock) log");
     expect_export("/tmp/none/export.json", -1, "store() file(clock store()) log");
     ASSERT_EQ(utm_app_debug_set(1), 0);
-    expect_export(export_path, 0, "store() file(clock store() empty write) debug() log");
+    expect_export(export_path, 0, "store() file(clock store() write flush rename) debug() log");
     world::set_active(false);
     expect_export(export_path, -1, "store()");
 }
 
 TEST_F(Locks, AnImportGivesTheStoreUpBetweenItsHalvesAndReportsUnderNoLock) {
-    expect_import(empty_file, 0, "store() file(clock read store() store()) log");
+    expect_import(empty_file, 0, "store() file(clock parse store() store()) log");
     // Profiles are created in its first half, and blocked there.
     expect_import(usage_file::text(usage_file::document_t{{{3}, {4}}, world::default_now, {}}), 0,
-                  "store() file(clock read store(clock clock) store()) log");
+                  "store() file(clock parse store(sort clock clock) store()) log");
     world::empty_store();
     usage_file::profile_t profile = {3};
     profile.devices = {"00:11:22:33:44:55"};
@@ -82,17 +82,17 @@ TEST_F(Locks, AnImportGivesTheStoreUpBetweenItsHalvesAndReportsUnderNoLock) {
         const mutex_guard lock(utm_app_config_mutex);
         utm_app_find_profile(3)->daily_limit_enable = 1;
     }
-    expect_import(usage_file::text(usage_file::document_t{
-                      {{3, 1440, 0, 0, {{10, 5}}}}, world::default_now, {{20}}}),
-                  0,
-                  "store() file(clock read store(debug() run debug() event debug()) store()) log");
+    expect_import(
+        usage_file::text(
+            usage_file::document_t{{{3, 1440, 0, 0, {{10, 5}}}}, world::default_now, {{20}}}),
+        0, "store() file(clock parse store(sort debug() run debug() event debug()) store()) log");
 }
 
 TEST_F(Locks, AnImportThatFailsLeavesTheStoreAlone) {
-    expect_import("{", -1, "store() file(clock read) log");
-    expect_import("[]", -1, "store() file(clock read) log");
+    expect_import("{", -1, "store() file(clock parse) log");
+    expect_import("[]", -1, "store() file(clock parse) log");
     expect_import(usage_file::text(usage_file::document_t{{}, world::default_now + 86'400, {}}), -1,
-                  "store() file(clock read log) log");
+                  "store() file(clock parse log) log");
     expect([] { return utm_app_import_statistics(nullptr); }, -1, "store() file(clock) log");
     expect([] { return utm_app_import_statistics("/tmp/none"); }, -1, "store() file(clock) log");
     world::set_active(false);
@@ -107,13 +107,13 @@ TEST_F(Locks, AnExportCountsOnceTheFileIsWrittenAndAnImportOnceAllIsTakenOver) {
     };
     set_last_export(5);
     call_trace::of([] { EXPECT_EQ(utm_app_export_statistics(export_path, 1), 0); }, look);
-    EXPECT_EQ(words, "file(before clockbefore store(before )before emptybefore writebefore "
-                     ")after debug(after )after ");
+    EXPECT_EQ(words, "file(before clockbefore store(before )before writebefore flushbefore "
+                     "renamebefore )after debug(after )after ");
     write_file(import_path, empty_file);
     set_last_export(5);
     words.clear();
     call_trace::of([] { EXPECT_EQ(utm_app_import_statistics(import_path), 0); }, look);
-    EXPECT_EQ(words, "store(before )before file(before clockbefore readbefore store(before "
+    EXPECT_EQ(words, "store(before )before file(before clockbefore parsebefore store(before "
                      ")before store(before )before )after logafter ");
 }
 
@@ -123,8 +123,9 @@ TEST_F(Locks, TheExportCheckLetsTheIntervalGoBeforeItAsksOrWrites) {
     set_last_export(world::default_now - 1800);
     EXPECT_EQ(call_trace::of(utm_app_export_check), "clock interval-read() uptime");
     set_last_export(world::default_now - 1801);
-    EXPECT_EQ(call_trace::of(utm_app_export_check),
-              "clock interval-read() uptime store() file(clock store() empty write) debug()");
+    EXPECT_EQ(
+        call_trace::of(utm_app_export_check),
+        "clock interval-read() uptime store() file(clock store() write flush rename) debug()");
     set_last_export(world::default_now - 1801);
     world::fail_sysinfo(-1);
     EXPECT_EQ(call_trace::of(utm_app_export_check), "clock interval-read() uptime debug()");
@@ -133,7 +134,7 @@ TEST_F(Locks, TheExportCheckLetsTheIntervalGoBeforeItAsksOrWrites) {
 TEST_F(Locks, TheSwitchWritesAMissingFileAfterItHasLetTheStoreGo) {
     world::set_active(false);
     const auto on = [] { return utm_app_set_activate(1); };
-    expect(on, 0, "store(run status look) debug() file(clock store() empty write) debug()");
+    expect(on, 0, "store(run status look) debug() file(clock store() write flush rename) debug()");
     expect(on, 0, "store() debug()");
     expect([] { return utm_app_set_activate(0); }, 0, "store(run status) debug()");
     expect(on, 0, "store(run status look) debug()");

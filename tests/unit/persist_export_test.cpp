@@ -1,7 +1,9 @@
 #include "persist/export.h"
 
 #include "core/debug_log.h"
+#include "format/usage_file.h"
 #include "persist/export_schedule.h"
+#include "persist/import.h"
 #include "tests/lib/int32_limits.h"
 #include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
@@ -156,6 +158,33 @@ TEST_F(Export, WritesManyRecords) {
         (i % 2 == 0 ? expected.router : expected.profiles[0].apps).push_back({i, i, 2 * i, 3, 29});
     make(expected);
     EXPECT_EQ(export_text(), usage_file::text(expected));
+}
+
+TEST_F(Export, WritesMoreThanAnImportTakesAndSaysSo) {
+    usage_file::document_t large = {{}, world::default_now, {}};
+    for (int32_t i = 0; i < 34'000; ++i)
+        large.router.push_back({i, 0, 0, 0, 0});
+    make(large);
+    EXPECT_EQ(utm_app_export_statistics(export_path, 0), 0);
+    EXPECT_EQ(world::trace(), "log export to /tmp/usage/export.json is more than an import takes\n"
+                              "log export to /tmp/usage/export.json success\n");
+    EXPECT_EQ(read_file(export_path), usage_file::text(large));
+    EXPECT_EQ(utm_app_import_statistics(export_path), -1);
+}
+
+/// 64 profiles of 500 applications are what an import has to take.
+TEST_F(Export, WritesNoHouseholdThatIsTooLarge) {
+    usage_file::document_t document = {{}, world::default_now, {}};
+    for (int32_t i = 0; i < 500; ++i)
+        document.router.push_back({1000 + i, 99, 999, 9999, 29});
+    for (int32_t id = 1; id <= 64; ++id) {
+        usage_file::profile_t profile = {id, 999, 999, 9999, document.router};
+        profile.devices.assign(32, "0A:1B:2C:3D:4E:5F");
+        profile.policy = usage_file::policy_t{id, std::vector<usage_file::rule_t>(40, {1, 1, 60})};
+        document.profiles.push_back(profile);
+    }
+    const std::string text = usage_file::text(document);
+    EXPECT_TRUE(usage_text_is_readable(text.data(), text.size())) << text.size();
 }
 
 TEST_F(Export, ReplacesAnOlderAndLongerFile) {

@@ -2,6 +2,7 @@
 
 #include "persist/import.h"
 
+#include "format/usage_file.h"
 #include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
 #include "tests/unit/support/usage_file_special.h"
@@ -91,6 +92,21 @@ TEST_F(ImportSource, FollowsALinkToAFileButNotToSomethingElse) {
     std::filesystem::create_symlink("file.json", "/tmp/usage/good");
     EXPECT_EQ(utm_app_import_statistics("/tmp/usage/good"), 0);
     EXPECT_EQ(world::trace(), "log import from /tmp/usage/good success\n");
+}
+
+/// Some say that they are empty and give without end.
+TEST_F(ImportSource, RefusesAFileWithoutAnEnd) {
+    write_file("/tmp/usage/large.json", document() + std::string(usage_file_size_limit, ' '));
+    expect_refused("/tmp/usage/large.json");
+    expect_refused("/proc/self/pagemap");
+}
+
+TEST_F(ImportSource, RefusesWhatJsonCWouldNeedGigabytesFor) {
+    std::string text = "{\"user_profile_list\":[],\"global_stat\":[";
+    while (text.size() < usage_file_size_limit - 10)
+        text += "{},";
+    write_file(import_path, text + "{}]}");
+    expect_refused(import_path);
 }
 
 TEST_F(ImportSource, LeavesNoDescriptorBehind) {

@@ -6,6 +6,7 @@
 #include "tests/lib/world.h"
 #include "tests/unit/support/usage_file_fixture.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 
 namespace {
@@ -227,18 +228,55 @@ TEST_F(Import, TellsOfItsOutcomeAlsoWhileLoggingIsOff) {
 TEST_F(Import, SkipsAProfileAndDropsAnApplicationThatFindNoMemory) {
     const document_t file = file_of({{3, 1, 1, 1, {{10}}}, {4, 2, 2, 2, {{11}, {12}}}}, {{20}});
     write_file(import_path, usage_file::text(file));
-    // The first allocation is the profile's; seven weekdays follow, then its application.
-    world::fail_allocation(1);
+    // The index comes first and the profile second; seven weekdays follow, then its application.
+    world::fail_allocation(2);
     EXPECT_EQ(utm_app_import_statistics(import_path), 0);
     world::fail_allocation(0);
     EXPECT_EQ(export_text(), usage_file::text(file_of({{4, 2, 2, 2, {{11}, {12}}}}, {{20}})));
     empty_store();
-    world::fail_allocation(9);
+    world::fail_allocation(10);
     EXPECT_EQ(utm_app_import_statistics(import_path), 0);
     world::fail_allocation(0);
     EXPECT_EQ(export_text(),
               usage_file::text(file_of({{3, 1, 1, 1, {}}, {4, 2, 2, 2, {{11}, {12}}}}, {{20}})));
     EXPECT_NE(world::render_store().find("apps 1, policy none"), std::string::npos);
+}
+
+/// @return a file of tiny profiles, numbered from 1 with a step, each once and then each again
+std::string many_profiles(int32_t count, int32_t step) {
+    std::string profiles;
+    for (const char *used : {"1", "2"})
+        for (int32_t i = 0; i < count; ++i)
+            profiles += std::string(profiles.empty() ? "" : ",") +
+                        "{\"user_profile_id\":" + std::to_string(1 + i * step) +
+                        ",\"daily_used\":" + used + "}";
+    return "{\"user_profile_list\":[" + profiles + "],\"global_stat\":[]}";
+}
+
+TEST_F(Import, TakesProfilesInTheFilesOrderAndTheLastOfOneId) {
+    make(profile_t{9});
+    make(profile_t{-5});
+    EXPECT_EQ(import_text("{\"user_profile_list\":[{\"user_profile_id\":7,\"daily_used\":1},"
+                          "{\"user_profile_id\":-5,\"daily_used\":2},{},"
+                          "{\"user_profile_id\":3,\"daily_used\":3},"
+                          "{\"user_profile_id\":7,\"daily_used\":4}],\"global_stat\":[]}"),
+              0);
+    EXPECT_EQ(export_text(), usage_file::text(file_of({{9}, {-5, 2}, {7, 4}, {3, 3}})));
+}
+
+/// Each look-up used to walk the store's whole list: this took half a minute.
+TEST_F(Import, TakesTensOfThousandsOfProfilesAtOnce) {
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(import_text(many_profiles(30'000, 65'536)), 0);
+    EXPECT_EQ(import_text(many_profiles(30'000, 65'536)), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(10));
+    size_t count = 0;
+    const mutex_guard lock(utm_app_config_mutex);
+    for (const config_user_profile_t &profile : all_profiles()) {
+        EXPECT_EQ(profile.daily_used, 2);
+        ++count;
+    }
+    EXPECT_EQ(count, 30'000U);
 }
 
 TEST_F(Import, SurvivesTheFailureOfAnyAllocation) {
@@ -247,7 +285,7 @@ TEST_F(Import, SurvivesTheFailureOfAnyAllocation) {
     world::fail_allocation(0);
     ASSERT_EQ(utm_app_import_statistics(import_path), 0);
     const int allocations = world::allocations();
-    EXPECT_EQ(allocations, 20); // two profiles, fourteen weekdays, four applications
+    EXPECT_EQ(allocations, 21); // an index, two profiles, fourteen weekdays, four applications
     for (int nth = 1; nth <= allocations; ++nth) {
         empty_store();
         world::trace();

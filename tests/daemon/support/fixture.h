@@ -15,8 +15,10 @@
 using text_lines = std::vector<std::string>;
 
 inline constexpr char LOG_PATH[] = "/tmp/utm_log/utm_app_log";
+inline constexpr char USAGE_PATH[] = "/tmp/ApplicationData/app_usage.json";
 inline constexpr char ROUTER_DIR[] = "/tmp/router";
 inline constexpr int OK = UTM_APP_CONFIG_STATUS_OK;
+inline constexpr int FAIL = UTM_APP_CONFIG_STATUS_FAIL;
 /// Tuesday 2030-01-01 12:00:00, in the daemon's time zone UTC.
 inline constexpr time_t NOON = 1893499200;
 

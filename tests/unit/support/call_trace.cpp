@@ -20,8 +20,10 @@ int __real_pthread_rwlock_rdlock(pthread_rwlock_t *lock);
 int __real_pthread_rwlock_wrlock(pthread_rwlock_t *lock);
 int __real_pthread_rwlock_unlock(pthread_rwlock_t *lock);
 int __real_ftruncate(int fd, off_t size);
+int __real_fsync(int fd);
+int __real_renameat(int old_folder, const char *old_name, int folder, const char *name);
 int __real_access(const char *path, int mode);
-json_object *__real_json_object_from_fd(int fd);
+json_object *__real_json_tokener_parse_ex(json_tokener *tokener, const char *text, int length);
 void __real_qsort(void *first, size_t count, size_t size,
                   int (*compare)(const void *a, const void *b));
 }
@@ -146,15 +148,25 @@ int __wrap_ftruncate(int fd, off_t size) {
     return __real_ftruncate(fd, size);
 }
 
+int __wrap_fsync(int fd) {
+    call_trace::note("flush");
+    return __real_fsync(fd);
+}
+
+int __wrap_renameat(int old_folder, const char *old_name, int folder, const char *name) {
+    call_trace::note("rename");
+    return __real_renameat(old_folder, old_name, folder, name);
+}
+
 int __wrap_access(const char *path, int mode) {
     if (!std::string_view(path).starts_with(debug_log_directory))
         call_trace::note("look");
     return __real_access(path, mode);
 }
 
-json_object *__wrap_json_object_from_fd(int fd) {
-    call_trace::note("read");
-    return __real_json_object_from_fd(fd);
+json_object *__wrap_json_tokener_parse_ex(json_tokener *tokener, const char *text, int length) {
+    call_trace::note("parse");
+    return __real_json_tokener_parse_ex(tokener, text, length);
 }
 
 void __wrap_qsort(void *first, size_t count, size_t size,

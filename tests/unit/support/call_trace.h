@@ -5,7 +5,7 @@
 /// does what it always does; while a trace is being made it also leaves a word there, and a lock
 /// a pair of brackets. An export reads
 ///
-///     store() file(clock store() empty write) log
+///     store() file(clock store() write flush rename) log
 ///
 /// so one comparison says what happens under which lock, and in which order. A lock that is given
 /// back before one that was taken after it names itself: ")store".
@@ -17,7 +17,8 @@
 /// | debug                         | utm_app_debug_mutex                                      |
 /// | interval-read interval-write  | utm_export_interval_rwlock                               |
 /// | clock uptime                  | gettimeofday, sysinfo                                    |
-/// | read empty write look         | json_object_from_fd, ftruncate, write, access, not the log's |
+/// | parse empty write look        | json_tokener_parse_ex, ftruncate, write, access, not the log's
+/// | | flush rename                  | fsync, renameat                                          |
 /// | log                           | a line is written to the log                             |
 /// | sort                          | qsort                                                    |
 /// | request reply                 | send, by the client and by the daemon                    |
