@@ -6,6 +6,7 @@ set -u
 
 usage=/tmp/ApplicationData/app_usage.json
 saved=/etc/utm_appd/app_usage.json
+victim=/etc/victim # a file that nobody but its owner may change
 pending=/var/run/utm_appd/to_restore.json
 init=/etc/init.d/utm_appd
 failures=0
@@ -14,7 +15,7 @@ failures=0
 
 fresh_router() {
     clear_memory
-    rm -rf /etc/utm_appd /test/transcript /test/after_export /test/stderr
+    rm -rf /etc/utm_appd $victim* /test/transcript /test/after_export /test/stderr
     mkdir -p /etc/utm_appd
     : >/test/transcript
     configure
@@ -87,14 +88,19 @@ check() { # WHAT WANTED GOT
     diff -U 20 /tmp/wanted /tmp/got | sed 1,2d
 }
 
-# The transcript since the last look; process numbers are no part of it.
+# The transcript since the last look; numbers of processes and names by chance are no part of it.
 transcript() {
-    sed 's/process [0-9]*/process N/' /test/transcript
+    sed 's/process [0-9]*/process N/; s/aside\.[^/]*$/aside.X/' /test/transcript
     : >/test/transcript
 }
 
 check_transcript() {
     check "transcript" "$(cat)" "$(transcript)"
+}
+
+check_transcript_without_procd() {
+    sed -i '/^procd: /d' /test/transcript
+    check_transcript
 }
 
 check_gone() {
@@ -124,11 +130,13 @@ case_of() { # NAME: starts it
 
 # --- transcripts that recur
 
+not_root_s="is not root's own: moved to"
+came_up="utm_appd daemon.notice: utm_appd has started"
 started="procd: command /usr/sbin/utm_appd_watch run
 procd: respawn 3600 10 0
 procd: stderr 1
 procd: term_timeout 140
-utm_appd daemon.notice: utm_appd has started"
+$came_up"
 
 switched_on="utm_appctl --timeout 20 activate on: 0"
 asked_status="utm_appctl --timeout 20 status --json: 0"
@@ -153,6 +161,30 @@ watch_naps() {
     return 1
 }
 
+modes_of_folders() {
+    stat -c %A /tmp/ApplicationData /tmp/utm_log | tr '\n' ' ' | sed 's/ $//'
+}
+
+# lay KIND PATH OWNER: somebody was there first.
+# @return 1 where there is no second user, as in a user's namespace
+lay() {
+    mkdir -p "${2%/*}"
+    echo "before" >$victim
+    case $1 in
+    folder) mkdir "$2" ;;
+    fifo) mkfifo "$2" ;;
+    link) ln -s $victim "$2" ;;
+    dangling) ln -s $victim.new "$2" ;;
+    file) usage_of 99 >"$2" ;;
+    esac
+    chown -h "$3" "$2" 2>/dev/null
+}
+
+# What is in the way is not gone, only out of the way.
+moved_aside() {
+    echo "$1".aside.*/* | sed 's/aside\.[^/]*/aside.X/'
+}
+
 # Between the export and the signal the daemon begins a command line that waits for a file.
 come_between() {
     echo "$1 lcsh apg off" >/tmp/sim/gate
@@ -174,6 +206,7 @@ a_fresh_start_creates_the_folder_and_waits_for_the_socket() {
     start_and_settle
     check "answers" 0 "$(ask ping; echo $?)"
     check "folder" "" "$(ls -A /tmp/ApplicationData)"
+    check "whose" "drwx------ drwx------" "$(modes_of_folders)"
     check "one daemon" 1 "$(daemon_pids | wc -l)"
     check_transcript <<END
 $started
@@ -547,6 +580,126 @@ $asked_status
 utm_appd daemon.info: limits are switched off: nothing to save
 utm_appd daemon.warning: stop_seconds is no number: taking 60
 $ended
+END
+}
+
+a_link_at_the_copy_to_be_is_not_followed() {
+    configure activate 1
+    usage_of 42 >$saved
+    lay link $usage.new 0
+    start_and_settle
+    check "victim" before "$(cat $victim)"
+    check "used" 42 "$(used_today)"
+    check "file" "regular file" "$(stat -c %F $usage)"
+    check_transcript <<END
+$started
+$switched_on
+$asked_status
+$restored
+END
+}
+
+only_a_file_of_root_s_own_is_taken_for_the_usage_file() {
+    for laid in "fifo 0" "link 0" "dangling 0" "folder 0" "file 65534"; do
+        fresh_router
+        configure activate 1
+        usage_of 42 >$saved
+        lay "${laid% *}" $usage "${laid#* }" || continue
+        start_and_settle
+        check "$laid: victim" before "$(cat $victim* 2>&1)"
+        check "$laid: used" 42 "$(used_today)"
+        check "$laid: file" "regular file" "$(stat -c %F $usage)"
+        check "$laid: aside" $usage.aside.X/app_usage.json "$(moved_aside $usage)"
+        check_transcript_without_procd <<END
+utm_appd daemon.warning: $usage $not_root_s $usage.aside.X
+$came_up
+$switched_on
+$asked_status
+$restored
+END
+        $init stop
+    done
+}
+
+# The usage file's and the log's.
+a_folder_that_is_not_root_s_own_makes_way() {
+    for laid in "fifo 0" "file 0" "folder 65534" "link 65534" "dangling 65534"; do
+        fresh_router
+        configure activate 1
+        usage_of 42 >$saved
+        lay "${laid% *}" /tmp/ApplicationData "${laid#* }" || continue
+        lay "${laid% *}" /tmp/utm_log "${laid#* }"
+        start_and_settle
+        check "$laid: victim" before "$(cat $victim* 2>&1)"
+        check "$laid: used" 42 "$(used_today)"
+        check "$laid: whose" "drwx------ drwx------" "$(modes_of_folders)"
+        check "$laid: aside" "/tmp/ApplicationData.aside.X/ApplicationData
+/tmp/utm_log.aside.X/utm_log" "$(moved_aside /tmp/ApplicationData; moved_aside /tmp/utm_log)"
+        check_transcript_without_procd <<END
+utm_appd daemon.warning: /tmp/ApplicationData $not_root_s /tmp/ApplicationData.aside.X
+utm_appd daemon.warning: /tmp/utm_log $not_root_s /tmp/utm_log.aside.X
+$came_up
+$switched_on
+$asked_status
+$restored
+END
+        $init stop
+    done
+}
+
+a_folder_of_root_s_that_others_could_write_is_closed_to_them() {
+    configure activate 1
+    usage_of 42 >$saved
+    lay link $usage 0
+    lay link /tmp/utm_log/utm_app_log 0
+    chmod 0777 /tmp/ApplicationData /tmp/utm_log
+    start_and_settle
+    ask debug on
+    ask profile add 4
+    check "victim" before "$(cat $victim)"
+    check "used" 42 "$(used_today)"
+    check "whose" "drwxr-xr-x drwxr-xr-x" "$(modes_of_folders)"
+    check "log" "Create profile 4 success" "$(grep Create /tmp/utm_log/utm_app_log)"
+    check_transcript_without_procd <<END
+utm_appd daemon.warning: others could write to /tmp/ApplicationData: not any more
+utm_appd daemon.warning: $usage $not_root_s $usage.aside.X
+utm_appd daemon.warning: others could write to /tmp/utm_log: not any more
+utm_appd daemon.warning: /tmp/utm_log/utm_app_log $not_root_s /tmp/utm_log/utm_app_log.aside.X
+$came_up
+$switched_on
+$asked_status
+$restored
+END
+}
+
+a_link_of_root_s_own_to_flash_is_used() {
+    configure activate 1
+    usage_of 42 >$saved
+    mkdir -m 0755 /etc/utm_appd/flash
+    ln -s ../etc/utm_appd/flash /tmp/ApplicationData
+    start_and_settle
+    check "used" 42 "$(used_today)"
+    check "file" 42 "$(used_in /etc/utm_appd/flash/app_usage.json)"
+    check_transcript_without_procd <<END
+$came_up
+$switched_on
+$asked_status
+$restored
+END
+}
+
+# It is not for the package to close what root has opened elsewhere, nor to undo root's own link.
+a_link_of_root_s_own_to_where_others_may_write_is_left_alone() {
+    configure activate 1
+    usage_of 42 >$saved
+    mkdir -m 0777 /etc/utm_appd/open
+    ln -s /etc/utm_appd/open /tmp/ApplicationData
+    start_and_settle
+    check "brought back" "" "$(grep -l '"daily_used":42' /etc/utm_appd/open/*)"
+    check_transcript_without_procd <<END
+utm_appd daemon.err: /tmp/ApplicationData does not lead to a folder that only root may write: not used
+$came_up
+$switched_on
 END
 }
 
