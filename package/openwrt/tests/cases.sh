@@ -8,6 +8,8 @@ usage=/tmp/ApplicationData/app_usage.json
 saved=/etc/utm_appd/app_usage.json
 victim=/etc/victim # a file that nobody but its owner may change
 pending=/var/run/utm_appd/to_restore.json
+waiting=/var/run/utm_appd/waiting
+counted=/var/run/utm_appd/counted.json
 init=/etc/init.d/utm_appd
 failures=0
 
@@ -77,6 +79,126 @@ told() {
     grep -qF "$1" /test/transcript
 }
 
+# --- the virtual clock, by which the daemon sleeps: sim/preload/clock_page.h has its page
+
+clock_page=/tmp/sim/clock
+
+# put PLACE NUMBER: writes the page's number of 64 bits, at once
+put() {
+    bytes=
+    left=$2
+    for _ in 1 2 3 4 5 6 7 8; do
+        bytes=$bytes\\$(printf %03o $((left % 256)))
+        left=$((left / 256))
+    done
+    # shellcheck disable=SC2059 # they are all escapes
+    printf "$bytes" | dd of=$clock_page bs=8 seek="$1" conv=notrunc 2>/dev/null
+}
+
+get() {
+    od -A n -t d8 -j $(($1 * 8)) -N 8 $clock_page | tr -d ' '
+}
+
+# local 'DATE HH:MM': that time, in seconds since the epoch
+local_time() {
+    /bin/date -d "$1" +%s
+}
+
+# Everything that is started from now on goes by the clock, `date` included.
+start_clock_at() {
+    dd if=/dev/zero of=$clock_page bs=32 count=1 2>/dev/null
+    put 0 "$(local_time "$1")"
+    put 3 $(($$ << 32)) # who grants the time
+    cat >/test/bin/date <<END
+#!/bin/sh
+[ \$# != 1 ] || set -- -d "@\$(od -A n -t d8 -N 8 $clock_page | tr -d ' ')" "\$1"
+exec /bin/date "\$@"
+END
+    chmod +x /test/bin/date
+    export LD_PRELOAD=/test/libsimpreload.so UTM_SIM_CLOCK=$clock_page UTM_SIM_SLEEPER=1
+}
+
+stop_clock() {
+    unset LD_PRELOAD UTM_SIM_CLOCK UTM_SIM_SLEEPER
+    rm -f /test/bin/date
+}
+
+asleep() {
+    [ "$(get 1)" = "$(get 2)" ] && [ $(($(get 3) & 0xffffffff)) != 0 ]
+}
+
+# pass MINUTES: until the daemon's work of the last one is done
+pass() {
+    put 1 $(($(get 1) + $1 * 60))
+    until_true 60 asleep || check "the daemon sleeps" yes no
+}
+
+# What the watch goes by does not jump with the clock.
+let_uptime_pass() {
+    echo "$(($(cut -d . -f 1 /proc/uptime) + $1)).00 0.00" >/tmp/uptime
+    mount -o bind /tmp/uptime /proc/uptime
+}
+
+# A household of one, by the simulated statistics service: ten minutes of video, ten of games.
+people_use_the_network_in_1970() {
+    cat >/tmp/sim/scenario <<END
+date 1970-01-05
+person mia 3 Mia
+device tablet mia 02:00:00:00:00:1A Mia's tablet
+app video 305 video
+app games 412 games
+use tablet video 12:05 12:15
+use tablet games 12:15 12:25
+END
+}
+
+# application ID TODAY WEEK MONTH NEXT RING: a record as the daemon writes it
+application() {
+    printf '{"app_id":%s,"daily_used":%s,"weekly_used":%s,"monthly_used":%s,' "$1" "$2" "$3" "$4"
+    printf '"next_day_idx":%s,"prev_30_days":[%s]}' "$5" "$6"
+}
+
+# document TODAY VIDEO GAMES WRITTEN: what profile 3 has used, as the daemon writes it. GAMES is the
+# record of another application, or empty.
+document() {
+    video=$(application 305 "$2" 6 7 4 "$(seq -s , 1 30)")
+    printf '{"user_profile_list":[{"user_profile_id":3,"mon":1440,"tues":1440,"wed":1440,'
+    printf '"thur":1440,"fri":1440,"sat":1440,"sun":1440,"daily_extend":0,"daily_used":%s,' "$1"
+    printf '"weekly_used":100,"monthly_used":200,"blocked":0,'
+    printf '"app_stat_list":[%s],' "${3:+$3,}$video"
+    printf '"device_list":["02:00:00:00:00:1A"]}],"timestamp":%s,' "$4"
+    printf '"global_stat":[%s]}\n' "$video${3:+,$3}"
+}
+
+games=$(application 412 10 0 0 0 "$(yes 0 | head -n 30 | tr '\n' , | sed 's/,$//')")
+
+boot_in_1970() {
+    configure activate 1
+    document 42 5 "" "$(local_time '2026-03-04 11:00')" >$saved
+    cp $saved /tmp/before
+    people_use_the_network_in_1970
+    start_clock_at '1970-01-05 12:00'
+    start_and_settle
+    ask profile add 3
+    ask device add 3 02:00:00:00:00:1a
+    ask interval set 1
+    until_true 10 asleep
+    pass 30
+}
+
+# The minute in which the clock is set closes the day in 1970, over whatever has been imported.
+time_arrives() {
+    put 0 "$(local_time "$1")"
+    until_true 20 told "the time is known:" || check "the watch sees it" yes no
+    pass 1
+    let_uptime_pass 180
+}
+
+exported_now() {
+    ask export /tmp/now
+    sed "s/\"timestamp\":[0-9]*/\"timestamp\":T/" /tmp/now
+}
+
 # --- comparing
 
 check() { # WHAT WANTED GOT
@@ -103,6 +225,10 @@ check_transcript_without_procd() {
     check_transcript
 }
 
+nothing_runs() {
+    [ -z "$(daemon_pids)$(pidof utm_appd_watch)" ]
+}
+
 check_gone() {
     check "nothing runs" "" "$(daemon_pids)$(pidof utm_appd_watch)"
 }
@@ -114,11 +240,14 @@ case_of() { # NAME: starts it
     # What is left over, if the case went wrong.
     [ ! -e /test/procd.pid ] || kill -9 "$(cat /test/procd.pid)" 2>/dev/null
     rm -f /test/procd.pid
+    stop_clock
+    umount /proc/uptime 2>/dev/null
     for process in $(pidof utm_appd_watch) $(daemon_pids); do
         kill -9 "$process"
     done
     killall -9 sleep 2>/dev/null
     wait
+    until_true 10 nothing_runs
     if [ "$bad" = 0 ]; then
         echo "ok - $1"
     else
@@ -177,7 +306,10 @@ lay() {
     dangling) ln -s $victim.new "$2" ;;
     file) usage_of 99 >"$2" ;;
     esac
-    chown -h "$3" "$2" 2>/dev/null
+    chown -h "$3" "$2" 2>/dev/null || {
+        echo "# without a second user: no $1 of another owner"
+        return 1
+    }
 }
 
 # What is in the way is not gone, only out of the way.
@@ -294,7 +426,7 @@ END
 }
 
 a_daemon_that_cannot_end_is_killed() {
-    configure stop_seconds 2
+    configure stop_seconds 4
     start_and_settle
     ask activate on
     transcript >/dev/null
@@ -695,12 +827,75 @@ a_link_of_root_s_own_to_where_others_may_write_is_left_alone() {
     mkdir -m 0777 /etc/utm_appd/open
     ln -s /etc/utm_appd/open /tmp/ApplicationData
     start_and_settle
-    check "brought back" "" "$(grep -l '"daily_used":42' /etc/utm_appd/open/*)"
+    check "brought back" "" "$(grep -lr '"daily_used":42' /etc/utm_appd/open)"
     check_transcript_without_procd <<END
 utm_appd daemon.err: /tmp/ApplicationData does not lead to a folder that only root may write: not used
 $came_up
 $switched_on
 END
+}
+
+what_was_used_comes_back_when_a_router_that_booted_in_1970_learns_the_time() {
+    boot_in_1970
+    check "the daemon's file" '"daily_extend":0,"daily_used":20' \
+        "$(grep -o '"daily_extend":0,"daily_used":[0-9]*' $usage)"
+    $init restore
+    check "too early" 1 $?
+    $init save
+    check "saved" "$(cat /tmp/before)" "$(cat $saved)"
+    check_transcript_without_procd <<END
+utm_appd daemon.warning: what was used before the start is from the future: waiting for the time
+$came_up
+$switched_on
+utm_appd daemon.warning: not restored yet: waiting for the time
+$asked_status
+utm_appd daemon.warning: not restored yet: saving what was used before the start
+$was_saved
+END
+    time_arrives '2026-03-04 12:40'
+    until_true 20 told "restored what was used" || check "restored" yes no
+    check "used" "$(document 62 15 "$games" T)" "$(exported_now)"
+    check "files" "" "$(find /var/run/utm_appd -type f ! -name watch.pid)"
+    check_transcript <<END
+utm_appd daemon.notice: the time is known: restoring what was used in 180 seconds
+utm_appctl --timeout 20 export $counted: 0
+$asked_status
+utm_appctl --timeout 20 import $pending: 0
+utm_appctl --timeout 20 export $counted.now: 0
+utm_appctl --timeout 20 import $counted.sum: 0
+utm_appd daemon.notice: restored what was used
+END
+    $init save
+    check "saved" "$(document 62 15 "$games" T | cut -c 1-500)" "$(cut -c 1-500 $saved)"
+}
+
+limits_that_are_off_when_the_time_arrives_leave_the_restoring_to_the_front_end() {
+    boot_in_1970
+    ask activate off
+    time_arrives '2026-03-04 12:40'
+    until_true 20 [ ! -e $waiting ] || check "the watch waits no longer" yes no
+    transcript >/dev/null
+    ask activate on
+    $init restore
+    check "used" "$(document 42 5 "" T)" "$(exported_now)"
+    check_transcript <<END
+$restored
+END
+}
+
+# The saved file is worth more than what has been counted since the boot, and is there once more.
+a_stop_before_the_time_is_known_loses_nothing_that_was_saved() {
+    boot_in_1970
+    $init stop
+    check_gone
+    check "saved" "$(cat /tmp/before)" "$(cat $saved)"
+    stop_clock
+    clear_memory
+    start_clock_at '2026-03-04 13:00'
+    transcript >/dev/null
+    $init boot
+    until_true 10 told "restored what was used"
+    check "used" 42 "$(used_today)"
 }
 
 the_feed_s_own_test_passes() {

@@ -137,6 +137,7 @@ for program in "$busybox" $work/installed/usr/sbin/utm_appd "$build"/sim/bin/ubu
         cp -L "$library" "$root$library"
     done
 done
+cp "$build"/sim/libsimpreload.so "$root/test/"
 mount -t tmpfs -o mode=0755 tmpfs "$root/dev"
 mknod -m 666 "$root/dev/null" c 1 3 2>/dev/null || {
     touch "$root/dev/null"
