@@ -1,7 +1,7 @@
 #!/bin/sh
 # Tests the package without an SDK: its Makefile with GNU make, its scripts under BusyBox.
 #
-#   package_test.sh BUILD_FOLDER [CASE...]
+#   package_test.sh BUILD_FOLDER [CASE... | PART/PARTS]
 #
 # The build's own `install` fills what the SDK calls PKG_INSTALL_DIR, the package's recipes fill a
 # root from that, and in this root, with BusyBox for everything else, the init script and the watch
@@ -10,7 +10,7 @@
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
-build=$(cd "${1:?usage: package_test.sh BUILD_FOLDER [CASE...]}" && pwd)
+build=$(cd "${1:?usage: package_test.sh BUILD_FOLDER [CASE... | PART/PARTS]}" && pwd)
 shift
 
 if [ -z "${UTM_PACKAGE_TEST:-}" ]; then
