@@ -81,7 +81,7 @@ void signal_handler(int signo) {
         running = 0;
     // A client that is cut off at the end has not gone by itself. The signal is not ignored then
     // instead, because the programs that are started would inherit that.
-    else if (signo == SIGPIPE && !utm_app_reply_is_ending())
+    else if (signo == SIGPIPE && !utm_app_config_is_ending())
         utm_app_log_from_signal("Receive SIGPIPE\n");
 }
 

@@ -82,6 +82,6 @@ void utm_app_reply_stop_waiting() {
         shutdown(fd, SHUT_RDWR);
 }
 
-bool utm_app_reply_is_ending() {
+bool utm_app_config_is_ending() {
     return is_ending;
 }

@@ -52,4 +52,4 @@ void utm_app_reply_allow_waiting();
 void utm_app_reply_stop_waiting();
 
 /// @return whether replies have stopped waiting; safe in a signal handler
-[[nodiscard]] bool utm_app_reply_is_ending();
+[[nodiscard]] bool utm_app_config_is_ending();

@@ -108,7 +108,7 @@ void utm_app_config_socket_accept(int listening) {
 }
 
 int utm_app_config_socket_on_read(int fd, void *data) {
-    if (utm_app_reply_is_ending())
+    if (utm_app_config_is_ending())
         return 0;
     if (fd == listen_fd) {
         utm_app_config_socket_accept(fd);
@@ -175,8 +175,8 @@ int utm_app_config_socket_init_binding() {
 
 void *utm_app_config_handler(void *) {
     const socket_event_handler handler = config_socket_handler;
-    while (!utm_app_reply_is_ending()) {
-        if (utm_app_config_loop(&handler) >= 0 || utm_app_reply_is_ending())
+    while (!utm_app_config_is_ending()) {
+        if (utm_app_config_loop(&handler) >= 0 || utm_app_config_is_ending())
             continue;
         utm_app_debug_log("utm_app_config_loop failed\n");
         return nullptr;
