@@ -101,7 +101,8 @@ TEST_F(DaemonOpenDescriptors, CommandsInheritTheStandardStreamsOnly) {
 
 TEST_F(DaemonOpenDescriptors, CommandsDoNotInheritWhatTheDaemonSStarterLeftOpen) {
     options.in_child = [] {
-        dup2(0, 4);
+        dup2(0, STDERR_FILENO + 1);
+        dup2(0, STDERR_FILENO + 2);
         dup2(0, FD_SETSIZE - 1);
     };
     start();
