@@ -2,6 +2,8 @@
 
 #include "sim/sandbox/household.h"
 
+#include "core/debug_log.h"
+
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -62,10 +64,11 @@ bool is_query(const std::string &line) {
 
 /// @return what the daemon has logged; a line that it is writing comes next time
 words logged() {
-    const std::string text = sim_read_file("/tmp/utm_log/utm_app_log");
+    const std::string text = sim_read_file(debug_log_path);
     return sim_split_lines(text.substr(0, text.rfind('\n') + 1));
 }
 
+/// Stamps every line with the present time, whenever it was written.
 void tell_news(const sim_clock &clock) {
     const time_t now = sim_clock_now(clock);
     char at[8];
@@ -94,7 +97,7 @@ bool read_time(const std::string &text, time_t *when) {
     return rest != nullptr && *rest == '\0';
 }
 
-/// @param when  the next time that it is so late
+/// @param when  the next time that the clock shows this time of day
 bool read_time_of_day(const std::string &text, time_t now, time_t *when) {
     tm fields = *localtime(&now);
     const char *rest = strptime(text.c_str(), "%H:%M", &fields);
@@ -114,7 +117,7 @@ bool read_stretch(const words &operands, time_t now, time_t *end) {
     if (operands.size() == 2 && operands[0] == "until")
         return read_time_of_day(operands[1], now, end) || read_time(operands[1], end);
     const long minutes = operands.empty() ? 1 : whole_number(operands[0]);
-    *end = now + tick_seconds * std::min(minutes, most_minutes);
+    *end = now + tick_seconds * std::clamp(minutes, 0L, most_minutes);
     return operands.size() < 2 && minutes <= most_minutes;
 }
 

@@ -8,7 +8,7 @@
 /// |---------------|----------------------------------------------------------------|
 /// | `daemon.pid`  | while there is a daemon: its process                           |
 /// | `daemon.exit` | how the last daemon ended: "exit status 0", "signal 9"         |
-/// | `journal.read`| how many lines of the journal the command `journal` has shown  |
+/// | `journal.read`| how many lines of the journal `journal` and `news` have shown  |
 /// | `log.read`    | how many lines of the daemon's log the command `news` has told |
 
 #include "sim/harness/daemon_process.h"

@@ -51,13 +51,25 @@ A log that somebody removed begins anew.
   16:59  daemon  [socket] Receive cmd type=1
   16:59  daemon  Create profile 2 success
 
+"news" stamps what happened before with the present time.
+
+  $ utm_appctl profile add 3
+  $ utm_appctl profile del 3
+  $ tick
+  $ news
+  17:00  daemon  [socket] Receive cmd type=1
+  17:00  daemon  Create profile 3 success
+  17:00  daemon  [socket] Receive cmd type=2
+  17:00  daemon  Delete user profile 3 and unblock all success
+  17:00  daemon  Delete profile 3 success
+
 "tick --news" tells them after each minute, those from before it with the first.
 
   $ utm_appctl profile del 2
-  $ tick --news 29
-  17:00  daemon  [socket] Receive cmd type=2
-  17:00  daemon  Delete user profile 2 and unblock all success
-  17:00  daemon  Delete profile 2 success
+  $ tick --news 28
+  17:01  daemon  [socket] Receive cmd type=2
+  17:01  daemon  Delete user profile 2 and unblock all success
+  17:01  daemon  Delete profile 2 success
   $ tick --news until 17:37
   17:30  daemon  export to /tmp/ApplicationData/app_usage.json success
   17:37  daemon  Block profile 1 to use network because 31 exceed 31

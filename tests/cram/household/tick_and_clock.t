@@ -9,7 +9,7 @@ A sandbox begins at a time of its own, which stands still unless somebody lets i
   $ clock
   Fri 2030-03-15 18:00:00 CET
 
-It can also pass until it is a certain time: the next time that it is so late, or a date's.
+It can also pass until a certain time: the next time that the clock shows it, or a date's.
 
   $ tick until 18:02
   $ clock
@@ -46,6 +46,14 @@ A tick of nothing, of half a thing and of two things is none.
                            let minutes pass: a tick of the daemon each
   [2]
   $ tick -1
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+  $ tick -99999999999999999999
+  usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
+                           let minutes pass: a tick of the daemon each
+  [2]
+  $ tick 99999999999999999999
   usage: tick [--news] [MINUTES | until 'HH:MM' | until 'DATE HH:MM']
                            let minutes pass: a tick of the daemon each
   [2]
