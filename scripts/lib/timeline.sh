@@ -1,5 +1,6 @@
 # shellcheck shell=bash
-# What an evening is told with: rows, what Ana types, what comes of it, and a look at the router.
+# Functions that tell an evening: they print rows, type what Ana types, show what comes of it, and
+# look at the router.
 # Sourced in a sandbox by a script that sets "slot", the hundredths of a second for a line, and
 # "now", the time at which it begins.
 
@@ -25,7 +26,7 @@ at_end() {
     local status=$?
     # 130: somebody pressed Ctrl-C.
     if ((status == 0 || status == 130)); then return; fi
-    echo "This scene did not happen as told: $title" >&2
+    if [[ $title ]]; then echo "This scene did not happen as told: $title" >&2; fi
     exit 1
 }
 trap at_end EXIT
@@ -76,19 +77,27 @@ explain() {
 # Shows the sandbox's news, read from standard input, without the requests in the log: Ana's rows
 # have them.
 show_news() {
-    local rows i times at who line
-    mapfile -t rows
-    for ((i = 0; i < ${#rows[@]}; i += times)); do
-        times=1
-        while [[ ${rows[i + times]-} == "${rows[i]}" ]]; do times=$((times + 1)); done
-        read -r at who line <<<"${rows[i]}"
-        if [[ $line == refused\ * ]]; then fail "the router knows: $line"; fi
-        if [[ $hushed || $line == '[socket]'* ]]; then continue; fi
-        now=$at REPLY=''
-        if [[ $who == router ]]; then explain "$line"; fi
-        if ((times > 1)); then REPLY+="${REPLY:+; }$times times"; fi
-        say "$who" "$line" "$REPLY"
+    local row last='' times=0
+    while IFS= read -r row; do
+        if [[ $row != "$last" ]]; then
+            show_repeated "$times" "$last"
+            last=$row times=0
+        fi
+        times=$((times + 1))
     done
+    show_repeated "$times" "$last"
+}
+
+# show_repeated TIMES ROW: one piece of news, which came so often in a row.
+show_repeated() {
+    local at who line
+    read -r at who line <<<"$2"
+    if [[ $line == refused\ * ]]; then fail "the router knows: $line"; fi
+    if [[ $1 == 0 || $hushed || $line == '[socket]'* ]]; then return; fi
+    now=$at REPLY=''
+    if [[ $who == router ]]; then explain "$line"; fi
+    if (($1 > 1)); then REPLY+="${REPLY:+; }$1 times"; fi
+    say "$who" "$line" "$REPLY"
 }
 
 pass_until() {
@@ -122,11 +131,13 @@ types() {
     if [[ $REPLY ]]; then fail "no answer: $1"; fi
 }
 
-# is_blocked LINE: whether "simrouter blocked" says so, and the router heeds its rules.
+# is_blocked LINE: whether "simrouter blocked" says so. The router has to heed its rules, or else
+# every "! is_blocked" would hold.
 is_blocked() {
     local state
     state=$(simrouter blocked) || fail 'simrouter says what is blocked'
-    [[ $state == *"$1"*'the application guard is on' ]]
+    [[ $state == *'the application guard is on' ]] || fail 'the application guard is on'
+    [[ $state == *"$1"* ]]
 }
 
 # ask_usage ID: a person's figures, in figure, and today's minutes by application, in minutes.

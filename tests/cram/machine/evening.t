@@ -16,6 +16,13 @@ A router that only says that it bars an application is found out.
   $ tail -n 1 evening
   18:30  usage   Ana: 0:20  (mail 0:20)
 
+So is one that does not heed its rules: what people may use would prove nothing then.
+
+  $ play 'echo 256 apg on >/tmp/router/fail'
+  1
+  expected: the application guard is on
+  This scene did not happen as told: and what they may use
+
 So is one that never lets it go again, and one that says nothing of what is used.
 
   $ play 'echo 256 apg acl del 02:00:00:00:00:2A 412 >/tmp/router/fail'
@@ -58,7 +65,7 @@ A daemon that dies.
   utm_appctl: cannot reach the daemon at /dev/utm_app_config_socket (Connection refused): is it running? Use -s for another socket
   This scene did not happen as told: A bonus
 
-It is for a sandbox, and for one page.
+It is for a sandbox, and for one page in a folder that exists.
 
   $ "$SOURCE/scripts/lib/evening" --fast page.html
   usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
@@ -66,3 +73,23 @@ It is for a sandbox, and for one page.
   $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --slow page.html
   usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
   [2]
+  $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --slow
+  usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
+  [2]
+  $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --fast ''
+  usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
+  [2]
+  $ UTM_SIM_DIR=$PWD "$SOURCE/scripts/lib/evening" --fast page.html
+  usage: scripts/sandbox --no-daemon scripts/lib/evening [--fast] PAGE
+  [2]
+  $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --fast nowhere/page.html
+  evening: there is no folder nowhere for the page
+  [2]
+
+A page's name may have a blank.
+
+  $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --fast 'the page.html' >evening
+  $ tail -c 8 'the page.html'
+  </html>
+  $ grep -c '\$ utm_appctl report --names /tmp/apps > the.* page.html' evening
+  1
