@@ -13,6 +13,21 @@ build_presets() {
     done
 }
 
+# passed_when_repeated LOG: names the tests that failed at first and then passed, as they may with
+# ctest --repeat.
+passed_when_repeated() {
+    awk 'match($0, / Test *#[0-9]+: /) {
+            split(substr($0, RSTART + RLENGTH), words, " ")
+            name = words[1]
+            if (/\*\*\*[FTE]/) failed[name] = 1
+            else if (/ Passed /) passed[name] = 1
+        }
+        END {
+            for (name in failed)
+                if (name in passed) print "Passed only when tried again: " name
+        }' "$1" | sort
+}
+
 # run_tests FOLDER PRESETS CTEST_ARGUMENT...: one CTest run over all of these builds, separated by
 # blanks; the prefix of a test's name tells its build. Fails when a test does, and when one was left
 # out that could run here.
@@ -35,8 +50,6 @@ run_tests() {
     # Such as ctest -N.
     [[ -e $folder/results.xml ]] || return "$status"
     scripts/lib/outcome "$folder/capabilities" "$folder/results.xml" || status=1
-    # With --repeat a test may have failed and passed.
-    ((status)) || sed -n 's/.* Test *#[0-9]*: \([^ ]*\) .*\*\*\*[FTE].*/Passed only when tried again: \1/p' \
-        "$folder/ctest.log"
+    passed_when_repeated "$folder/ctest.log"
     return "$status"
 }
