@@ -63,8 +63,8 @@ struct ctl_usage_document {
     size_t profile_count; ///< those that are not kept included
     ctl_part router_apps; ///< the most used this month first
     ctl_vector<ctl_app_use> apps;
-    ctl_vector<config_policy_rule_t>
-        rules;                      ///< those that limit or block: other actions mean nothing
+    /// Those that limit or block: other actions mean nothing.
+    ctl_vector<config_policy_rule_t> rules;
     ctl_vector<mac_text_t> devices; ///< whatever text the file has, cut to an address's length
 };
 

@@ -154,8 +154,8 @@ int32_t create_policy(const cmd_t &cmd, reply_t &reply) {
     return 0;
 }
 
-/// The action and the limit have 16 bits on the wire, without a sign: -1 arrives as 65535, and is
-/// refused as an action that nobody knows.
+/// The action and the limit have 16 bits on the wire, without a sign: -1 arrives as 65535. As an
+/// action that is refused, since nobody knows it; as a limit it is accepted.
 config_policy_rule_t rule_of(const cmd_t &cmd, int32_t index) {
     const utm_app_config_app_entry entry = utm_app_config_rule(cmd, index);
     return {static_cast<int32_t>(entry.app_id), entry.action, entry.limit};

@@ -37,8 +37,8 @@ int collect_ready() {
     return count;
 }
 
-/// A descriptor for reading that is not ready to be read is tried for writing. Neither can happen;
-/// if it does, the lines tell where to look.
+/// A descriptor is served only when it is ready for its kind. If one is not, the lines in the log
+/// tell where to look; one for reading is then tried for writing.
 void serve(int fd, const socket_event_handler *handler) {
     const int kind = table.kind[fd];
     if (kind != fd_event_read && kind != fd_event_write)
@@ -77,7 +77,7 @@ void fd_event_add(int fd, int kind, void *data) {
         utm_app_debug_log("Add fd failed: %d\n", fd);
         return;
     }
-    // Of another kind than read and write: refused without a line, unlike a bad descriptor.
+    // Any other kind is refused without a line, unlike a bad descriptor.
     if (kind != fd_event_read && kind != fd_event_write)
         return;
     FD_SET(fd, kind == fd_event_read ? &table.read_set : &table.write_set);

@@ -1,9 +1,8 @@
-/// How the daemon is linked. tests/binary has the rest; a sanitizer's runtime may read what it
-/// likes.
+/// What the daemon's program does not contain. tests/binary checks how it is linked.
 
 #include "tests/daemon/support/fixture.h"
 
-TEST(DaemonBinary, ItKeepsNoDoorForTests) {
+TEST(DaemonBinary, ItHasNoHooksForTests) {
     const std::string binary = sim_read_file(UTM_DAEMON);
 
     ASSERT_NE(binary.find("/dev/utm_app_config_socket"), std::string::npos);

@@ -1,5 +1,5 @@
 /// docs/protocol.md is correct: its numbers are those of format/protocol.h, its bytes those
-/// that the daemon takes and gives. That its clients work, a transcript shows.
+/// that the daemon takes and gives. A transcript shows that its clients work.
 
 #include "format/protocol.h"
 

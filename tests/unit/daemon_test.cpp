@@ -1,4 +1,4 @@
-/// The roof. How it settles its descriptors the daemon tests show.
+/// The daemon's start, its loop and its end. The daemon tests show how it settles its descriptors.
 
 #include "daemon.h"
 

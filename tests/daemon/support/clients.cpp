@@ -16,9 +16,31 @@ utm_app_config_cmd random_rules(std::mt19937 &random) {
     return sim_rules_command(pick(random, 1, 4), rules);
 }
 
-/// The commands, by number, whose arguments are numbers; but the switching of the log.
-constexpr uint8_t PLAIN_COMMANDS[] = {0,  1,  2,  26, 27, 28, 29, 30, 31, 32, 33,
-                                      34, 35, 36, 37, 39, 42, 44, 45, 47, 48, 49};
+/// The commands whose arguments are numbers; but the switching of the log.
+constexpr uint8_t PLAIN_COMMANDS[] = {
+    UTM_APP_CONFIG_PING,
+    UTM_APP_CONFIG_CREATE_PROFILE,
+    UTM_APP_CONFIG_DELETE_PROFILE,
+    UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE,
+    UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE,
+    UTM_APP_CONFIG_SET_DAILY_LIMIT,
+    UTM_APP_CONFIG_GET_DAILY_LIMIT,
+    UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT,
+    UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT,
+    UTM_APP_CONFIG_ADD_EXTEND,
+    UTM_APP_CONFIG_GET_EXTEND,
+    UTM_APP_CONFIG_RESET_EXTEND,
+    UTM_APP_CONFIG_GET_PROFILE_USAGE,
+    UTM_APP_CONFIG_GET_APP_USAGE,
+    UTM_APP_CONFIG_GET_PREV_DAY_USAGE,
+    UTM_APP_CONFIG_SET_ACTIVATE,
+    UTM_APP_CONFIG_CREATE_POLICY,
+    UTM_APP_CONFIG_DELETE_POLICY,
+    UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE,
+    UTM_APP_CONFIG_GET_STATUS,
+    UTM_APP_CONFIG_GET_EXPORT_INTERVAL,
+    UTM_APP_CONFIG_SET_EXPORT_INTERVAL,
+};
 
 } // namespace
 

@@ -1,7 +1,7 @@
 #pragma once
 /// The order in which the daemon takes its locks and calls the outside.
 ///
-/// The linker puts fakes for the calls that lock, read, write, sort and ask the machine. Each
+/// The linker replaces the calls that lock, read, write, sort and ask the machine with fakes. Each
 /// does what it always does; while a trace is being made it also leaves a word there, and a lock
 /// a pair of brackets. An export reads
 ///
