@@ -19,7 +19,7 @@ std::string sim_read_file(const std::string &path) {
     if (!file)
         return content;
     char chunk[4096];
-    while (size_t got = fread(chunk, 1, sizeof chunk, file.get()))
+    while (size_t got = fread(chunk, 1, sizeof(chunk), file.get()))
         content.append(chunk, got);
     return content;
 }

@@ -79,7 +79,7 @@ sim_timeout timeout_until(moment deadline) {
 /// Reads a piece; at the end, or when it cannot go on, the end is closed.
 void read_piece(int *end, std::string *text) {
     char piece[4096];
-    ssize_t got = read(*end, piece, sizeof piece);
+    ssize_t got = read(*end, piece, sizeof(piece));
     if (got > 0)
         text->append(piece, static_cast<size_t>(got));
     else if (got == 0 || errno != EINTR)

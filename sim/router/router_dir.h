@@ -23,6 +23,6 @@ inline constexpr char SIM_GUARD_FACT[] = "guard";
 /// @param mac  upper case with colons
 inline sim_fact sim_rule_fact(const char *mac, int32_t app_id) {
     sim_fact fact = {};
-    snprintf(fact.name, sizeof fact.name, "rule.%s.%d", mac, app_id);
+    snprintf(fact.name, sizeof(fact.name), "rule.%s.%d", mac, app_id);
     return fact;
 }

@@ -144,7 +144,7 @@ std::string read_device(reader *in, line_rest rest) {
     if (sscanf(device.mac.c_str(), "%2X:%2X:%2X:%2X:%2X:%2X", byte, byte + 1, byte + 2, byte + 3,
                byte + 4, byte + 5) != 6)
         return "\"" + device.mac + "\" is no address like 02:00:00:00:00:0A";
-    snprintf(written, sizeof written, "%02X:%02X:%02X:%02X:%02X:%02X", byte[0] & 0xFF,
+    snprintf(written, sizeof(written), "%02X:%02X:%02X:%02X:%02X:%02X", byte[0] & 0xFF,
              byte[1] & 0xFF, byte[2] & 0xFF, byte[3] & 0xFF, byte[4] & 0xFF, byte[5] & 0xFF);
     device.mac = written;
     device.name = remainder(rest);

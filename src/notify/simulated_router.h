@@ -24,7 +24,7 @@ inline sim_router_path sim_router_file(const char *name) {
     sim_router_path path = {};
     const char *directory = getenv(SIM_ROUTER_VARIABLE);
     if (directory != nullptr)
-        snprintf(path.text, sizeof path.text, "%s/%s", directory, name);
+        snprintf(path.text, sizeof(path.text), "%s/%s", directory, name);
     return path;
 }
 
@@ -59,6 +59,6 @@ struct sim_fact {
 
 inline sim_fact sim_blocked_fact(int32_t profile_id) {
     sim_fact fact = {};
-    snprintf(fact.name, sizeof fact.name, "profile.%d.blocked", profile_id);
+    snprintf(fact.name, sizeof(fact.name), "profile.%d.blocked", profile_id);
     return fact;
 }

@@ -39,7 +39,7 @@ std::vector<int> fill_queue(const sockaddr_un &address) {
     for (;;) {
         const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         fillers.push_back(fd);
-        if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+        if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0)
             return fillers;
     }
 }

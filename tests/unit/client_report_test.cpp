@@ -14,7 +14,7 @@ class ClientReport : public client_report_fixture {
 protected:
     void name(int32_t app_id, const char *text) {
         ctl_app_name entry = {app_id, {}};
-        snprintf(entry.name, sizeof entry.name, "%s", text);
+        snprintf(entry.name, sizeof(entry.name), "%s", text);
         ASSERT_TRUE(names_.add(entry));
     }
 
@@ -290,7 +290,7 @@ TEST_F(ClientReport, ShowsARuleBesideItsApplicationOrElseBelow) {
 
 TEST_F(ClientReport, LeavesThePageUntouchedWhenTheFileIsRefused) {
     char page[64] = "";
-    FILE *stream = fmemopen(page, sizeof page, "w");
+    FILE *stream = fmemopen(page, sizeof(page), "w");
     testing::internal::CaptureStderr();
     EXPECT_EQ(ctl_write_report(stream, write("{}").c_str(), names_), CTL_USAGE);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),

@@ -11,9 +11,9 @@ constexpr int32_t unread = -7;
 /// Cleans a text into just so much room; what lies behind must stay.
 std::string clean(const std::string &text, size_t room = 60) {
     char to[64];
-    memset(to, '!', sizeof to);
+    memset(to, '!', sizeof(to));
     ctl_copy_clean(to, room, text.c_str());
-    for (size_t i = room; i < sizeof to; ++i)
+    for (size_t i = room; i < sizeof(to); ++i)
         EXPECT_EQ(to[i], '!') << "byte " << i << " of a room of " << room;
     return to;
 }

@@ -43,7 +43,7 @@ struct terminal {
         std::string all;
         char piece[4096];
         for (;;) {
-            const ssize_t got = read(ours, piece, sizeof piece);
+            const ssize_t got = read(ours, piece, sizeof(piece));
             if (got <= 0)
                 return all;
             all.append(piece, static_cast<size_t>(got));

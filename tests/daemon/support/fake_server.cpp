@@ -45,7 +45,7 @@ std::string wire_of(const fake_reply &reply) {
     wire.app_usage_value = reply.app_minutes;
     wire.weekday_day = reply.weekday;
     wire.weekday_limit = reply.weekday_minutes;
-    return std::string(reinterpret_cast<const char *>(&wire), sizeof wire);
+    return std::string(reinterpret_cast<const char *>(&wire), sizeof(wire));
 }
 
 bool client_goes(int fd, int milliseconds) {
