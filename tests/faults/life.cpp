@@ -335,6 +335,19 @@ void watch_for_crashes() {
 void watch_for_crashes() {}
 #endif
 
+#ifdef __SANITIZE_ADDRESS__
+extern "C" int __lsan_do_recoverable_leak_check();
+
+void check_leaks() {
+    check(__lsan_do_recoverable_leak_check() == 0, "memory is lost");
+}
+#else
+void check_leaks() {}
+#endif
+
+/// Where lines are counted, writes down the counts, as `exit` would.
+extern "C" __attribute__((weak)) void __gcov_dump();
+
 void live_here(const fault &what) {
     {
         const outside not_the_daemon;
@@ -356,6 +369,7 @@ void live_here(const fault &what) {
     check(left == static_cast<size_t>(open_pipes()) + unserved,
           std::to_string(left) + " descriptors are left, " + std::to_string(open_pipes()) +
               " of them pipes, " + std::to_string(unserved) + " clients");
+    check_leaks();
     remains->is_done = true;
 }
 
@@ -384,6 +398,8 @@ life_t live(const fault &what) {
     if (pid == 0) {
         live_here(what);
         fflush(nullptr);
+        if (__gcov_dump != nullptr)
+            __gcov_dump();
         _exit(0);
     }
     int status = 0;

@@ -18,6 +18,10 @@ int calls_of(call which) {
     return plain.counted[static_cast<size_t>(which)];
 }
 
+/// AddressSanitizer makes a life ten times as long. It sees most in allocations; of the other calls
+/// it watches one in nine.
+constexpr int step_of_others = UTM_SANITIZED ? 9 : 1;
+
 struct ends_t {
     int lives = 0;
     int on_purpose = 0;
@@ -40,8 +44,9 @@ protected:
                 }
                 EXPECT_EQ(life.wrong, "")
                     << faults::name_of(which) << " " << nth << (onwards ? " and all after it" : "");
-                EXPECT_GE(life.counted[static_cast<size_t>(which)], nth)
-                    << "it did not come so far";
+                if (!life.is_ended_by_json && !life.is_ended_on_purpose) {
+                    EXPECT_GE(life.counted[static_cast<size_t>(which)], nth) << "it was not there";
+                }
                 ends.lives += 1;
                 ends.on_purpose += life.is_ended_on_purpose;
                 ends.by_json += life.is_ended_by_json;
@@ -70,27 +75,27 @@ TEST_F(FaultSweep, JsonAllocation) {
 #endif
 
 TEST_F(FaultSweep, ProgramsWithAPipe) {
-    EXPECT_EQ(sweep(call::popen).on_purpose, 0);
+    EXPECT_EQ(sweep(call::popen, step_of_others).on_purpose, 0);
 }
 
 TEST_F(FaultSweep, Programs) {
-    EXPECT_EQ(sweep(call::system).on_purpose, 0);
+    EXPECT_EQ(sweep(call::system, step_of_others).on_purpose, 0);
 }
 
 TEST_F(FaultSweep, Open) {
-    EXPECT_EQ(sweep(call::open).on_purpose, 0);
+    EXPECT_EQ(sweep(call::open, step_of_others).on_purpose, 0);
 }
 
 TEST_F(FaultSweep, Write) {
-    EXPECT_EQ(sweep(call::write).on_purpose, 0);
+    EXPECT_EQ(sweep(call::write, step_of_others).on_purpose, 0);
 }
 
 TEST_F(FaultSweep, Rename) {
-    EXPECT_EQ(sweep(call::rename).on_purpose, 0);
+    EXPECT_EQ(sweep(call::rename, step_of_others).on_purpose, 0);
 }
 
 TEST_F(FaultSweep, Stat) {
-    EXPECT_EQ(sweep(call::stat).on_purpose, 0);
+    EXPECT_EQ(sweep(call::stat, step_of_others).on_purpose, 0);
 }
 
 } // namespace
