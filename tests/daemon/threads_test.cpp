@@ -4,12 +4,13 @@
 #include "tests/daemon/support/fixture.h"
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 
 namespace {
 
 constexpr unsigned CLIENTS = 4;
-constexpr size_t COMMANDS = 10'000;
+const size_t COMMANDS = as_many_as("UTM_COMMANDS", 10'000);
 
 class DaemonThreads : public daemon_test {
 protected:
@@ -87,6 +88,7 @@ TEST_F(DaemonThreads, NoCommandSharesAnythingUnguardedWithATick) {
 
 TEST_F(DaemonThreads, TicksAndCommandsShareEverythingWithoutARace) {
     int ticks = 0;
+    size_t answered = 0;
     {
         busy_clients clients(CLIENTS, random_with_log);
         while (clients.answered() < COMMANDS && !HasFatalFailure()) {
@@ -95,8 +97,10 @@ TEST_F(DaemonThreads, TicksAndCommandsShareEverythingWithoutARace) {
             sim_clock_jump(&clock, 11 * 60 * 60); // every other tick is on a new day
         }
         clients.stop();
+        answered = clients.answered();
         EXPECT_EQ(clients.left_waiting(), 0u);
     }
+    printf("%zu commands beside %d ticks\n", answered, ticks);
 
     EXPECT_GT(ticks, 16) << "the days did not pass";
     EXPECT_EQ(ask({.type = UTM_APP_CONFIG_PING}), UTM_APP_CONFIG_STATUS_OK);

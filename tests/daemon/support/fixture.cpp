@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <poll.h>
@@ -82,6 +83,11 @@ bool wait_for_fake(const std::string &part, size_t before) {
 }
 
 } // namespace
+
+size_t as_many_as(const char *variable, size_t otherwise) {
+    const char *text = getenv(variable);
+    return text == nullptr ? otherwise : strtoul(text, nullptr, 10);
+}
 
 text_lines log_lines() {
     return sim_split_lines(sim_read_file(LOG_PATH));
