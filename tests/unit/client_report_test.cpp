@@ -288,6 +288,31 @@ TEST_F(ClientReport, ShowsARuleBesideItsApplicationOrElseBelow) {
                                         "<li><bdi>Application 7</bdi>: limit 1h30m a day</li>\n");
 }
 
+TEST_F(ClientReport, CountsTheRulesAndDevicesThatItDoesNotShow) {
+    std::string rules;
+    std::string devices;
+    for (int i = 1; i <= 40; ++i) {
+        const std::string comma = i == 1 ? "" : ",";
+        rules += comma + "{\"app_id\":" + std::to_string(i) + ",\"action\":2}";
+        devices += comma + "\"02:00:00:00:00:" + std::to_string(10 + i) + "\"";
+    }
+    const std::string page = page_of_profile(",\"app_policy\":{\"app_list\":[" + rules +
+                                             "]},\"device_list\":[" + devices + "]");
+    EXPECT_EQ(count(page, ": always blocked</li>"), 20U);
+    EXPECT_EQ(lines_with(page, " more<"), "<li>8 more</li>\n<li>20 more</li>\n");
+}
+
+TEST_F(ClientReport, DrawsAFewLinesHoweverLongADayWas) {
+    for (const int64_t minutes : {1, 5'761, 100'000, 2'147'483'647}) {
+        const std::string page =
+            page_of_profile(R"(,"app_stat_list":[{"app_id":5,"weekly_used":0,"monthly_used":0,)"
+                            R"("daily_used":)" +
+                            std::to_string(minutes) + "}]");
+        EXPECT_GE(count(page, "class=\"grid\""), 2U) << minutes;
+        EXPECT_LE(count(page, "class=\"grid\""), 5U) << minutes;
+    }
+}
+
 TEST_F(ClientReport, LeavesThePageUntouchedWhenTheFileIsRefused) {
     char page[64] = "";
     FILE *stream = fmemopen(page, sizeof(page), "w");
