@@ -20,6 +20,7 @@ int __real_pclose(FILE *pipe);
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *old, size_t size);
+void *__real_reallocarray(void *old, size_t count, size_t size);
 int __real_open(const char *path, int flags, ...);
 int __real_openat(int folder, const char *path, int flags, ...);
 ssize_t __real_write(int fd, const void *bytes, size_t size);
@@ -164,6 +165,10 @@ void *__wrap_calloc(size_t count, size_t size) {
 
 void *__wrap_realloc(void *old, size_t size) {
     return fails(call::allocation) ? nullptr : __real_realloc(old, size);
+}
+
+void *__wrap_reallocarray(void *old, size_t count, size_t size) {
+    return fails(call::allocation) ? nullptr : __real_reallocarray(old, count, size);
 }
 
 FILE *__wrap_popen(const char *line, const char *) {

@@ -11,7 +11,7 @@ int main(int argc, char **argv) {
     // No thread but a life's own ones is the daemon's.
     const faults::outside not_the_daemon;
     if (argc < 2 || std::string(argv[1]) != "--gtest_list_tests")
-        sim_enter_sandbox(argv, {UTM_BUILD_DIR});
+        sim_enter_sandbox(argv, {UTM_BUILD_DIR, UTM_SOURCE_DIR});
     setenv("TZ", "UTC0", 1);
     tzset();
     testing::InitGoogleTest(&argc, argv);

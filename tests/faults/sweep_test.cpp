@@ -28,7 +28,7 @@ struct ends_t {
     int by_json = 0;
 };
 
-class FaultSweep : public testing::Test {
+class fault_sweep : public testing::Test {
 protected:
     /// Fails each call of a kind once, and each with all after it.
     /// @param step  leaves the calls between out
@@ -58,7 +58,13 @@ protected:
     }
 };
 
-TEST_F(FaultSweep, Allocation) {
+/// Suites run side by side.
+class FaultsOfMemory : public fault_sweep {};
+class FaultsOfPrograms : public fault_sweep {};
+class FaultsOfFiles : public fault_sweep {};
+class FaultsOfLooks : public fault_sweep {};
+
+TEST_F(FaultsOfMemory, Allocation) {
     const ends_t ends = sweep(call::allocation);
     EXPECT_GT(ends.on_purpose, 0);
 }
@@ -68,33 +74,33 @@ TEST_F(FaultSweep, Allocation) {
 /// is asked for is what is left: it ends in json-c and nowhere else, or the store is whole. There
 /// are thousands of these calls, and most are of a few places: one of them in UTM_FAULT_STEP fails,
 /// or one in 37.
-TEST_F(FaultSweep, JsonAllocation) {
+TEST_F(FaultsOfMemory, JsonAllocation) {
     const char *step = getenv("UTM_FAULT_STEP");
     EXPECT_EQ(sweep(call::json_allocation, step == nullptr ? 37 : atoi(step)).on_purpose, 0);
 }
 #endif
 
-TEST_F(FaultSweep, ProgramsWithAPipe) {
+TEST_F(FaultsOfPrograms, ProgramsWithAPipe) {
     EXPECT_EQ(sweep(call::popen, step_of_others).on_purpose, 0);
 }
 
-TEST_F(FaultSweep, Programs) {
+TEST_F(FaultsOfPrograms, Programs) {
     EXPECT_EQ(sweep(call::system, step_of_others).on_purpose, 0);
 }
 
-TEST_F(FaultSweep, Open) {
+TEST_F(FaultsOfFiles, Open) {
     EXPECT_EQ(sweep(call::open, step_of_others).on_purpose, 0);
 }
 
-TEST_F(FaultSweep, Write) {
+TEST_F(FaultsOfFiles, Write) {
     EXPECT_EQ(sweep(call::write, step_of_others).on_purpose, 0);
 }
 
-TEST_F(FaultSweep, Rename) {
+TEST_F(FaultsOfFiles, Rename) {
     EXPECT_EQ(sweep(call::rename, step_of_others).on_purpose, 0);
 }
 
-TEST_F(FaultSweep, Stat) {
+TEST_F(FaultsOfLooks, Stat) {
     EXPECT_EQ(sweep(call::stat, step_of_others).on_purpose, 0);
 }
 
