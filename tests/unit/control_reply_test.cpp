@@ -2,6 +2,7 @@
 
 #include "tests/lib/sockets.h"
 #include "tests/lib/world.h"
+#include "tests/unit/support/call_trace.h"
 
 #include <csignal>
 #include <cstring>
@@ -125,6 +126,14 @@ TEST_F(Reply, BlockGoesInOnePiece) {
     close(stream[0]);
     EXPECT_GT(taken, 0u);
     EXPECT_EQ(taken % sizeof(list.replies), 0u) << taken;
+}
+
+TEST_F(Reply, EndIsNotSentToAClientThatHasGoneBeforeIt) {
+    const auto before = signal(SIGPIPE, SIG_IGN);
+    shutdown(ends_[0], SHUT_RD);
+    // The entries fill a block, which goes when there is no room for the end.
+    EXPECT_EQ(call_trace::of([this] { write_list(block); }), "reply");
+    signal(SIGPIPE, before);
 }
 
 TEST_F(Reply, ThatWaitsIsGivenUp) {
