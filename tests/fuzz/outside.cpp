@@ -36,6 +36,7 @@ struct state_t {
     long uptime = 86'400;
     int status = 0;
     std::string reply;
+    int replies_left = 0;
     int queries_to_fail = 0;
     const utm_app_config_cmd *request = nullptr;
     std::string answer;
@@ -136,7 +137,9 @@ FILE *__wrap_popen(const char *line, const char *) {
         --state.queries_to_fail;
         return nullptr;
     }
-    return fmemopen(state.reply.data(), state.reply.size(), "r");
+    const size_t size = state.replies_left > 0 ? state.reply.size() : 0;
+    --state.replies_left;
+    return fmemopen(state.reply.data(), size, "r");
 }
 
 int __wrap_pclose(FILE *pipe) {
@@ -193,8 +196,11 @@ void prepare() {
     utm_app_debug_mutex.create();
     utm_app_export_import_mutex.create();
     utm_export_interval_rwlock.create();
-    const mutex_guard lock(utm_app_config_mutex);
-    utm_app_store_init(default_now);
+    {
+        const mutex_guard lock(utm_app_config_mutex);
+        utm_app_store_init(default_now);
+    }
+    reset();
 }
 
 void reset() {
@@ -230,8 +236,9 @@ void set_status(int status) {
     state.status = status;
 }
 
-void set_reply(std::string text) {
+void set_reply(std::string text, int queries) {
     state.reply = std::move(text);
+    state.replies_left = queries;
 }
 
 void fail_queries(int count) {

@@ -35,8 +35,8 @@ void set_uptime(long seconds);
 /// The raw status that every command line ends with.
 void set_status(int status);
 
-/// What every query prints from here on.
-void set_reply(std::string text);
+/// What the next queries print; all others print nothing.
+void set_reply(std::string text, int queries);
 
 /// Makes the next queries fail to start.
 void fail_queries(int count);

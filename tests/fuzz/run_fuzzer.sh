@@ -11,9 +11,11 @@ source=$(cd "$(dirname "$0")" && pwd)
 
 [[ $start == on ]] || rm -rf "$folder/corpus"
 mkdir -p "$folder/corpus" "$folder/found"
-# Long inputs take long and meet little else: shorter ones come first.
-options=(-max_len=2048 -len_control=100 -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 -print_final_stats=1
-    -artifact_prefix="$folder/found/")
+# Long inputs take long and meet little else: shorter ones come first. To name each function that is
+# reached for the first time would take the first seconds.
+options=(-max_len=2048 -len_control=100 -print_funcs=0 -max_total_time="$seconds" -timeout=10
+    -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$folder/found/")
+[[ $name != commands ]] || options+=(-max_len=512) # 64 steps
 [[ ! -e $source/dictionaries/$name ]] || options+=(-dict="$source/dictionaries/$name")
 inputs=("$folder/corpus")
 for inherited in "$source/seeds/$name" "$source/regressions/$name"; do

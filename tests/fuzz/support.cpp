@@ -12,7 +12,7 @@
 /// Short stacks and a small quarantine make an allocation twice as fast; what was freed is still
 /// kept for longer than any input runs.
 extern "C" const char *__asan_default_options() {
-    return "malloc_context_size=8:quarantine_size_mb=16:thread_local_quarantine_size_kb=256";
+    return "malloc_context_size=2:quarantine_size_mb=16";
 }
 
 namespace fuzz {

@@ -138,5 +138,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     check_import(text, empty_store, empty_store);
     // What is configured is in no import, so here the store stays.
     check_import(text, household, [] {});
+    outside::reset();
     return 0;
 }
