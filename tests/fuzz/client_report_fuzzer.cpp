@@ -5,6 +5,7 @@
 
 #include "client/report.h"
 #include "tests/fuzz/client_output.h"
+#include "tests/fuzz/json_mutator.h"
 #include "tests/fuzz/text_checks.h"
 
 #include <ctime>
@@ -27,6 +28,10 @@ void read_odd_names() {
 }
 
 } // namespace
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *bytes, size_t size, size_t most, unsigned seed) {
+    return fuzz::mutate_json(bytes, size, most, seed);
+}
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     fuzz::enter_sandbox(*arguments);

@@ -4,6 +4,7 @@
 /// An input is one reply or several, with a byte 255 between them; one buffer serves them all, as
 /// it does in a tick.
 
+#include "tests/fuzz/json_mutator.h"
 #include "tests/fuzz/support.h"
 #include "usage/statistics_query.h"
 
@@ -90,6 +91,10 @@ void compare(std::string *printed, statistics_reply_t *reply) {
 }
 
 } // namespace
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *bytes, size_t size, size_t most, unsigned seed) {
+    return fuzz::mutate_json(bytes, size, most, seed);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     fuzz::reader_t input(bytes, size);

@@ -7,6 +7,7 @@
 #include "core/json.h"
 #include "persist/export.h"
 #include "persist/import.h"
+#include "tests/fuzz/json_mutator.h"
 #include "tests/fuzz/outside.h"
 #include "tests/fuzz/support.h"
 #include "tests/lib/invariants.h"
@@ -125,6 +126,10 @@ void check_import(const std::string &text, void (*prepare)(), void (*prepare_aga
 }
 
 } // namespace
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *bytes, size_t size, size_t most, unsigned seed) {
+    return fuzz::mutate_json(bytes, size, most, seed);
+}
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     fuzz::enter_sandbox(*arguments);
