@@ -16,7 +16,7 @@ failed=0
 # expect STATUS TEXT: what is said about a run of the tests in the folder.
 expect() {
     local said status=0
-    "$ctest" --test-dir "$folder" --repeat until-pass:2 --output-log "$folder/log" >/dev/null 2>&1 ||
+    "$ctest" --test-dir "$folder" --repeat until-pass:2 --output-log "$folder/log" &>/dev/null ||
         status=$?
     said=$(passed_when_repeated "$folder/log")
     if [[ $((status > 0)) != "$1" || $said != "$2" ]]; then
