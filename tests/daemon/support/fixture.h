@@ -28,7 +28,7 @@ inline constexpr bool IS_SANITIZED = sizeof UTM_SANITIZER > 1;
 /// The programs are the router's, with its C library, and an emulator runs them.
 inline constexpr bool IS_EMULATED = sizeof UTM_EMULATOR > 1;
 
-/// How often a test does something: for a run of hours a variable of the environment says so.
+/// How often a test does something: for a longer run a variable of the environment says so.
 /// @param otherwise  where it is not set
 size_t as_many_as(const char *variable, size_t otherwise);
 
