@@ -31,6 +31,9 @@ int __real_lstat(const char *path, struct stat *status);
 int __real_fstat(int fd, struct stat *status);
 int __real_fstatat(int folder, const char *path, struct stat *status, int flags);
 int __real_access(const char *path, int mode);
+#if UTM_COVERAGE
+void __gcov_dump();
+#endif
 }
 
 namespace faults {
@@ -136,6 +139,14 @@ void on_sleep(std::function<void()> act) {
 int open_pipes() {
     const std::lock_guard lock(pipes_lock);
     return static_cast<int>(pipes.size());
+}
+
+void leave(int status) {
+    fflush(nullptr);
+#if UTM_COVERAGE
+    __gcov_dump();
+#endif
+    _exit(status);
 }
 
 bool fails(call which) {

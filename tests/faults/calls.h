@@ -77,6 +77,9 @@ int open_pipes();
 bool is_called_by_json();
 #endif
 
+/// Ends a process that was forked. Where lines are counted, their counts are written.
+[[noreturn]] void leave(int status);
+
 /// For the fakes: counts a call.
 /// @return whether it is to fail
 bool fails(call which);

@@ -55,8 +55,7 @@ run_t run(std::vector<std::string> words, const faults::fault &what) {
         const int status = ctl_main(static_cast<int>(words.size()), arguments.data());
         faults::suspend();
         *counts = faults::counted();
-        fflush(nullptr);
-        _exit(status);
+        faults::leave(status);
     }
     run_t result;
     if (pid < 0 || waitpid(pid, &result.status, 0) != pid)

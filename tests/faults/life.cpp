@@ -345,9 +345,6 @@ void check_leaks() {
 void check_leaks() {}
 #endif
 
-/// Where lines are counted, writes down the counts, as `exit` would.
-extern "C" __attribute__((weak)) void __gcov_dump();
-
 void live_here(const fault &what) {
     {
         const outside not_the_daemon;
@@ -397,10 +394,7 @@ life_t live(const fault &what) {
     const pid_t pid = fork();
     if (pid == 0) {
         live_here(what);
-        fflush(nullptr);
-        if (__gcov_dump != nullptr)
-            __gcov_dump();
-        _exit(0);
+        leave(0);
     }
     int status = 0;
     if (pid < 0 || waitpid(pid, &status, 0) != pid)
