@@ -96,6 +96,10 @@ TEST_F(FaultsOfFiles, Write) {
     EXPECT_EQ(sweep(call::write, step_of_others).on_purpose, 0);
 }
 
+TEST_F(FaultsOfFiles, Sync) {
+    EXPECT_EQ(sweep(call::sync, step_of_others).on_purpose, 0);
+}
+
 TEST_F(FaultsOfFiles, Rename) {
     EXPECT_EQ(sweep(call::rename, step_of_others).on_purpose, 0);
 }
