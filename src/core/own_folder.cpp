@@ -22,6 +22,18 @@ int fail(int error) {
     return -1;
 }
 
+/// Takes the slashes from a path's end: with one there the kernel would follow a link that the path
+/// ends at, whoever laid it.
+/// @return whether the path then ends with a name
+bool end_with_a_name(char *path) {
+    char *end = path + strlen(path);
+    while (end > path + 1 && end[-1] == '/')
+        *--end = '\0';
+    const char *slash = strrchr(path, '/');
+    const char *name = slash == nullptr ? path : slash + 1;
+    return strcmp(name, ".") != 0 && strcmp(name, "..") != 0;
+}
+
 /// Puts a link's target in the place of the link's own path.
 bool follow(int link, char *path, size_t room) {
     char *slash = strrchr(path, '/');
@@ -35,7 +47,7 @@ bool follow(int link, char *path, size_t room) {
         return false;
     memcpy(to, target, static_cast<size_t>(length));
     to[length] = '\0';
-    return true;
+    return end_with_a_name(path);
 }
 
 bool is_ours_alone(const struct stat &status) {

@@ -3,9 +3,11 @@
 #include "persist/place.h"
 
 #include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 
 namespace {
@@ -38,10 +40,35 @@ bool is_same_file(const struct stat &a, const struct stat &b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// The one name that a new file has until it is whole: what a killed export has left is in its way
-/// and goes first, so leftovers do not pile up.
-const char *new_name_beside(const char *name) {
-    return strcmp(name, usage_file_new_name) == 0 ? usage_file_other_new_name : usage_file_new_name;
+/// What a new file is called until it is whole.
+struct new_name_t {
+    char text[32];
+};
+
+/// The usual name is always the same: what a killed export has left is in its way and goes first,
+/// so leftovers do not pile up. Only a folder that somebody has laid there does not go, and then
+/// the name is one that nobody can guess.
+/// @return false with `errno` set when the folder takes no other name either
+bool take_new_name(int folder, const char *old_name, new_name_t *name) {
+    const bool is_taken = strcmp(old_name, usage_file_new_name) == 0;
+    strcpy(name->text, is_taken ? usage_file_other_new_name : usage_file_new_name);
+    if (unlinkat(folder, name->text, 0) == 0 || errno == ENOENT)
+        return true;
+    if (errno != EISDIR)
+        return false;
+    uint64_t random = 0;
+    if (getrandom(&random, sizeof(random), GRND_NONBLOCK) != sizeof(random))
+        return false;
+    snprintf(name->text, sizeof(name->text), "%s.%016" PRIx64, usage_file_new_name, random);
+    return true;
+}
+
+/// @return whether the name still leads to the file: another daemon may have taken it meanwhile
+bool is_named(int folder, const char *name, int fd) {
+    struct stat file = {};
+    struct stat named = {};
+    return fstat(fd, &file) == 0 && fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           is_same_file(file, named);
 }
 
 /// Gives a file the owner and the mode of another one.
@@ -68,18 +95,21 @@ outcome_t fill(int fd, const struct stat *old, const usage_text_t &text) {
 
 outcome_t write_new(const place_t &place, const struct stat *old, const usage_text_t &text) {
     const int folder = place.folder.get();
-    const char *name = new_name_beside(place.name);
-    if (unlinkat(folder, name, 0) != 0 && errno != ENOENT)
+    new_name_t name;
+    if (!take_new_name(folder, place.name, &name))
         return outcome_of_error();
-    const fd_guard file(openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+    const fd_guard file(openat(folder, name.text,
+                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                                old == nullptr ? usage_file_mode : private_mode));
     if (file.get() < 0)
         return outcome_of_error();
     outcome_t outcome = fill(file.get(), old, text);
-    if (outcome == outcome_t::written && renameat(folder, name, folder, place.name) != 0)
+    if (outcome == outcome_t::written && !is_named(folder, name.text, file.get()))
+        return outcome_t::failed;
+    if (outcome == outcome_t::written && renameat(folder, name.text, folder, place.name) != 0)
         outcome = outcome_of_error();
     if (outcome != outcome_t::written)
-        unlinkat(folder, name, 0);
+        unlinkat(folder, name.text, 0);
     return outcome;
 }
 

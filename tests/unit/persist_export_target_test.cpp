@@ -187,11 +187,25 @@ TEST_F(ExportTarget, OverwritesInAFolderThatTakesNoNewFile) {
     ASSERT_EQ(chmod(folder, 0755), 0);
 }
 
-TEST_F(ExportTarget, LeavesTheOldFileWhereAFolderHasTheNewOnesName) {
+TEST_F(ExportTarget, IsWrittenWhereAFolderHasTheNewOnesName) {
     write_file(export_path, "old");
     fs::create_directory(new_file);
-    expect_refused(export_path);
+    write_file(std::string(new_file) + "/theirs", "");
+    expect_written(export_path);
+    EXPECT_EQ(names(), ".utm_appd.new\nexport.json\n");
+}
+
+TEST_F(ExportTarget, PutsNoFileInPlaceThatAnotherExportHasBegun) {
+    write_file(export_path, "old");
+    const auto begin_another = [](const std::string &word) {
+        if (word != "flush")
+            return;
+        fs::remove(new_file);
+        write_file(new_file, "half");
+    };
+    call_trace::of([] { EXPECT_EQ(utm_app_export_statistics_to(export_path), -1); }, begin_another);
     EXPECT_EQ(read_file(export_path), "old");
+    EXPECT_EQ(read_file(new_file), "half");
 }
 
 // ---- Links ---------------------------------------------------------------------------------

@@ -71,6 +71,25 @@ protected:
     }
 };
 
+/// With a slash at its end a path leads through a link there, whoever laid it.
+TEST_F(OwnFolder, IsNotReachedThroughAStrangersLinkBehindALinkWithASlash) {
+    UTM_NEEDS("other-owners", may_give_folders_away);
+    make_folder("/tmp/usage/secret");
+    fs::create_symlink("/tmp/usage/secret", "/tmp/usage/theirs");
+    ASSERT_EQ(lchown("/tmp/usage/theirs", 12345, 12345), 0);
+    for (const char *target : {"/tmp/usage/theirs", "/tmp/usage/theirs/", "/tmp/usage/theirs//",
+                               "/tmp/usage/theirs/.", "/tmp/usage/theirs/./"}) {
+        fs::create_symlink(target, own_folder);
+        expect_unused();
+        fs::remove(own_folder);
+        make_folder(own_folder); // found good in between, so that the next is said again
+        world::quietly([] { EXPECT_EQ(utm_app_export_statistics_to(usage_file_path), 0); });
+        fs::remove_all(own_folder);
+    }
+    fs::create_symlink("/tmp/usage/secret/", own_folder);
+    EXPECT_EQ(utm_app_export_statistics_to(usage_file_path), 0);
+}
+
 TEST_F(OwnFolder, IsUsedWhereNobodyElseMayWrite) {
     for (const mode_t mode : {0700U, 0755U, 0711U}) {
         make_folder(own_folder, mode);
