@@ -9,7 +9,7 @@
 /// How long, in real time, to wait for something that should happen at once. Generous: it is
 /// reached only when something is broken, or on a very slow machine.
 struct sim_timeout {
-    std::chrono::milliseconds limit{20'000};
+    std::chrono::milliseconds limit{60'000};
 };
 
 /// For reading an answer: without a limit.

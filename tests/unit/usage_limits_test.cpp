@@ -180,7 +180,9 @@ TEST_F(Limits, TodayIsTheLocalDay) {
 
 TEST_F(Limits, ADayWithoutAnEntryTakesNoLimit) {
     config_user_profile_t *profile = make_profile(5);
-    list_unlink(&(*++ ++ ++weekdays_of(profile).begin()).link);
+    config_weekday_limit_t *entry = &*++ ++ ++weekdays_of(profile).begin();
+    list_unlink(&entry->link);
+    free(entry);
     const std::string before = world::render(*profile);
     EXPECT_EQ(utm_app_set_weekday_daily_limit(5, 3, 30), 0);
     EXPECT_EQ(world::render(*profile), before);
