@@ -294,7 +294,7 @@ modes_of_folders() {
     stat -c %A /tmp/ApplicationData /tmp/utm_log | tr '\n' ' ' | sed 's/ $//'
 }
 
-# lay KIND PATH OWNER: somebody was there first.
+# lay KIND PATH OWNER: somebody was there first. A KIND that is a path is where a link leads to.
 # @return 1 where there is no second user, as in a user's namespace
 lay() {
     mkdir -p "${2%/*}"
@@ -304,6 +304,7 @@ lay() {
     fifo) mkfifo "$2" ;;
     link) ln -s $victim "$2" ;;
     dangling) ln -s $victim.new "$2" ;;
+    /*) ln -s "$1" "$2" ;;
     file) usage_of 99 >"$2" ;;
     esac
     chown -h "$3" "$2" 2>/dev/null || {
@@ -779,6 +780,112 @@ END
     done
 }
 
+a_link_of_a_stranger_s_makes_way_and_what_it_leads_to_stays_as_it_is() {
+    for target in /tmp/open /etc; do
+        fresh_router
+        configure activate 1
+        usage_of 42 >$saved
+        mkdir -m 1777 /tmp/open
+        mode=$(stat -c %A $target)
+        lay $target /tmp/ApplicationData 65534 || continue
+        lay $target /tmp/utm_log 65534
+        start_and_settle
+        check "$target: mode" "$mode" "$(stat -c %A $target)"
+        check "$target: used" 42 "$(used_today)"
+        check "$target: whose" "drwx------ drwx------" "$(modes_of_folders)"
+        for name in ApplicationData utm_log; do
+            check "$target: aside" $target "$(readlink /tmp/$name.aside.*/$name)"
+        done
+        check_transcript_without_procd <<END
+utm_appd daemon.warning: /tmp/ApplicationData $not_root_s /tmp/ApplicationData.aside.X
+utm_appd daemon.warning: /tmp/utm_log $not_root_s /tmp/utm_log.aside.X
+$came_up
+$switched_on
+$asked_status
+$restored
+END
+        $init stop
+    done
+}
+
+a_folder_in_the_new_usage_file_s_place_makes_way() {
+    for name in .utm_appd.new .utm_appd.new2; do
+        mkdir -p /tmp/ApplicationData/$name/full
+    done
+    chmod 0777 /tmp/ApplicationData
+    start_and_settle
+    ask activate on
+    $init save
+    check "exported" $usage "$(ls $usage 2>&1)"
+    new=/tmp/ApplicationData/.utm_appd.new
+    check "aside" "$new.aside.X/.utm_appd.new/full
+${new}2.aside.X/.utm_appd.new2/full" \
+        "$(find /tmp/ApplicationData -name full | sed 's/aside\.[^/]*/aside.X/' | sort)"
+    check_transcript_without_procd <<END
+utm_appd daemon.warning: others could write to /tmp/ApplicationData: not any more
+utm_appd daemon.warning: $new $not_root_s $new.aside.X
+utm_appd daemon.warning: ${new}2 $not_root_s ${new}2.aside.X
+$came_up
+$asked_status
+$exported
+$was_saved
+END
+}
+
+# Whoever waits there must not keep the watch from starting.
+a_run_folder_that_is_not_root_s_own_is_not_read() {
+    for owner in 0 65534; do
+        fresh_router
+        lay folder /var/run/utm_appd $owner || continue
+        chmod 0777 /var/run/utm_appd
+        mkfifo /var/run/utm_appd/watch.pid
+        start_and_settle
+        if [ -p /var/run/utm_appd/watch.pid ]; then
+            check "$owner: the watch starts" yes no
+            return # a stop would wait as well
+        fi
+        check "$owner: the watch" "$(pidof utm_appd_watch)" "$(cat /var/run/utm_appd/watch.pid)"
+        if [ $owner = 0 ]; then
+            laid=/var/run/utm_appd/watch.pid
+            echo "utm_appd daemon.warning: others could write to /var/run/utm_appd: not any more"
+        else
+            laid=/var/run/utm_appd
+        fi >/tmp/closed
+        check_transcript_without_procd <<END
+$(cat /tmp/closed; echo "utm_appd daemon.warning: $laid $not_root_s $laid.aside.X")
+$came_up
+END
+        $init stop
+    done
+}
+
+without_a_run_folder_of_root_s_own_nothing_starts() {
+    mkdir -m 0777 /tmp/open
+    ln -s /tmp/open /var/run/utm_appd
+    timeout 10 utm_appd_watch run
+    check "status" 1 $?
+    check "files" "" "$(ls -A /tmp/open)"
+    check_gone
+    check_transcript <<END
+utm_appd daemon.err: /var/run/utm_appd does not lead to a folder that only root may write: not used
+END
+}
+
+a_fifo_in_the_saved_file_s_place_keeps_nobody_from_saving() {
+    configure activate 1
+    start_and_settle
+    transcript >/dev/null
+    mkfifo $saved
+    $init save &
+    until_true 10 told "saved what was used" || check "saves" yes no
+    check "file" "regular file" "$(stat -c %F $saved)"
+    check_transcript <<END
+$asked_status
+$exported
+$was_saved
+END
+}
+
 a_folder_of_root_s_that_others_could_write_is_closed_to_them() {
     configure activate 1
     usage_of 42 >$saved
@@ -805,19 +912,43 @@ END
 }
 
 a_link_of_root_s_own_to_flash_is_used() {
-    configure activate 1
-    usage_of 42 >$saved
-    mkdir -m 0755 /etc/utm_appd/flash
-    ln -s ../etc/utm_appd/flash /tmp/ApplicationData
-    start_and_settle
-    check "used" 42 "$(used_today)"
-    check "file" 42 "$(used_in /etc/utm_appd/flash/app_usage.json)"
-    check_transcript_without_procd <<END
+    for target in ../etc/utm_appd/flash /etc/utm_appd/flash//; do
+        fresh_router
+        configure activate 1
+        usage_of 42 >$saved
+        mkdir -m 0755 /etc/utm_appd/flash
+        ln -s $target /tmp/ApplicationData
+        start_and_settle
+        check "$target: used" 42 "$(used_today)"
+        check "$target: file" 42 "$(used_in /etc/utm_appd/flash/app_usage.json)"
+        check_transcript_without_procd <<END
 $came_up
 $switched_on
 $asked_status
 $restored
 END
+        $init stop
+    done
+}
+
+# Neither is it with a slash at its end, which would hide the second link.
+a_link_of_root_s_own_by_way_of_a_stranger_s_is_not_used() {
+    for target in /tmp/hop /tmp/hop/ ../tmp/hop//; do
+        fresh_router
+        configure activate 1
+        usage_of 42 >$saved
+        mkdir -m 0755 /etc/utm_appd/flash
+        lay /etc/utm_appd/flash /tmp/hop 65534 || continue
+        ln -s $target /tmp/ApplicationData
+        start_and_settle
+        check "$target: brought back" "" "$(grep -lr '"daily_used":42' /etc/utm_appd/flash)"
+        check_transcript_without_procd <<END
+utm_appd daemon.err: /tmp/ApplicationData does not lead to a folder that only root may write: not used
+$came_up
+$switched_on
+END
+        $init stop
+    done
 }
 
 # It is not for the package to close what root has opened elsewhere, nor to undo root's own link.
@@ -881,6 +1012,17 @@ limits_that_are_off_when_the_time_arrives_leave_the_restoring_to_the_front_end()
     check_transcript <<END
 $restored
 END
+}
+
+a_watch_that_was_killed_goes_on_waiting_for_the_time() {
+    boot_in_1970
+    transcript >/dev/null
+    kill -KILL "$(pidof utm_appd_watch)"
+    until_true 10 told "watching it as it is" || check "another watch" yes no
+    until_true 10 watch_naps
+    time_arrives '2026-03-04 12:40'
+    until_true 20 told "restored what was used" || check "restored" yes no
+    check "used" "$(document 62 15 "$games" T)" "$(exported_now)"
 }
 
 # The saved file is worth more than what has been counted since the boot, and is there once more.
