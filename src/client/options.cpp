@@ -136,6 +136,11 @@ void library_form(option *longs, char *letters) {
     longs[row_count] = {};
 }
 
+/// musl's getopt_long ends at a lone "-", which glibc's takes for the operand that it is.
+bool is_lone_dash(int argc, char **argv, int word) {
+    return optind == word && word < argc && strcmp(argv[word], "-") == 0;
+}
+
 bool has_more_than_one(unsigned bits) {
     return (bits & (bits - 1)) != 0;
 }
@@ -151,6 +156,13 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
     for (;;) {
         const int word = optind;
         const int value = getopt_long(argc, argv, letters, longs, nullptr);
+        if (value == -1 && is_lone_dash(argc, argv, word)) {
+            ++optind;
+            if (!options->operands.add(argv[word]))
+                return ctl_fail(CTL_BROKEN, "out of memory");
+            unit_may_follow = false;
+            continue;
+        }
         if (value == -1)
             break;
         if (value == operand_value) {

@@ -4,6 +4,7 @@
 #include "tests/lib/world.h"
 
 #include <cerrno>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
@@ -94,8 +95,8 @@ TEST(ClientNames, NeedAFileThatCanBeReadToItsEnd) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(ctl_read_names("/proc/self/mem", &names), CTL_USAGE);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "utm_appctl: cannot read the applications' names from /proc/self/mem: "
-              "Input/output error\n");
+              std::string("utm_appctl: cannot read the applications' names from /proc/self/mem: ") +
+                  strerror(EIO) + "\n");
 }
 
 TEST(ClientNames, AreFoundByNumber) {
