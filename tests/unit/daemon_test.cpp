@@ -17,6 +17,7 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -169,6 +170,29 @@ protected:
         fs::remove_all(UTM_APP_CONFIG_SOCKET_PATH);
         Daemon::TearDown();
     }
+
+    /// Ends the control-socket thread while it waits for a program that a client's command started.
+    /// @param act  done in that thread, once its end has begun
+    static void end_the_thread_during_a_program(const std::function<void()> &act) {
+        ASSERT_EQ(utm_app_config_handler_init(), 0);
+        world::make_profile(1, {world::tablet});
+        std::atomic<bool> runs = false;
+        world::on_system([&](const std::string &) {
+            runs = true;
+            pollfd end = {listen_fd, 0, 0};
+            EXPECT_EQ(poll(&end, 1, -1), 1);
+            act();
+            return 0;
+        });
+        ASSERT_EQ(utm_app_config_handler_start(), 0);
+        const int client = sim_connect();
+        const utm_app_config_cmd asked = world::request(UTM_APP_CONFIG_DELETE_PROFILE, {1});
+        ASSERT_EQ(write(client, &asked, sizeof(asked)), static_cast<ssize_t>(sizeof(asked)));
+        while (!runs)
+            std::this_thread::yield();
+        utm_app_config_handler_stop();
+        close(client);
+    }
 };
 
 TEST_F(DaemonStart, StartsWithAnEmptyStoreAndAllTimesAtNow) {
@@ -250,48 +274,14 @@ void (*handler_of_sigpipe())(int) {
 TEST_F(DaemonStart, KeepsItsHandlerOfSigpipeWhileItEndsTheThread) {
     // A signal that is ignored stays so in the programs that are started, and with it their pipes
     // no longer end them.
-    ASSERT_EQ(utm_app_config_handler_init(), 0);
-    world::make_profile(1, {world::tablet});
-    std::atomic<bool> runs = false;
     void (*during)(int) = nullptr;
-    world::on_system([&](const std::string &) {
-        runs = true;
-        pollfd end = {listen_fd, 0, 0};
-        EXPECT_EQ(poll(&end, 1, -1), 1);
-        during = handler_of_sigpipe();
-        return 0;
-    });
-    ASSERT_EQ(utm_app_config_handler_start(), 0);
-    const int client = sim_connect();
-    const utm_app_config_cmd asked = world::request(UTM_APP_CONFIG_DELETE_PROFILE, {1});
-    ASSERT_EQ(write(client, &asked, sizeof(asked)), static_cast<ssize_t>(sizeof(asked)));
-    while (!runs)
-        std::this_thread::yield();
-    utm_app_config_handler_stop();
-    close(client);
+    end_the_thread_during_a_program([&] { during = handler_of_sigpipe(); });
     EXPECT_EQ(during, signal_handler);
     EXPECT_EQ(handler_of_sigpipe(), signal_handler);
 }
 
 TEST_F(DaemonStart, IsSilentAboutSigpipeWhileItEndsTheThread) {
-    ASSERT_EQ(utm_app_config_handler_init(), 0);
-    world::make_profile(1, {world::tablet});
-    std::atomic<bool> runs = false;
-    world::on_system([&](const std::string &) {
-        runs = true;
-        pollfd end = {listen_fd, 0, 0};
-        EXPECT_EQ(poll(&end, 1, -1), 1);
-        raise(SIGPIPE);
-        return 0;
-    });
-    ASSERT_EQ(utm_app_config_handler_start(), 0);
-    const int client = sim_connect();
-    const utm_app_config_cmd asked = world::request(UTM_APP_CONFIG_DELETE_PROFILE, {1});
-    ASSERT_EQ(write(client, &asked, sizeof(asked)), static_cast<ssize_t>(sizeof(asked)));
-    while (!runs)
-        std::this_thread::yield();
-    utm_app_config_handler_stop();
-    close(client);
+    end_the_thread_during_a_program([] { raise(SIGPIPE); });
     EXPECT_EQ(world::trace().find("SIGPIPE"), std::string::npos) << world::trace();
 }
 
