@@ -35,7 +35,7 @@ struct app_history {
 struct history {
     const unit_t *unit;
     time_t now; ///< what "ago" counts from, for every chart alike
-    ctl_vector<app_history> apps = {};
+    plain_vector<app_history> apps = {};
 
     /// @return the total of all applications
     app_history sum() const {

@@ -5,7 +5,7 @@
 /// Empty lines and lines that begin with # are skipped.
 
 #include "client/message.h"
-#include "client/vector.h"
+#include "core/vector.h"
 
 #include <cstdint>
 
@@ -21,7 +21,7 @@ struct ctl_app_name {
 };
 
 /// In the file's order; of two lines for one application the first holds.
-using ctl_app_names = ctl_vector<ctl_app_name>;
+using ctl_app_names = plain_vector<ctl_app_name>;
 
 /// Reads a file of names.
 /// @param path  null: `ctl_names_path`, which need not exist

@@ -3,7 +3,7 @@
 /// takes.
 
 #include "client/connection.h"
-#include "client/vector.h"
+#include "core/vector.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -40,7 +40,7 @@ struct ctl_options {
     int32_t week = 0;                       ///< weeks ago
     const char *history_unit = nullptr;     ///< "days" by --days, --history days or --history=days
     unsigned given = 0;                     ///< bits of `ctl_option`
-    ctl_vector<const char *> operands = {}; ///< the words that are no options, in order
+    plain_vector<const char *> operands = {}; ///< the words that are no options, in order
 
     bool has(ctl_option option) const { return (given & option) != 0; }
 };

@@ -3,7 +3,7 @@
 
 #include "client/message.h"
 #include "client/names.h"
-#include "client/vector.h"
+#include "core/vector.h"
 #include "core/json.h"
 
 #include <cstdint>
@@ -29,7 +29,7 @@ struct ctl_table {
     struct row {
         ctl_cell cells[ctl_table_columns];
     };
-    ctl_vector<row> rows = {};
+    plain_vector<row> rows = {};
     bool complete = true; ///< false once memory ran out
 };
 
@@ -55,7 +55,7 @@ struct ctl_bar {
     bool is_present; ///< the day or week that is not over yet: in another colour
 };
 
-using ctl_bars = ctl_vector<ctl_bar>;
+using ctl_bars = plain_vector<ctl_bar>;
 
 /// How a chart is drawn.
 struct ctl_style {

@@ -32,7 +32,7 @@ struct weekday_limit {
     int32_t minutes;
 };
 
-using weekday_limits = ctl_vector<weekday_limit>;
+using weekday_limits = plain_vector<weekday_limit>;
 
 ctl_exit print_weekdays(const weekday_limits &limits) {
     ctl_table table;
@@ -56,7 +56,7 @@ ctl_exit print_weekdays_json(int32_t profile_id, const weekday_limits &limits) {
     return document.print();
 }
 
-using rule_list = ctl_vector<utm_app_config_app_entry>;
+using rule_list = plain_vector<utm_app_config_app_entry>;
 
 /// Sends rules in their order, as many to a request as it has room for. A refusal ends it; what was
 /// sent before stays.
@@ -142,7 +142,7 @@ ctl_exit ctl_interval_show(const ctl_call &call) {
 
 /// Sends a request for each of the devices. All addresses are looked at before the first is sent.
 ctl_exit ctl_devices(const ctl_call &call) {
-    ctl_vector<utm_app_config_cmd> requests;
+    plain_vector<utm_app_config_cmd> requests;
     for (const char *operand : call.operands.subspan(1)) {
         utm_app_config_cmd request = call.request;
         uint8_t mac[mac_bytes];

@@ -50,7 +50,7 @@ int compare_apps(const void *left_record, const void *right_record) {
 }
 
 /// @param history  where to add the applications' days, or null
-[[nodiscard]] bool read_apps(json_object *list, ctl_vector<ctl_app_use> *apps, ctl_part *part,
+[[nodiscard]] bool read_apps(json_object *list, plain_vector<ctl_app_use> *apps, ctl_part *part,
                              int64_t *history) {
     part->first = apps->size();
     const size_t count = json_array_size(list);
@@ -69,7 +69,7 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_rules(json_object *list, ctl_vector<config_policy_rule_t> *rules,
+[[nodiscard]] bool read_rules(json_object *list, plain_vector<config_policy_rule_t> *rules,
                               ctl_part *part) {
     part->first = rules->size();
     const size_t count = json_array_size(list);
@@ -85,7 +85,7 @@ int compare_apps(const void *left_record, const void *right_record) {
     return true;
 }
 
-[[nodiscard]] bool read_devices(json_object *list, ctl_vector<mac_text_t> *devices,
+[[nodiscard]] bool read_devices(json_object *list, plain_vector<mac_text_t> *devices,
                                 ctl_profile_use *profile) {
     profile->devices.first = devices->size();
     const size_t count = json_array_size(list);

@@ -5,7 +5,7 @@
 /// clean, and sums fit.
 
 #include "client/message.h"
-#include "client/vector.h"
+#include "core/vector.h"
 #include "format/usage_file.h"
 
 #include <cstdint>
@@ -59,18 +59,18 @@ struct ctl_profile_use {
 struct ctl_usage_document {
     bool has_time;
     int64_t timestamp; ///< seconds since 1970; 0 without one
-    ctl_vector<ctl_profile_use> profiles;
+    plain_vector<ctl_profile_use> profiles;
     size_t profile_count; ///< those that are not kept included
     ctl_part router_apps; ///< the most used this month first
-    ctl_vector<ctl_app_use> apps;
+    plain_vector<ctl_app_use> apps;
     /// Those that limit or block: other actions mean nothing.
-    ctl_vector<config_policy_rule_t> rules;
-    ctl_vector<mac_text_t> devices; ///< whatever text the file has, cut to an address's length
+    plain_vector<config_policy_rule_t> rules;
+    plain_vector<mac_text_t> devices; ///< whatever text the file has, cut to an address's length
 };
 
 /// @return the records of a part of a list
 template <typename T>
-std::span<const T> ctl_records(const ctl_vector<T> &list, ctl_part part) {
+std::span<const T> ctl_records(const plain_vector<T> &list, ctl_part part) {
     return {list.begin() + part.first, part.count};
 }
 

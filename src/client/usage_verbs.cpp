@@ -92,7 +92,7 @@ struct app_minutes {
     int32_t minutes;
 };
 
-using app_list = ctl_vector<app_minutes>;
+using app_list = plain_vector<app_minutes>;
 
 ctl_exit read_apps(const ctl_call &call, int32_t selector, app_list *apps) {
     utm_app_config_cmd request = {

@@ -7,14 +7,14 @@
 
 /// Owns its elements, which are plain data. When memory runs out it stays as it was.
 template <typename T>
-class ctl_vector {
+class plain_vector {
     static_assert(std::is_trivially_copyable_v<T>);
 
 public:
-    ctl_vector() = default;
-    ~ctl_vector() { free(elements_); }
-    ctl_vector(const ctl_vector &) = delete;
-    ctl_vector &operator=(const ctl_vector &) = delete;
+    plain_vector() = default;
+    ~plain_vector() { free(elements_); }
+    plain_vector(const plain_vector &) = delete;
+    plain_vector &operator=(const plain_vector &) = delete;
 
     /// @return false when memory ran out
     [[nodiscard]] bool add(const T &element) {
