@@ -95,6 +95,9 @@ void sim_enter_sandbox(char **arguments, std::vector<std::string> keep) {
         refuse(why);
     // That of the caller may name a folder that is out of sight.
     setenv("TMPDIR", "/tmp", 1);
+    // The client's own files, as well.
+    setenv("UTM_APPCTL_HOUSEHOLD", "/tmp/household.json", 1);
+    setenv("UTM_APPCTL_STATE", "/tmp/utm_appctl", 1);
 }
 
 std::string sim_sandbox_way() {
