@@ -2,44 +2,16 @@
 
 #include "client/output.h"
 #include "client/report.h"
+#include "client/standing.h"
 #include "client/temporary_file.h"
 #include "client/usage_document.h"
 #include "client/verbs.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
 
-/// One profile's standing, in minutes.
-struct standing {
-    usage_counters_t used;
-    int64_t limit;
-    int64_t extend;
-    bool enabled;
-
-    int64_t left() const { return std::max<int64_t>(0, limit + extend - used.daily); }
-};
-
-/// Asks four times, since the protocol has a command for each figure. Time may pass in between, so
-/// the figures can be a minute apart.
-ctl_exit read_standing(const ctl_call &call, standing *of) {
-    utm_app_config_reply used = {};
-    utm_app_config_reply limit = {};
-    utm_app_config_reply enable = {};
-    utm_app_config_reply extend = {};
-    const ctl_exit status = ctl_ask_each(call, {{UTM_APP_CONFIG_GET_PROFILE_USAGE, &used},
-                                                {UTM_APP_CONFIG_GET_DAILY_LIMIT, &limit},
-                                                {UTM_APP_CONFIG_GET_DAILY_LIMIT_ENABLE, &enable},
-                                                {UTM_APP_CONFIG_GET_EXTEND, &extend}});
-    of->used = {used.daily_used, used.weekly_used, used.monthly_used};
-    of->limit = limit.daily_limit;
-    of->enabled = enable.daily_limit_enable != 0;
-    of->extend = extend.extend;
-    return status;
-}
-
-ctl_exit print_standing(const standing &of) {
+ctl_exit print_standing(const ctl_standing &of) {
     ctl_table table;
     ctl_add_minutes(&table, "today", of.used.daily);
     ctl_add_minutes(&table, "this week", ctl_week_of(of.used));
@@ -51,9 +23,9 @@ ctl_exit print_standing(const standing &of) {
     return ctl_print(table);
 }
 
-ctl_exit print_standing_json(int32_t id, const standing &of) {
+ctl_exit print_standing_json(const ctl_standing &of) {
     ctl_document document;
-    document.add_int("profile", id);
+    document.add_int("profile", of.number);
     document.add_int("today", of.used.daily);
     document.add_int("week", ctl_week_of(of.used));
     document.add_int("month", ctl_month_of(of.used));
@@ -65,11 +37,14 @@ ctl_exit print_standing_json(int32_t id, const standing &of) {
 }
 
 ctl_exit show_standing(const ctl_call &call) {
-    standing of = {};
-    const ctl_exit status = read_standing(call, &of);
+    ctl_standing of = {};
+    // Whether limits are on is not shown, so it is not asked.
+    const ctl_exit status = ctl_read_standing(call.options.daemon, call.profile_id(), false, &of);
     if (status != CTL_DONE)
         return status;
-    return call.json() ? print_standing_json(call.profile_id(), of) : print_standing(of);
+    if (!of.is_known)
+        return ctl_refused(call.verb.refusal);
+    return call.json() ? print_standing_json(of) : print_standing(of);
 }
 
 /// A day, week or month that is asked for.
