@@ -31,7 +31,9 @@ pid_t launch(const sim_daemon_options &options) {
     setenv(SIM_SLEEPER_VARIABLE, "1", 1);
     if (options.in_child)
         options.in_child();
-    sim_exec({options.binary});
+    std::vector<std::string> command_line = {options.binary};
+    command_line.insert(command_line.end(), options.arguments.begin(), options.arguments.end());
+    sim_exec(command_line);
 }
 
 /// musl's `daemon` forks twice: what is still in our session, or leads its own, is about to fork

@@ -13,7 +13,8 @@
 
 /// Where everything is, and what the daemon is to believe.
 struct sim_daemon_options {
-    std::string binary = {};       ///< the daemon
+    std::string binary = {}; ///< the daemon
+    std::vector<std::string> arguments = {};
     std::string fakes = {};        ///< directory that goes first on its PATH
     std::string router_dir = {};   ///< the simulated router's directory (UTM_SIM_DIR)
     std::string time_zone = "UTC"; ///< TZ
