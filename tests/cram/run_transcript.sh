@@ -4,7 +4,7 @@
 #   run_transcript.sh FOLDER mounts|redirection|any BUILD CRAM FILE.t
 #
 # household: it is typed in a sandbox, beside a daemon, with the sandbox's commands on the PATH.
-# client, commands: the same, but nobody is online, and it is noon on Tuesday, 2030-01-01.
+# client, commands, order: the same, but nobody is online, and it is noon on Tuesday, 2030-01-01.
 # machine:   it is typed on the machine; utm_sandbox and the build's programs are on the PATH, and
 #            $SANDBOX_WAY, $BUILD and $SOURCE are set.
 #
@@ -70,7 +70,7 @@ in_sandbox() {
 command=("$cram" --preserve-env "$name.t")
 case $where in
 household) in_sandbox ;;
-client | commands) in_sandbox --scenario none --start '2030-01-01 12:00' ;;
+client | commands | order) in_sandbox --scenario none --start '2030-01-01 12:00' ;;
 esac
 status=0
 in_environment "${command[@]}" || status=$?
