@@ -1,24 +1,20 @@
 #include "client/arguments.h"
 
 #include "client/message.h"
-#include "client/text.h"
 #include "client/verbs.h"
-#include "core/clock.h"
 #include "core/mac.h"
+#include "format/spelling.h"
 
+#include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
-#include <strings.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr const char *weekday_names[days_per_week] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                                      "Thursday", "Friday", "Saturday"};
 
 /// What a shell takes as it stands.
 constexpr char harmless_characters[] =
@@ -45,7 +41,7 @@ bool read_rule_action(const char *text, utm_app_config_app_entry *rule) {
         rule->action = POLICY_ACTION_BLOCK;
     } else if (strcmp(text, "remove") == 0) {
         rule->action = POLICY_ACTION_REMOVE;
-    } else if (ctl_parse_minutes(text, &minutes) && minutes <= UINT16_MAX) {
+    } else if (spelling_minutes(text, &minutes) && minutes <= UINT16_MAX) {
         rule->action = POLICY_ACTION_LIMIT;
         rule->limit = static_cast<uint16_t>(minutes);
     } else {
@@ -108,36 +104,31 @@ bool ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operan
 }
 
 bool ctl_read_number(const char *text, const char *what, int32_t *number) {
-    return ctl_parse_int(text, number) ||
+    return spelling_number(text, number) ||
            refuse("\"%s\" is not %s: give a whole number, such as 3", text, what);
 }
 
 bool ctl_read_minutes(const char *text, int32_t *minutes) {
-    return ctl_parse_minutes(text, minutes) ||
+    return spelling_minutes(text, minutes) ||
            refuse("\"%s\" is not a time: give minutes, such as 90, 90m or 1h30m", text);
 }
 
 bool ctl_read_switch(const char *text, int32_t *value) {
-    *value = strcmp(text, "on") == 0;
-    return *value == 1 || strcmp(text, "off") == 0 || refuse("\"%s\" is neither on nor off", text);
+    bool on = false;
+    if (!spelling_switch(text, &on))
+        return refuse("\"%s\" is neither on nor off", text);
+    *value = on;
+    return true;
 }
 
 bool ctl_read_weekday(const char *text, int32_t *day) {
-    const size_t length = strlen(text);
-    for (int32_t i = 0; i < days_per_week; ++i) {
-        // Three letters tell every day from the others.
-        const bool is_number = length == 1 && text[0] == '0' + i;
-        if (is_number || (length >= 3 && strncasecmp(text, weekday_names[i], length) == 0)) {
-            *day = i;
-            return true;
-        }
-    }
-    return refuse("\"%s\" is not a weekday: give a name, such as monday or mon, or 0 (Sunday) to 6",
-                  text);
-}
-
-const char *ctl_weekday_name(int32_t day) {
-    return day >= 0 && day < days_per_week ? weekday_names[day] : "?";
+    weekday_set_t days = 0;
+    if (!spelling_days(text, &days) || !std::has_single_bit(days))
+        return refuse(
+            "\"%s\" is not a weekday: give a name, such as monday or mon, or 0 (Sunday) to 6",
+            text);
+    *day = std::countr_zero(days);
+    return true;
 }
 
 bool ctl_read_mac(const char *text, uint8_t *mac) {

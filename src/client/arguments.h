@@ -29,17 +29,15 @@ struct ctl_bounds {
 /// @param what  what it is, for the complaint: "a profile's number"
 [[nodiscard]] bool ctl_read_number(const char *text, const char *what, int32_t *number);
 
-/// Reads minutes in any of the forms of `ctl_parse_minutes`.
+/// Reads minutes in any of the forms of `spelling_minutes`.
 [[nodiscard]] bool ctl_read_minutes(const char *text, int32_t *minutes);
 
-/// Reads "on" or "off".
+/// Reads any of the words of `spelling_switch`.
+/// @param value  out: 1 or 0
 [[nodiscard]] bool ctl_read_switch(const char *text, int32_t *value);
 
 /// Reads a weekday: 0 (Sunday) to 6, or its English name, of which three letters are enough.
 [[nodiscard]] bool ctl_read_weekday(const char *text, int32_t *day);
-
-/// @return "Sunday" for 0 and so on; "?" when there is no such day
-[[nodiscard]] const char *ctl_weekday_name(int32_t day);
 
 /// Reads a MAC address in any of the forms of `mac_parse`.
 /// @param mac  out: `mac_bytes` bytes in transmission order

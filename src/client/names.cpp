@@ -1,13 +1,13 @@
 #include "client/names.h"
 
 #include "client/message.h"
-#include "client/text.h"
 #include "core/owners.h"
 #include "core/regular_file.h"
+#include "core/text.h"
+#include "format/spelling.h"
 
 #include <cerrno>
 #include <cstring>
-#include <strings.h>
 
 namespace {
 
@@ -24,9 +24,9 @@ bool parse_line(char *line, ctl_app_name *entry) {
         --length;
     name[length] = '\0';
     *number_end = '\0';
-    if (length == 0 || !ctl_parse_int(number, &entry->app_id))
+    if (length == 0 || !spelling_number(number, &entry->app_id))
         return false;
-    ctl_copy_clean(entry->name, sizeof(entry->name), name);
+    text_copy_clean(entry->name, sizeof(entry->name), name);
     return true;
 }
 
@@ -88,10 +88,10 @@ const char *ctl_find_name(const ctl_app_names &names, int32_t app_id) {
 }
 
 bool ctl_find_app(const ctl_app_names &names, const char *text, int32_t *app_id) {
-    if (ctl_parse_int(text, app_id))
+    if (spelling_number(text, app_id))
         return true;
     for (const ctl_app_name &entry : names)
-        if (strcasecmp(entry.name, text) == 0) {
+        if (text_is_same(entry.name, text)) {
             *app_id = entry.app_id;
             return true;
         }

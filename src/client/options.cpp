@@ -2,8 +2,8 @@
 
 #include "client/message.h"
 #include "client/names.h"
-#include "client/text.h"
 #include "format/protocol.h"
+#include "format/spelling.h"
 
 #include <cstring>
 #include <getopt.h>
@@ -64,7 +64,7 @@ const option_row *row_of(int value) {
 
 bool read_bounded(const char *text, const option_row &row, int32_t least, int32_t most,
                   int32_t *number) {
-    if (ctl_parse_int(text, number) && *number >= least && *number <= most)
+    if (spelling_number(text, number) && *number >= least && *number <= most)
         return true;
     ctl_say("\"%s\" is not valid for --%s: give a whole number from %d to %d", text, row.name,
             least, most);

@@ -1,6 +1,8 @@
 #include "client/output.h"
 
 #include "client/text.h"
+#include "core/text.h"
+#include "format/spelling.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -21,7 +23,7 @@ widths widths_of(const ctl_table &table) {
     widths widest = {};
     for (const ctl_table::row &row : table.rows)
         for (int i = 0; i < ctl_table_columns; ++i)
-            widest.of[i] = std::max(widest.of[i], ctl_text_width(row.cells[i].text));
+            widest.of[i] = std::max(widest.of[i], text_width(row.cells[i].text));
     return widest;
 }
 
@@ -37,7 +39,7 @@ void print_row(const ctl_table::row &row, const widths &widest) {
     const int count = filled_columns(row);
     for (int i = 0; i < count; ++i) {
         const char *text = row.cells[i].text;
-        const int padding = static_cast<int>(widest.of[i] - ctl_text_width(text));
+        const int padding = static_cast<int>(widest.of[i] - text_width(text));
         if (i == 0)
             printf("%s%*s", text, count > 1 ? padding : 0, "");
         else
@@ -70,7 +72,7 @@ int terminal_columns() {
         return size.ws_col;
     const char *columns = getenv("COLUMNS");
     int32_t number = 0;
-    if (columns != nullptr && ctl_parse_int(columns, &number) && number > 0)
+    if (columns != nullptr && spelling_number(columns, &number) && number > 0)
         return number;
     return columns_unless_told;
 }
@@ -91,7 +93,7 @@ int number_width(int64_t number) {
 layout layout_of(const ctl_bars &bars, int columns) {
     layout of = {};
     for (const ctl_bar &bar : bars) {
-        of.label = std::max(of.label, static_cast<int>(ctl_text_width(bar.label.text)));
+        of.label = std::max(of.label, static_cast<int>(text_width(bar.label.text)));
         of.number = std::max(of.number, number_width(bar.minutes));
         of.time = std::max(of.time, static_cast<int>(strlen(ctl_time_of(bar.minutes).text)));
         of.largest = std::max(of.largest, bar.minutes);
@@ -120,7 +122,7 @@ void print_bar(int length, bool utf8) {
 }
 
 void print_line(const ctl_bar &bar, const layout &of, const ctl_style &style) {
-    const int padding = of.label - static_cast<int>(ctl_text_width(bar.label.text));
+    const int padding = of.label - static_cast<int>(text_width(bar.label.text));
     const int length = bar_length(bar.minutes, of);
     printf("%s%*s  %*lld  %*s", bar.label.text, padding, "", of.number,
            static_cast<long long>(bar.minutes), of.time, ctl_time_of(bar.minutes).text);

@@ -6,6 +6,7 @@
 #include "client/verbs.h"
 #include "core/clock.h"
 #include "core/mac.h"
+#include "format/spelling.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -38,7 +39,7 @@ ctl_exit print_weekdays(const weekday_limits &limits) {
     ctl_table table;
     ctl_add_heading(&table, "DAY");
     for (const weekday_limit &limit : limits)
-        ctl_add_minutes(&table, ctl_weekday_name(limit.day), limit.minutes);
+        ctl_add_minutes(&table, spelling_weekday(limit.day), limit.minutes);
     return ctl_print(table);
 }
 
@@ -49,7 +50,7 @@ ctl_exit print_weekdays_json(int32_t profile_id, const weekday_limits &limits) {
     for (const weekday_limit &limit : limits) {
         ctl_document day;
         day.add_int("day", limit.day);
-        day.add_text("name", ctl_weekday_name(limit.day));
+        day.add_text("name", spelling_weekday(limit.day));
         day.add_int("minutes", limit.minutes);
         document.append(days, &day);
     }

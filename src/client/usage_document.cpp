@@ -1,8 +1,8 @@
 #include "client/usage_document.h"
 
 #include "client/message.h"
-#include "client/text.h"
 #include "core/regular_file.h"
+#include "core/text.h"
 #include "format/protocol.h"
 #include "format/usage_file.h"
 
@@ -96,7 +96,7 @@ int compare_apps(const void *left_record, const void *right_record) {
         if (profile->device_count++ >= ctl_devices_max)
             continue;
         mac_text_t device = {};
-        ctl_copy_clean(device.text, sizeof(device.text), json_object_get_string(element));
+        text_copy_clean(device.text, sizeof(device.text), json_object_get_string(element));
         if (!devices->add(device))
             return false;
     }

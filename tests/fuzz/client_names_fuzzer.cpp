@@ -6,13 +6,13 @@
 #include "client/names.h"
 #include "client/output.h"
 #include "client/page.h"
-#include "client/text.h"
+#include "core/text.h"
+#include "format/spelling.h"
 #include "tests/fuzz/client_output.h"
 #include "tests/fuzz/text_checks.h"
 
 #include <cstring>
 #include <memory>
-#include <strings.h>
 #include <utility>
 
 namespace {
@@ -34,14 +34,14 @@ void check_look_ups(const ctl_app_names &names, const ctl_app_name &entry) {
     int32_t number = 0;
     fuzz::check(ctl_find_app(names, entry.name, &found), "a name finds no application");
     // A name that is a number means that application.
-    if (ctl_parse_int(entry.name, &number)) {
+    if (spelling_number(entry.name, &number)) {
         fuzz::check(found == number, "a number finds another application");
         return;
     }
     bool is_named_so = false;
     for (const ctl_app_name &other : names)
         is_named_so =
-            is_named_so || (other.app_id == found && strcasecmp(other.name, entry.name) == 0);
+            is_named_so || (other.app_id == found && text_is_same(other.name, entry.name));
     fuzz::check(is_named_so, "a name finds an application of another name");
 }
 

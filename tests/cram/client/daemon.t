@@ -33,21 +33,18 @@ The router is told when limits are turned on or off.
   lcsh apg off
   notify status_changed 1 0
 
-A switch knows "on" and "off" alone. The daemon is not asked anything else.
+A switch knows the words of a configuration file too, in any case. The daemon is not asked anything
+else.
 
-  $ utm_appctl debug on
+  $ utm_appctl debug YES
   $ forget
-  $ for word in 1 ON '' offf; do
+  $ for word in o '' offf; do
   >   utm_appctl activate "$word" || echo "status $?"
   >   utm_appctl debug "$word" || echo "status $?"
   > done
-  utm_appctl: "1" is neither on nor off
+  utm_appctl: "o" is neither on nor off
   status 2
-  utm_appctl: "1" is neither on nor off
-  status 2
-  utm_appctl: "ON" is neither on nor off
-  status 2
-  utm_appctl: "ON" is neither on nor off
+  utm_appctl: "o" is neither on nor off
   status 2
   utm_appctl: "" is neither on nor off
   status 2

@@ -52,8 +52,8 @@ The daemon is not asked about a day that is none.
   status 2
   utm_appctl: "funday" is not a weekday: give a name, such as monday or mon, or 0 (Sunday) to 6
   status 2
-  $ utm_appctl weekday set 3 mon 1:30
-  utm_appctl: "1:30" is not a time: give minutes, such as 90, 90m or 1h30m
+  $ utm_appctl weekday set 3 mon 1:3
+  utm_appctl: "1:3" is not a time: give minutes, such as 90, 90m or 1h30m
   [2]
   $ log
 
