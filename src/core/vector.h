@@ -24,6 +24,9 @@ public:
         return true;
     }
 
+    /// Forgets the elements, and keeps their room.
+    void clear() { size_ = 0; }
+
     size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
     T &operator[](size_t index) { return elements_[index]; }
