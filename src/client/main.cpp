@@ -3,6 +3,7 @@
 
 #include "client/arguments.h"
 #include "client/message.h"
+#include "client/output.h"
 #include "client/verbs.h"
 
 #include <cerrno>
@@ -152,21 +153,41 @@ ctl_exit run_verb(const ctl_verb &verb, const ctl_options &options) {
     return verb.run(call);
 }
 
-ctl_exit dispatch(const ctl_options &options) {
-    if (options.has(CTL_OPTION_VERSION)) {
+ctl_exit give_version(const ctl_options &options) {
+    if (!options.has(CTL_OPTION_JSON)) {
         puts("utm_appctl " UTM_APPCTL_VERSION);
         return CTL_DONE;
     }
+    ctl_document document;
+    document.add_text("version", UTM_APPCTL_VERSION);
+    return document.print();
+}
+
+bool begins_with_help(const verb_words &words) {
+    return words.noun != nullptr && strcmp(words.noun, "help") == 0;
+}
+
+ctl_exit dispatch(const ctl_options &options) {
+    if (options.has(CTL_OPTION_VERSION))
+        return give_version(options);
     const verb_words words = words_at(options, 0);
-    const bool is_help = words.noun != nullptr && strcmp(words.noun, "help") == 0;
+    const bool is_help = begins_with_help(words);
     if (options.has(CTL_OPTION_HELP) || is_help)
         return give_help(is_help ? words_at(options, 1) : words);
+    if (words.noun == nullptr && options.has(CTL_OPTION_JSON))
+        return ctl_fail(CTL_USAGE, "a command is missing; see utm_appctl --help");
     if (words.noun == nullptr) {
         write_help(stderr);
         return CTL_USAGE;
     }
     const ctl_verb *verb = find_verb(words);
     return verb == nullptr ? no_verb(words) : run_verb(*verb, options);
+}
+
+/// Help is for people alone, and the only answer that is no document.
+bool ends_with_document(const ctl_options &options, ctl_exit status) {
+    const bool is_help = options.has(CTL_OPTION_HELP) || begins_with_help(words_at(options, 0));
+    return options.has(CTL_OPTION_JSON) && (status != CTL_DONE || !is_help);
 }
 
 /// The daemon's socket must not take the place of a standard stream that is closed: messages would
@@ -195,5 +216,7 @@ int main(int argc, char **argv) {
     ctl_exit status = ctl_parse_options(argc, argv, &options);
     if (status == CTL_DONE)
         status = dispatch(options);
+    if (ends_with_document(options, status))
+        status = ctl_end_documents(status);
     return close_output(status);
 }

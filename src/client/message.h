@@ -1,6 +1,8 @@
 #pragma once
 /// Messages for people, on standard error, since standard output is for data alone; and the exit
-/// status, for scripts.
+/// status, for scripts. A JSON document repeats the messages: see `ctl_end_documents`.
+
+#include "core/vector.h"
 
 #include <cstdarg>
 
@@ -22,3 +24,13 @@ __attribute__((format(printf, 1, 0))) void ctl_say_list(const char *format, va_l
 /// The same, to end with: `return ctl_fail(CTL_USAGE, "...")`.
 /// @return `status`
 __attribute__((format(printf, 2, 3))) ctl_exit ctl_fail(ctl_exit status, const char *format, ...);
+
+/// A message as a document has it: clean text on one line.
+struct ctl_message {
+    char text[1024];
+};
+
+/// What was said, the oldest first. Further ones than `ctl_messages_max` are left out, as is what
+/// no memory was left for.
+inline constexpr size_t ctl_messages_max = 100;
+[[nodiscard]] plain_vector<ctl_message> &ctl_said();

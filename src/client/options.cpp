@@ -25,7 +25,6 @@ struct option_row {
 };
 
 constexpr option_row rows[] = {
-    {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
     {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw charts in plain ASCII"},
     {CTL_OPTION_NAMES, "names", 'n', required_argument, " FILE",
      "application names: lines such as \"305 video\""},
@@ -39,6 +38,7 @@ constexpr option_row rows[] = {
      "a chart, of days unless --weeks is given"},
     {CTL_OPTION_DAYS, "days", 0, no_argument, "", "with --history: today and 30 days before"},
     {CTL_OPTION_WEEKS, "weeks", 0, no_argument, "", "with --history: this week and 3 before"},
+    {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
      "the daemon's socket, if not the default"},
     {CTL_OPTION_TIMEOUT, "timeout", 't', required_argument, " SECONDS",
@@ -153,6 +153,7 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
     library_form(longs, letters);
     opterr = 0;
     bool unit_may_follow = false;
+    ctl_exit status = CTL_DONE;
     for (;;) {
         const int word = optind;
         const int value = getopt_long(argc, argv, letters, longs, nullptr);
@@ -174,16 +175,19 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
             continue;
         }
         const option_row *row = row_of(value);
-        if (row == nullptr)
-            return unknown_option(argv[word], value);
-        if (!take_option(*row, options))
-            return CTL_USAGE;
-        unit_may_follow = row->bit == CTL_OPTION_HISTORY && optarg == nullptr;
+        unit_may_follow = row != nullptr && row->bit == CTL_OPTION_HISTORY && optarg == nullptr;
+        // The first complaint is the last. What follows may ask for it as a document.
+        if (status != CTL_DONE)
+            options->given |= row != nullptr ? row->bit & CTL_OPTION_JSON : 0U;
+        else if (row == nullptr)
+            status = unknown_option(argv[word], value);
+        else if (!take_option(*row, options))
+            status = CTL_USAGE;
     }
     for (int i = optind; i < argc; ++i)
         if (!options->operands.add(argv[i]))
             return ctl_fail(CTL_BROKEN, "out of memory");
-    return CTL_DONE;
+    return status;
 }
 
 bool ctl_options_agree(const ctl_options &options) {

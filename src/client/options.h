@@ -31,15 +31,15 @@ inline constexpr unsigned ctl_period_options = CTL_OPTION_DAY | CTL_OPTION_WEEK 
 
 /// What every verb takes.
 inline constexpr unsigned ctl_common_options =
-    CTL_OPTION_SOCKET | CTL_OPTION_TIMEOUT | CTL_OPTION_HELP | CTL_OPTION_VERSION;
+    CTL_OPTION_JSON | CTL_OPTION_SOCKET | CTL_OPTION_TIMEOUT | CTL_OPTION_HELP | CTL_OPTION_VERSION;
 
 struct ctl_options {
     ctl_daemon daemon = {};
     const char *names_path = nullptr;
-    int32_t day = 0;                        ///< days ago
-    int32_t week = 0;                       ///< weeks ago
-    const char *history_unit = nullptr;     ///< "days" by --days, --history days or --history=days
-    unsigned given = 0;                     ///< bits of `ctl_option`
+    int32_t day = 0;                    ///< days ago
+    int32_t week = 0;                   ///< weeks ago
+    const char *history_unit = nullptr; ///< "days" by --days, --history days or --history=days
+    unsigned given = 0;                 ///< bits of `ctl_option`
     plain_vector<const char *> operands = {}; ///< the words that are no options, in order
 
     bool has(ctl_option option) const { return (given & option) != 0; }

@@ -15,6 +15,9 @@
 
 namespace {
 
+/// Whether a document has gone out.
+bool is_printed = false;
+
 struct widths {
     size_t of[ctl_table_columns];
 };
@@ -202,7 +205,12 @@ void ctl_document::add_app(const ctl_app_names &names, int32_t app_id) {
     const char *name = ctl_find_name(names, app_id);
     if (name != nullptr)
         add_text("name", name);
-    else if (object_ == nullptr || json_object_object_add(object_.get(), "name", nullptr) != 0)
+    else
+        add_nothing("name");
+}
+
+void ctl_document::add_nothing(const char *key) {
+    if (object_ == nullptr || json_object_object_add(object_.get(), key, nullptr) != 0)
         complete_ = false;
 }
 
@@ -230,14 +238,44 @@ void ctl_document::append(json_object *array, ctl_document *element) {
     add_to(array, element->object_.release());
 }
 
-ctl_exit ctl_document::print() const {
+void ctl_document::add_messages(const char *key) {
+    if (ctl_said().empty())
+        return;
+    json_object *array = add_array(key);
+    for (const ctl_message &message : ctl_said())
+        add_to(array, json_object_new_string(message.text));
+    ctl_said().clear();
+}
+
+ctl_exit ctl_document::print() {
+    add_messages("warnings");
     const char *text = complete_ && object_ != nullptr
                            ? json_object_to_json_string_ext(object_.get(), JSON_C_TO_STRING_PLAIN)
                            : nullptr;
     if (text == nullptr)
         return ctl_fail(CTL_BROKEN, "out of memory");
     puts(text);
+    is_printed = true;
     return CTL_DONE;
+}
+
+ctl_exit ctl_end_documents(ctl_exit status) {
+    if (is_printed)
+        return status;
+    ctl_document document;
+    const plain_vector<ctl_message> &said = ctl_said();
+    if (status == CTL_DONE)
+        document.add_bool("done", true);
+    else if (said.empty())
+        document.add_text("error", "not done");
+    else
+        document.add_text("error", said[said.size() - 1].text);
+    if (status != CTL_DONE && said.size() > 1)
+        document.add_messages("messages");
+    else if (status != CTL_DONE)
+        ctl_said().clear(); // the error is no warning
+    const ctl_exit printed = document.print();
+    return printed == CTL_DONE ? status : printed;
 }
 
 ctl_style ctl_style_of_output(bool ascii) {

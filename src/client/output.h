@@ -3,8 +3,8 @@
 
 #include "client/message.h"
 #include "client/names.h"
-#include "core/vector.h"
 #include "core/json.h"
+#include "core/vector.h"
 
 #include <cstdint>
 
@@ -80,6 +80,8 @@ public:
     void add_int(const char *key, int64_t value) { add(key, json_object_new_int64(value)); }
     void add_bool(const char *key, bool value) { add(key, json_object_new_boolean(value)); }
     void add_text(const char *key, const char *value) { add(key, json_object_new_string(value)); }
+    /// Adds null.
+    void add_nothing(const char *key);
     /// Adds "app" and "name"; the name is null when there is none.
     void add_app(const ctl_app_names &names, int32_t app_id);
     /// Adds an array of minutes.
@@ -89,8 +91,12 @@ public:
     /// Moves another object to the end of an array of this one.
     void append(json_object *array, ctl_document *element);
 
-    /// Prints the document and a line end on standard output.
-    [[nodiscard]] ctl_exit print() const;
+    /// Adds an array of what was said, if anything was, and forgets it.
+    void add_messages(const char *key);
+
+    /// Prints the document and a line end on standard output. What was said before it goes along as
+    /// "warnings".
+    [[nodiscard]] ctl_exit print();
 
 private:
     void add(const char *key, json_object *value);
@@ -99,3 +105,8 @@ private:
     json_ptr object_;
     bool complete_ = true;
 };
+
+/// Ends a call that was asked for JSON and prints one document unless it has: {"done":true}, or
+/// {"error":...} with the last message, and "messages" with all if there are several.
+/// @return `status`, or CTL_BROKEN when there is no memory for the document
+[[nodiscard]] ctl_exit ctl_end_documents(ctl_exit status);

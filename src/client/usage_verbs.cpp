@@ -6,6 +6,7 @@
 #include "client/temporary_file.h"
 #include "client/usage_document.h"
 #include "client/verbs.h"
+#include "core/owners.h"
 
 #include <cstdio>
 
@@ -121,6 +122,28 @@ ctl_exit show_apps(const ctl_call &call) {
     return call.json() ? print_apps_json(call, of, apps) : print_apps(call, apps);
 }
 
+/// Writes the page to standard output, or as a text into a document.
+ctl_exit print_report(const ctl_call &call, const char *path) {
+    if (!call.json())
+        return ctl_write_report(stdout, path, call.names);
+    char *page = nullptr;
+    size_t size = 0;
+    file_ptr stream(open_memstream(&page, &size));
+    if (stream == nullptr)
+        return ctl_fail(CTL_BROKEN, "out of memory");
+    const ctl_exit status = ctl_write_report(stream.get(), path, call.names);
+    const bool is_whole = ferror(stream.get()) == 0;
+    stream.reset(); // hands the text over
+    const heap_ptr<char> owned(page);
+    if (status != CTL_DONE)
+        return status;
+    if (!is_whole || page == nullptr)
+        return ctl_fail(CTL_BROKEN, "out of memory");
+    ctl_document document;
+    document.add_text("page", page);
+    return document.print();
+}
+
 /// Has the daemon write a file for the page, which goes with its folder.
 ctl_exit report_now(ctl_call call) {
     ctl_temporary_file file;
@@ -129,7 +152,7 @@ ctl_exit report_now(ctl_call call) {
         return status;
     utm_app_config_put_path(&call.request, file.path());
     status = ctl_send(call);
-    return status == CTL_DONE ? ctl_write_report(stdout, file.path(), call.names) : status;
+    return status == CTL_DONE ? print_report(call, file.path()) : status;
 }
 
 } // namespace
@@ -145,5 +168,5 @@ ctl_exit ctl_usage(const ctl_call &call) {
 ctl_exit ctl_report(const ctl_call &call) {
     if (call.operands.empty())
         return report_now(call);
-    return ctl_write_report(stdout, call.operands[0], call.names);
+    return print_report(call, call.operands[0]);
 }

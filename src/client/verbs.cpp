@@ -5,7 +5,7 @@ namespace {
 using cmd = utm_app_config_cmd;
 
 constexpr unsigned usage_options =
-    CTL_OPTION_JSON | CTL_OPTION_ASCII | CTL_OPTION_NAMES | CTL_OPTION_APPS | CTL_OPTION_DAY |
+    CTL_OPTION_ASCII | CTL_OPTION_NAMES | CTL_OPTION_APPS | CTL_OPTION_DAY |
     CTL_OPTION_WEEK | CTL_OPTION_MONTH | CTL_OPTION_HISTORY | CTL_OPTION_DAYS | CTL_OPTION_WEEKS;
 
 // The daemon says of a refusal only that it is one, so each verb tells what it can have been.
@@ -21,7 +21,6 @@ constexpr ctl_verb verbs[] = {
      .type = UTM_APP_CONFIG_PING},
     {.noun = "status",
      .help = "show whether limits are enforced",
-     .options = CTL_OPTION_JSON,
      .type = UTM_APP_CONFIG_GET_STATUS,
      .run = ctl_status},
     {.noun = "activate",
@@ -65,7 +64,6 @@ constexpr ctl_verb verbs[] = {
      .word = "show",
      .synopsis = "ID",
      .help = "show today's limit and whether it is enabled",
-     .options = CTL_OPTION_JSON,
      .refusal = no_profile,
      .type = UTM_APP_CONFIG_GET_DAILY_LIMIT,
      .run = ctl_limit_show},
@@ -93,7 +91,6 @@ constexpr ctl_verb verbs[] = {
      .word = "show",
      .synopsis = "ID",
      .help = "show the limit of each weekday",
-     .options = CTL_OPTION_JSON,
      .refusal = no_profile,
      .type = UTM_APP_CONFIG_GET_WEEKDAY_DAILY_LIMIT,
      .run = ctl_weekday_show},
@@ -108,7 +105,6 @@ constexpr ctl_verb verbs[] = {
      .word = "show",
      .synopsis = "ID",
      .help = "show today's bonus",
-     .options = CTL_OPTION_JSON,
      .refusal = no_profile,
      .type = UTM_APP_CONFIG_GET_EXTEND,
      .run = ctl_extend_show},
@@ -182,7 +178,6 @@ constexpr ctl_verb verbs[] = {
      .noun = "interval",
      .word = "show",
      .help = "show how often it is written",
-     .options = CTL_OPTION_JSON,
      .type = UTM_APP_CONFIG_GET_EXPORT_INTERVAL,
      .run = ctl_interval_show},
     {.noun = "interval",

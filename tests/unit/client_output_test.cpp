@@ -57,7 +57,7 @@ TEST(ClientTable, ThatIsNotCompleteIsNotPrinted) {
 }
 
 /// @return what a document prints, which it does
-std::string print(const ctl_document &document) {
+std::string print(ctl_document &document) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(document.print(), CTL_DONE);
     return testing::internal::GetCapturedStdout();

@@ -123,17 +123,6 @@ TEST(ClientManual, MentionsNoOptionThatDoesNotExist) {
     EXPECT_EQ(words_t(mentioned.begin(), mentioned.end()), names_of_options(~0U));
 }
 
-TEST(ClientManual, DescribesTheDocumentOfEveryVerbThatPrintsOne) {
-    std::set<std::string> described;
-    for (const std::string &entry : entries_of("OUTPUT"))
-        described.insert(entry.substr(0, entry.find(" with ")));
-    std::set<std::string> printing;
-    for (const ctl_verb &verb : ctl_verbs())
-        if ((verb.options & CTL_OPTION_JSON) != 0)
-            printing.insert(name_of(verb));
-    EXPECT_EQ(described, printing);
-}
-
 TEST(ClientCompletion, OffersEveryNounAndItsWords) {
     words_t nouns;
     for (const ctl_verb &verb : ctl_verbs())

@@ -25,12 +25,15 @@ It closes the connection at once, or in the middle of a reply or of a list.
   > done
   utm_appctl: the daemon closed the connection after 1 of a reply's 832 bytes: are both programs of the same version?
   utm_appctl: the daemon closed the connection after 1 of a reply's 832 bytes: are both programs of the same version?
+  {"error":"the daemon closed the connection after 1 of a reply's 832 bytes: are both programs of the same version?"}
   utm_appctl: the daemon closed the connection after 1 of a reply's 832 bytes: are both programs of the same version?
   utm_appctl: the daemon closed the connection after 136 of a reply's 832 bytes: are both programs of the same version?
   utm_appctl: the daemon closed the connection after 136 of a reply's 832 bytes: are both programs of the same version?
+  {"error":"the daemon closed the connection after 136 of a reply's 832 bytes: are both programs of the same version?"}
   utm_appctl: the daemon closed the connection after 136 of a reply's 832 bytes: are both programs of the same version?
   utm_appctl: the daemon closed the connection after 831 of a reply's 832 bytes: are both programs of the same version?
   utm_appctl: the daemon closed the connection after 831 of a reply's 832 bytes: are both programs of the same version?
+  {"error":"the daemon closed the connection after 831 of a reply's 832 bytes: are both programs of the same version?"}
   utm_appctl: the daemon closed the connection after 831 of a reply's 832 bytes: are both programs of the same version?
   [4]
   $ { reply 2 48=305 52=9; reply 2 48=305 52=9; head -c 100 whole; } >answer
@@ -99,6 +102,7 @@ A status that does not exist, a list where there is none, and one that is refuse
   [1]
   $ ctl usage 3 --apps --json
   utm_appctl: the daemon refused: no such profile; create it with profile add
+  {"error":"the daemon refused: no such profile; create it with profile add"}
   [1]
   $ reply 1 >answer
   $ ctl ping

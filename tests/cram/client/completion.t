@@ -48,7 +48,7 @@ Options and their values.
   $ complete usage 3 --history --w
   --week --weeks
   $ complete usage 3 --history --
-  --socket --timeout --help --version --json --ascii --names --apps --day --week --month --history --days --weeks
+  --json --socket --timeout --help --version --ascii --names --apps --day --week --month --history --days --weeks
   $ complete usage --history = weeks 3 --as
   --ascii
   $ complete status -t 5 --j

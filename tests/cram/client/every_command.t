@@ -48,13 +48,14 @@ shows what it says to no word, one word, and so on.
 
 An option goes with the commands that take it. With others it is answered with the command's help.
 
-  $ utm_appctl ping --json
-  utm_appctl: --json cannot be used with this command
+  $ utm_appctl ping --apps
+  utm_appctl: --apps cannot be used with this command
   Usage: utm_appctl ping
   
     ask whether the daemon answers
   
   Options:
+    -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
     -h, --help                     show help
@@ -69,8 +70,6 @@ An option goes with the commands that take it. With others it is answered with t
 These are all that each command takes: with any other its answer is of that kind.
 
   $ cat >options <<OPTIONS
-  > json --json
-  > json -j
   > ascii --ascii
   > ascii -a
   > names --names /dev/null
@@ -98,30 +97,30 @@ These are all that each command takes: with any other its answer is of that kind
   >   echo "$command:$taken"
   > done
   ping:
-  status: --json -j
+  status:
   activate:
   debug:
   profile add:
   profile del:
   device add:
   device del:
-  limit show: --json -j
+  limit show:
   limit set:
   limit enable:
   limit disable:
-  weekday show: --json -j
+  weekday show:
   weekday set:
-  extend show: --json -j
+  extend show:
   extend add:
   extend reset:
-  usage: --json -j --ascii -a --names /dev/null -n/dev/null --apps --day 1 --week=1 --month --history --history=weeks --days --weeks
+  usage: --ascii -a --names /dev/null -n/dev/null --apps --day 1 --week=1 --month --history --history=weeks --days --weeks
   report: --names /dev/null -n/dev/null
   policy create:
   policy rule: --names /dev/null -n/dev/null
   policy bind:
   policy clear:
   signature load:
-  interval show: --json -j
+  interval show:
   interval set:
   export:
   import:

@@ -39,6 +39,7 @@ The profile has to exist.
   [1]
   $ utm_appctl extend show 9 -j
   utm_appctl: the daemon refused: no such profile; create it with profile add
+  {"error":"the daemon refused: no such profile; create it with profile add"}
   [1]
   $ utm_appctl extend reset 9
   utm_appctl: the daemon refused: no such profile; create it with profile add

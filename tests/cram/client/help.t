@@ -47,7 +47,6 @@ Help needs no daemon.
     import PATH                     have the daemon read a usage file
   
   Options (COMMAND --help lists those of a command)
-    -j, --json                     print one JSON document
     -a, --ascii                    draw charts in plain ASCII
     -n, --names FILE               application names: lines such as "305 video"
         --apps                     applications today, or a chart for each
@@ -57,6 +56,7 @@ Help needs no daemon.
         --history                  a chart, of days unless --weeks is given
         --days                     with --history: today and 30 days before
         --weeks                    with --history: this week and 3 before
+    -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
     -h, --help                     show help
@@ -95,7 +95,7 @@ A noun has help of its own.
 A command's help names its options, wherever it is asked for.
 
   $ utm_appctl limit show --help
-  Usage: utm_appctl limit show ID [OPTIONS]
+  Usage: utm_appctl limit show ID
   
     show today's limit and whether it is enabled
   
@@ -106,7 +106,7 @@ A command's help names its options, wherever it is asked for.
     -h, --help                     show help
     -V, --version                  the version
   $ utm_appctl --help limit show whatever
-  Usage: utm_appctl limit show ID [OPTIONS]
+  Usage: utm_appctl limit show ID
   
     show today's limit and whether it is enabled
   
@@ -135,7 +135,8 @@ Each command has help, which ends with the same four options.
     ask whether the daemon answers
   
   Options:
-  Usage: utm_appctl status [OPTIONS]
+    -j, --json                     print one JSON document
+  Usage: utm_appctl status
   
     show whether limits are enforced
   
@@ -146,32 +147,38 @@ Each command has help, which ends with the same four options.
     enforce limits, or let everything pass
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl debug on|off
   
     have the daemon log what it does
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl profile add ID
   
     create a profile without limits
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl profile del ID
   
     delete a profile and release its devices
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl device add ID MAC...
   
     add devices to a profile
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl device del ID MAC...
   
     remove devices from a profile, release them
   
   Options:
-  Usage: utm_appctl limit show ID [OPTIONS]
+    -j, --json                     print one JSON document
+  Usage: utm_appctl limit show ID
   
     show today's limit and whether it is enabled
   
@@ -182,17 +189,20 @@ Each command has help, which ends with the same four options.
     set the limit of today and of every weekday
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl limit enable ID
   
     cut the profile off when its limit is reached
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl limit disable ID
   
     only count usage; do not enforce the limit
   
   Options:
-  Usage: utm_appctl weekday show ID [OPTIONS]
+    -j, --json                     print one JSON document
+  Usage: utm_appctl weekday show ID
   
     show the limit of each weekday
   
@@ -203,7 +213,8 @@ Each command has help, which ends with the same four options.
     set the limit of one weekday
   
   Options:
-  Usage: utm_appctl extend show ID [OPTIONS]
+    -j, --json                     print one JSON document
+  Usage: utm_appctl extend show ID
   
     show today's bonus
   
@@ -214,17 +225,18 @@ Each command has help, which ends with the same four options.
     add to today's bonus
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl extend reset ID
   
     cancel today's bonus
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl usage ID [OPTIONS]
   
     show usage: totals, applications or a chart
   
   Options:
-    -j, --json                     print one JSON document
     -a, --ascii                    draw charts in plain ASCII
     -n, --names FILE               application names: lines such as "305 video"
         --apps                     applications today, or a chart for each
@@ -234,39 +246,46 @@ Each command has help, which ends with the same four options.
         --history                  a chart, of days unless --weeks is given
         --days                     with --history: today and 30 days before
         --weeks                    with --history: this week and 3 before
+    -j, --json                     print one JSON document
   Usage: utm_appctl report [PATH] [OPTIONS]
   
     write an HTML page, of now or of a usage file
   
   Options:
     -n, --names FILE               application names: lines such as "305 video"
+    -j, --json                     print one JSON document
   Usage: utm_appctl policy create POLICY
   
     create a policy without rules
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl policy rule POLICY APP=RULE... [OPTIONS]
   
     limit, block or free applications
   
   Options:
     -n, --names FILE               application names: lines such as "305 video"
+    -j, --json                     print one JSON document
   Usage: utm_appctl policy bind ID POLICY
   
     give a profile a policy, permanently
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl policy clear POLICY
   
     remove all rules of a policy
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl signature load PATH
   
     load signatures into the DPI engine
   
   Options:
-  Usage: utm_appctl interval show [OPTIONS]
+    -j, --json                     print one JSON document
+  Usage: utm_appctl interval show
   
     show how often it is written
   
@@ -277,16 +296,19 @@ Each command has help, which ends with the same four options.
     set how often it is written
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl export PATH
   
     have the daemon write a usage file
   
   Options:
+    -j, --json                     print one JSON document
   Usage: utm_appctl import PATH
   
     have the daemon read a usage file
   
   Options:
+    -j, --json                     print one JSON document
 
 All of it fits into 80 columns.
 

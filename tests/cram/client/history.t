@@ -177,6 +177,7 @@ A unit stands right behind its option; elsewhere it is one operand too many.
   $ too_many 3 weeks --history
   2
   $ too_many 3 --history -j weeks
+  {"error":"too many operands"}
   2
   $ too_many 3 --history=days weeks
   2

@@ -88,6 +88,7 @@ Nothing is known of a profile that does not exist.
   [1]
   $ utm_appctl limit show 9 --json
   utm_appctl: the daemon refused: no such profile; create it with profile add
+  {"error":"the daemon refused: no such profile; create it with profile add"}
   [1]
   $ utm_appctl limit enable 9
   utm_appctl: the daemon refused: no such profile; create it with profile add

@@ -14,6 +14,7 @@ Where nobody listens there is no daemon.
   $ : >/tmp/file
   $ utm_appctl usage 3 -j -s /tmp/file
   utm_appctl: cannot reach the daemon at /tmp/file (Connection refused): is it running? Use -s for another socket
+  {"error":"cannot reach the daemon at \/tmp\/file (Connection refused): is it running? Use -s for another socket"}
   [3]
   $ start_fake_server
   $ kill -9 $fake_server

@@ -129,6 +129,7 @@ A profile that does not exist is told of once.
   >   utm_appctl usage 9 $option || echo "status $?"
   > done
   utm_appctl: the daemon refused: no such profile; create it with profile add
+  {"error":"the daemon refused: no such profile; create it with profile add"}
   status 1
   utm_appctl: the daemon refused: no such profile; create it with profile add
   status 1

@@ -70,4 +70,5 @@ It refuses a limit of more than a day, and a profile that does not exist.
   [1]
   $ utm_appctl weekday show 9 -j
   utm_appctl: the daemon refused: no such profile; create it with profile add
+  {"error":"the daemon refused: no such profile; create it with profile add"}
   [1]

@@ -68,6 +68,7 @@ An unknown option is named.
   [2]
   $ utm_appctl status -jx
   utm_appctl: "-jx": unknown option; see utm_appctl --help
+  {"error":"\"-jx\": unknown option; see utm_appctl --help"}
   [2]
   $ utm_appctl status --json=yes
   utm_appctl: "--json=yes": this option takes no value
@@ -113,6 +114,7 @@ Too few and too many words are answered with the command's help.
     set the limit of today and of every weekday
   
   Options:
+    -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
     -h, --help                     show help
@@ -125,6 +127,7 @@ Too few and too many words are answered with the command's help.
     set the limit of today and of every weekday
   
   Options:
+    -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
     -h, --help                     show help
