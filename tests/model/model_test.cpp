@@ -1,19 +1,14 @@
 /// The daemon against the model: thousands of random operations, and both must agree on every
 /// reply, every line of the trace and the whole store after each of them.
 
-#include "tests/model/operations.h"
+#include "tests/model/daemon.h"
 #include "tests/model/rules.h"
 
-#include "tests/lib/exchange.h"
 #include "tests/lib/render.h"
 #include "tests/lib/world.h"
 
 #include "core/debug_log.h"
 #include "persist/export_schedule.h"
-#include "store/policies.h"
-#include "store/profiles.h"
-#include "usage/collector.h"
-#include "usage/top_apps.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -25,7 +20,6 @@
 
 namespace {
 
-using model::kind_t;
 using model::operation_t;
 
 constexpr int operations_per_seed = 2500;
@@ -51,54 +45,12 @@ std::string with_ties_settled(const std::string &replies) {
 }
 
 std::string replies_of(const operation_t &operation, const std::string &replies) {
-    return operation.request[0] == 36 ? with_ties_settled(replies) : replies;
-}
-
-/// The programs' texts in turn. Those that cannot be started print nothing and are not asked.
-void prepare_programs(const std::vector<model::answer_t> &answers) {
-    std::vector<std::string> texts;
-    int first_failure = 0;
-    for (size_t i = 0; i < answers.size(); ++i) {
-        if (answers[i].fails && first_failure == 0)
-            first_failure = static_cast<int>(i) + 1;
-        else
-            texts.push_back(answers[i].text);
-    }
-    world::on_popen([texts, next = size_t{0}](const std::string &) mutable {
-        return next < texts.size() ? texts[next++] : std::string();
-    });
-    world::fail_popen(first_failure);
-}
-
-/// Only one start can fail in the daemon's world, so only the first failure of an operation counts.
-void keep_one_failure(std::vector<model::answer_t> *answers) {
-    bool has_failed = false;
-    for (model::answer_t &answer : *answers) {
-        answer.fails = answer.fails && !has_failed;
-        has_failed = has_failed || answer.fails;
-    }
-}
-
-void set_last_export(time_t instant) {
-    last_export_statistics_ts = instant;
+    return !operation.request.empty() && operation.request[0] == 36 ? with_ties_settled(replies)
+                                                                    : replies;
 }
 
 std::string clockwork(int64_t last_export) {
     return "last export: " + std::to_string(last_export - world::default_now) + "\n";
-}
-
-/// What the daemon's end and its next start do to its memory.
-void restart(time_t now) {
-    utm_app_flush_profiles();
-    utm_app_reset_top_apps();
-    if (utm_app_debug_set(0) != 0 || utm_app_set_export_interval(30) != 0)
-        abort();
-    world::set_active(false);
-    set_last_export(now);
-    const mutex_guard lock(utm_app_config_mutex);
-    for (config_app_policy_t &policy : all_policies())
-        utm_app_destroy_policy(&policy);
-    utm_app_store_init(now);
 }
 
 /// All that can be seen of an operation.
@@ -110,23 +62,7 @@ struct outcome_t {
 };
 
 outcome_t perform(const operation_t &operation) {
-    prepare_programs(operation.answers);
-    world::set_now(operation.now);
-    world::set_uptime(operation.uptime);
-    world::fail_sysinfo(operation.sysinfo_result);
-    model::change_disk(operation.change);
-    std::string replies;
-    if (operation.kind == kind_t::restart)
-        restart(operation.now);
-    if (operation.kind == kind_t::command)
-        replies = replies_of(operation, world::describe(static_cast<uint8_t>(operation.request[0]),
-                                                        world::exchange_bytes(operation.request)));
-    if (operation.kind == kind_t::tick) {
-        // The tick ignores its collectors' results; so does the model.
-        [[maybe_unused]] const int32_t ignored[] = {utm_app_update_app_status(),
-                                                    utm_app_update_global_app_status()};
-        utm_app_export_check();
-    }
+    const std::string replies = replies_of(operation, model::carry_out(operation));
     const std::string trace = world::trace();
     return {"replies:\n" + replies + "trace:\n" + trace + "store:\n" + world::render_store() +
                 clockwork(last_export_statistics_ts),
@@ -134,19 +70,7 @@ outcome_t perform(const operation_t &operation) {
 }
 
 outcome_t predict(model::state_t &state, const operation_t &operation) {
-    state.trace.clear();
-    state.answers = operation.answers;
-    state.now = operation.now;
-    state.uptime = operation.uptime;
-    state.sysinfo_result = operation.sysinfo_result;
-    model::change(state, operation.change);
-    std::string replies;
-    if (operation.kind == kind_t::restart)
-        model::restart(state);
-    if (operation.kind == kind_t::command)
-        replies = replies_of(operation, model::serve(state, operation.request));
-    if (operation.kind == kind_t::tick)
-        model::tick(state);
+    const std::string replies = replies_of(operation, model::predict_replies(state, operation));
     outcome_t outcome;
     outcome.text = "replies:\n" + replies + "trace:\n" + state.trace + "store:\n" +
                    model::render(state) + clockwork(state.last_export);
@@ -181,20 +105,13 @@ void PrintTo(const seed_t &seed, std::ostream *to) {
     *to << "seed " << seed.seed << " in " << seed.zone;
 }
 
-/// The state that both sides start from.
-model::state_t state_at_start() {
-    model::state_t state;
-    state.now = state.router_collected = state.last_export = world::default_now;
-    return state;
-}
-
 class Model : public testing::TestWithParam<seed_t> {
 protected:
     void SetUp() override {
         world::reset();
         world::set_zone(GetParam().zone);
         world::on_system(model::status_of);
-        set_last_export(world::default_now);
+        model::set_last_export(world::default_now);
         model::clear_disk();
     }
     void TearDown() override {
@@ -204,12 +121,12 @@ protected:
 };
 
 TEST_P(Model, AgreesWithTheDaemonAfterEveryOperation) {
-    model::state_t state = state_at_start();
+    model::state_t state = model::state_at_start();
     model::generator_t generator(GetParam().seed);
     std::vector<std::string> history;
     for (int i = 0; i < operations_per_seed; ++i) {
         operation_t operation = generator.next(state);
-        keep_one_failure(&operation.answers);
+        model::keep_one_failure(&operation.answers);
         history.push_back(std::to_string(i) + ": " + operation.text + "\n");
         const outcome_t predicted = predict(state, operation);
         const outcome_t seen = perform(operation);
@@ -238,12 +155,12 @@ INSTANTIATE_TEST_SUITE_P(Seeds, Model,
 /// What a run has to come across for its agreement to mean something.
 TEST(ModelReach, MeetsEveryRuleWithinASeed) {
     world::reset();
-    model::state_t state = state_at_start();
+    model::state_t state = model::state_at_start();
     model::generator_t generator(1);
     std::string all;
     for (int i = 0; i < operations_per_seed; ++i) {
         operation_t operation = generator.next(state);
-        keep_one_failure(&operation.answers);
+        model::keep_one_failure(&operation.answers);
         all += predict(state, operation).text;
     }
     const auto expect_in_text = [&all](std::initializer_list<const char *> fragments) {
