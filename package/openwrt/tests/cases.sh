@@ -1040,13 +1040,56 @@ a_stop_before_the_time_is_known_loses_nothing_that_was_saved() {
     check "used" 42 "$(used_today)"
 }
 
+feed_test() {
+    sh /test/test.sh "$@" 2>&1
+    echo "status $?"
+}
+
 the_feed_s_own_test_passes() {
-    check "client" "utm_appctl $VERSION" "$(sh /test/test.sh utm_appctl "$VERSION")"
-    check "client of another version" 1 "$(sh /test/test.sh utm_appctl 9.9.9 >/dev/null; echo $?)"
-    said=$(sh /test/test.sh utm_appd "$VERSION")
-    check "daemon" "limits     off 0" "$said $?"
-    check "another package" 1 "$(sh /test/test.sh other "$VERSION"; echo $?)"
+    find /tmp /dev -maxdepth 1 >/tmp/sim/before
+    check "client" "utm_appctl $VERSION
+status 0" "$(feed_test utm_appctl "$VERSION")"
+    check "with the package's revision" "utm_appctl $VERSION
+status 0" "$(feed_test utm_appctl "$VERSION-r12")"
+    check "library" "status 0" "$(feed_test libqvutm-notify-none "$VERSION")"
+    check "daemon" "utm_appd $VERSION
+limits     off
+status 0" "$(feed_test utm_appd "$VERSION")"
+    check "what it leaves" "" "$(find /tmp /dev -maxdepth 1 | diff /tmp/sim/before -)"
     check_gone
+}
+
+the_feed_s_own_test_fails() {
+    find /tmp /dev -maxdepth 1 >/tmp/sim/before
+    for program in utm_appctl utm_appd; do
+        check "$program of another version" \
+            "$program: $program --version says \"$program $VERSION\", not \"$program 9.9.9\"
+status 1" "$(feed_test $program 9.9.9)"
+    done
+    check "another package" "other: no such package
+status 1" "$(feed_test other "$VERSION")"
+    # As if the daemon were deaf.
+    cat >/test/bin/utm_appctl.mute <<'END'
+#!/bin/sh
+exit 3
+END
+    chmod +x /test/bin/utm_appctl.mute
+    mv /test/bin/utm_appctl /test/bin/utm_appctl.kept
+    mv /test/bin/utm_appctl.mute /test/bin/utm_appctl
+    check "a daemon that does not answer" "utm_appd $VERSION
+utm_appd: it does not answer
+status 1" "$(feed_test utm_appd "$VERSION")"
+    mv /test/bin/utm_appctl.kept /test/bin/utm_appctl
+    check "what it leaves" "" "$(find /tmp /dev -maxdepth 1 | diff /tmp/sim/before -)"
+    check_gone
+    utm_appd
+    check "a daemon that runs" "utm_appd: a daemon runs already
+status 1" "$(feed_test utm_appd "$VERSION")"
+    check "it still answers" 0 "$(utm_appctl ping >/dev/null; echo $?)"
+    while daemon=$(daemon_pids) && [ -n "$daemon" ]; do
+        kill -INT "$daemon"
+        usleep 100000
+    done
 }
 
 # All of them, or the second of every three for "2/3".

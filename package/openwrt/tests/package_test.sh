@@ -53,54 +53,71 @@ compare() {
     failures=$((failures + 1))
 }
 
+# sdk_make ROOT TARGET [VARIABLE=VALUE]...: by way of the folder that is beside the root
 sdk_make() {
-    make -s --no-print-directory -C "$here/.." TOPDIR="$here/sdk" PKG_INSTALL_DIR="$work/installed" "$@"
+    sdk_root=$1
+    shift
+    make -s --no-print-directory -C "$here/.." TOPDIR="$here/sdk" \
+        PKG_INSTALL_DIR="$work/installed" PKG_INFO_DIR="$work/pkginfo" \
+        ROOT="$sdk_root" PACKAGES="$sdk_root.packages" "$@"
 }
 
 files_of() {
     (cd "$1" && find . ! -type d -printf '%m %p\n' | sort -k 2)
 }
 
-common_files="755 ./etc/init.d/utm_appd
-755 ./usr/bin/utm_appctl"
-substitute_file="755 ./usr/lib/libqvutm_notify.so"
-daemon_files="755 ./usr/sbin/utm_appd
-755 ./usr/sbin/utm_appd_watch"
-config_file="600 ./etc/config/utm_appd"
-
 DESTDIR=$work/installed cmake --install "$build" --prefix /usr >/dev/null
+# What the SDK knows of others' packages.
+mkdir -p "$work/pkginfo"
+ldd "$work/installed/usr/bin/utm_appctl" | sed -n 's/^[[:blank:]]*\(lib[^ ]*\) .*/\1/p' |
+    tee "$work/libraries" | grep -v json-c >"$work/pkginfo/libc.provides"
+grep json-c "$work/libraries" >"$work/pkginfo/libjson-c.provides"
 
 version=$(sed -n 's/^project(utm_appd VERSION \([0-9.]*\).*/\1/p' "$here/../../../CMakeLists.txt")
-fields() {
-    cat <<FIELDS
-PKG_NAME=utm_appd
+hash=$(sed -n 's/^PKG_HASH:=//p' "$here/../Makefile")
+maintainer="The utm_appd authors <utm_appd@example.org>"
+url=https://example.org/utm_appd
+compare "the Makefile" "PKG_NAME=utm_appd
 PKG_VERSION=$version
 PKG_LICENSE=MIT
 PKG_SOURCE=utm_appd-$version.tar.gz
-PKG_CONFIG_DEPENDS=CONFIG_UTM_APPD_VENDOR_NOTIFY
-PKG_BUILD_DEPENDS=$1
-CMAKE_OPTIONS=-DCMAKE_INSTALL_LIBDIR=lib -DQVUTM_NOTIFY_LIBRARY:FILEPATH=$3
-utm_appd: Internet time limits for a family (+libjson-c +ubus +utm_appctl$2)
-utm_appctl: Command-line client of utm_appd (+libjson-c)
-FIELDS
-}
-compare "the Makefile with the substitute" "$(fields "" "" OFF)" "$(sdk_make show)"
-compare "the Makefile with the vendor's library" \
-    "$(fields UTM_APPD_VENDOR_NOTIFY:vendor-notify " +UTM_APPD_VENDOR_NOTIFY:vendor-notify" \
-        /staging/usr/lib/libqvutm_notify.so)" \
-    "$(sdk_make show CONFIG_UTM_APPD_VENDOR_NOTIFY=y UTM_APPD_VENDOR_NOTIFY_PACKAGE=vendor-notify)"
+PKG_SOURCE_URL=file:///dl
+PKG_HASH=$hash
+PKG_CONFIG_DEPENDS=
+PKG_BUILD_DEPENDS=
+CMAKE_OPTIONS=-DCMAKE_INSTALL_LIBDIR=lib -DQVUTM_NOTIFY_LIBRARY:FILEPATH=OFF
+libqvutm-notify-none $version-r1: Notification library that announces nothing
+libqvutm-notify-none needs , provides libqvutm-notify, conflicts
+libqvutm-notify-none is in Libraries/libs, of $maintainer, at $url
+utm_appctl $version-r1: Command-line client of utm_appd
+utm_appctl needs +libjson-c, provides , conflicts
+utm_appctl is in Network/net, of $maintainer, at $url
+utm_appd $version-r1: Internet time limits for a family
+utm_appd needs +libjson-c +libqvutm-notify +ubus +utm_appctl, provides , conflicts
+utm_appd is in Network/net, of $maintainer, at $url" "$(sdk_make "$root" show | sed 's/ *$//')"
+compare "the hash is one, or there is no release" 0 \
+    "$(echo "$hash" | grep -cvxE 'skip|[0-9a-f]{64}')"
+compare "a tarball that is elsewhere" PKG_SOURCE_URL=file:///srv/releases \
+    "$(sdk_make "$root" show UTM_APPD_SOURCE_URL=file:///srv/releases | grep PKG_SOURCE_URL)"
 
-sdk_make unpack ROOT="$root"
-compare "the files with the substitute" \
-    "$config_file
-$common_files
-$substitute_file
-$daemon_files" "$(files_of "$root")"
-sdk_make unpack ROOT="$work/vendor" CONFIG_UTM_APPD_VENDOR_NOTIFY=y
-compare "the files with the vendor's library" \
-    "$config_file
-$common_files
-$daemon_files" "$(files_of "$work/vendor")"
+# The daemon's library comes from whatever package provides it.
+compare "without a notification library" \
+    "Package utm_appd is missing dependencies for the following libraries:
+libqvutm_notify.so" "$(sdk_make "$work/alone" unpack-utm_appd 2>&1 | grep -v '^make')"
+echo libqvutm_notify.so >"$work/pkginfo/libqvutm-notify.provides"
+compare "with the vendor's" "" "$(sdk_make "$work/vendor" unpack-utm_appctl unpack-utm_appd 2>&1)"
+daemon_files="600 ./etc/config/utm_appd
+755 ./etc/init.d/utm_appd
+755 ./usr/bin/utm_appctl
+755 ./usr/sbin/utm_appd
+755 ./usr/sbin/utm_appd_watch"
+compare "the files with the vendor's" "$daemon_files" "$(files_of "$work/vendor")"
+rm "$work/pkginfo/libqvutm-notify.provides"
+compare "with the substitute" "" "$(sdk_make "$root" unpack 2>&1)"
+compare "the files of the substitute" "755 ./usr/lib/libqvutm_notify.so" \
+    "$(files_of "$root.packages/libqvutm-notify-none")"
+compare "all files" "$(printf '%s\n755 ./usr/lib/libqvutm_notify.so\n' "$daemon_files" |
+    sort -k 2)" "$(files_of "$root")"
 
 # A CMake project that finds the vendor's library where it is, and not where it is ruled out.
 notification_library() {
