@@ -11,6 +11,11 @@ install(FILES docs/utm_appctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/utm_appd.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES completion/utm_appctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
+# A service for Debian and its relatives, behind a fence. A firmware has its own (package/openwrt).
+set(debian_files ${PROJECT_SOURCE_DIR}/package/debian)
+install(PROGRAMS ${debian_files}/utm_appd_fenced DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(FILES ${debian_files}/utm-appd.service DESTINATION lib/systemd/system)
+
 # The pages keep their places to each other, so that links among them work.
 install(FILES README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.png)
@@ -57,7 +62,7 @@ allowances per person, limits per application, bonus minutes. The daemon utm_app
 the client utm_appctl configures and asks it.
 On a machine without a router's DPI engine the daemon runs only against the
 simulated router of its source tree: installed alone it starts and answers, but
-counts nothing and blocks nothing.
+counts nothing and blocks nothing. No daemon is started at the installation.
 Licence: MIT.")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_RESOURCE_FILE_README ${PROJECT_SOURCE_DIR}/README.md)
@@ -69,5 +74,10 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The fence: groupadd, unshare and mount.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "passwd, util-linux, mount")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
+  ${debian_files}/postinst ${debian_files}/prerm ${debian_files}/postrm)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 include(CPack)

@@ -22,7 +22,8 @@ fail() {
 
 expected_files() {
     local page
-    printf '%s\n' bin/utm_appctl sbin/utm_appd share/man/man1/utm_appctl.1 \
+    printf '%s\n' bin/utm_appctl sbin/utm_appd sbin/utm_appd_fenced \
+        lib/systemd/system/utm-appd.service share/man/man1/utm_appctl.1 \
         share/man/man8/utm_appd.8 share/bash-completion/completions/utm_appctl \
         share/doc/utm-appd/{README.md,LICENSE,copyright}
     for page in "$source"/docs/*.{md,png}; do
@@ -37,10 +38,13 @@ look_at() {
     diff <(expected_files | sed 's,^,usr/,' | LC_ALL=C sort) \
         <(cd "$root" && find . ! -type d -printf '%P\n' | LC_ALL=C sort) ||
         fail "< expected, > installed"
-    [[ $(stat -c %a "$root/usr/sbin/utm_appd" "$root/usr/bin/utm_appctl") == $'755\n755' ]] ||
+    [[ $(cd "$root/usr" && stat -c %a sbin/utm_appd sbin/utm_appd_fenced bin/utm_appctl |
+        sort -u) == 755 ]] ||
         fail "the programs are not for everybody to start"
     [[ $("$root/usr/bin/utm_appctl" --version) == "utm_appctl $version" ]] ||
         fail "utm_appctl --version says something else"
+    [[ $("$root/usr/sbin/utm_appd" --version) == "utm_appd $version" ]] ||
+        fail "utm_appd --version says something else"
     "$here/hardening_test.sh" "$root/usr/bin/utm_appctl" readelf libjson-c.so.5
     "$here/hardening_test.sh" "$root/usr/sbin/utm_appd" readelf libjson-c.so.5 libqvutm_notify.so
     libraries=$(ldd "$root/usr/sbin/utm_appd")
@@ -67,5 +71,6 @@ look_at "$folder/unpacked"
 field() { dpkg-deb --field "${packages[0]}" "$1"; }
 [[ $(field Package) == utm-appd ]] || fail "Package: $(field Package)"
 [[ $(field Version) == "$version" ]] || fail "Version: $(field Version)"
-[[ $(field Depends) =~ ^libc6\ \([^,]*\),\ libjson-c5\ \([^,]*\)$ ]] ||
+fence=passwd,\ util-linux,\ mount
+[[ $(field Depends) =~ ^"$fence",\ libc6\ \([^,]*\),\ libjson-c5\ \([^,]*\)$ ]] ||
     fail "Depends: $(field Depends)"
