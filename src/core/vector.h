@@ -27,6 +27,10 @@ public:
     /// Forgets the elements, and keeps their room.
     void clear() { size_ = 0; }
 
+    /// Keeps the first ones.
+    /// @param size  at most as many as there are
+    void keep(size_t size) { size_ = size; }
+
     size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
     T &operator[](size_t index) { return elements_[index]; }

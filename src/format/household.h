@@ -35,6 +35,11 @@
 /// The default file, which need not exist.
 inline constexpr char household_path[] = "/etc/utm_appd/household.json";
 
+/// What a reader takes of a file, in bytes.
+inline constexpr size_t household_size_limit = size_t{1024} * 1024;
+
+inline constexpr size_t household_people_max = 1024;
+
 /// A limit of a whole day is none.
 inline constexpr int32_t household_no_limit = minutes_per_day;
 
@@ -99,17 +104,30 @@ using household_remarks_t = plain_vector<household_remark_t>;
 /// Reads a household's text.
 /// @param apps  names that the file may use besides its own
 /// @param household  out: empty before; of no use unless the result is true
-/// @param remarks  out: in the order of the file
-/// @return whether the text is a household without an error
+/// @param remarks  out: in the order of the file, after what is said of its text and applications
+/// @return whether the text is a household without an error; false without an error in the remarks
+///         when memory ran out
 [[nodiscard]] bool household_read(const char *text, size_t size,
                                   std::span<const household_app_t> apps, household_t *household,
                                   household_remarks_t *remarks);
 
-/// @param name  a person's name, whatever the case, or number
+/// @param text  a person's name, whatever the case, or number
 /// @return the person, or null
 [[nodiscard]] const household_person_t *household_find_person(const household_t &household,
-                                                              const char *name);
+                                                              const char *text);
 
 /// @return the person of that number, or null
 [[nodiscard]] const household_person_t *household_person_of(const household_t &household,
                                                             int32_t number);
+
+/// @param text  an application's name, whatever the case, or any number
+/// @param app_id  out: untouched on failure
+[[nodiscard]] bool household_find_app(const household_t &household, const char *text,
+                                      int32_t *app_id);
+
+/// @return the application's name, or null
+[[nodiscard]] const char *household_app_name(const household_t &household, int32_t app_id);
+
+/// @return the name that somebody who typed the text most likely meant, or null
+[[nodiscard]] const char *household_nearest_person(const household_t &household, const char *text);
+[[nodiscard]] const char *household_nearest_app(const household_t &household, const char *text);

@@ -1,5 +1,6 @@
 #include "format/usage_file.h"
 
+#include "core/read_whole.h"
 #include "core/write_whole.h"
 
 #include <algorithm>
@@ -8,65 +9,6 @@
 #include <unistd.h>
 
 namespace {
-
-// ---- The whole file ------------------------------------------------------------------------
-
-/// Reads to the end, or to the buffer's.
-/// @return bytes, or -1
-ssize_t read_all(int fd, char *bytes, size_t room) {
-    size_t size = 0;
-    while (size < room) {
-        const ssize_t count = read(fd, bytes + size, room - size);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return -1;
-        if (count == 0)
-            break;
-        size += static_cast<size_t>(count);
-    }
-    return static_cast<ssize_t>(size);
-}
-
-/// What of a text costs memory. In texts and comments these characters are counted as well: no file
-/// of ours has any there, but for the colons of a device.
-struct text_counts_t {
-    size_t commas;
-    size_t containers;
-    size_t members;
-};
-
-text_counts_t counts_of(const char *text, size_t size) {
-    text_counts_t counts = {};
-    for (const char *end = text + size; text != end; ++text) {
-        counts.commas += *text == ',';
-        counts.containers += *text == '[' || *text == '{';
-        counts.members += *text == ':';
-    }
-    return counts;
-}
-
-/// Each value stands behind a comma, or first in a list or an object, or is the document.
-bool is_within_limits(const text_counts_t &counts) {
-    return counts.commas + counts.containers + 1 <= usage_file_values_limit &&
-           counts.containers <= usage_file_containers_limit &&
-           counts.members <= usage_file_members_limit;
-}
-
-struct tokener_free {
-    void operator()(json_tokener *tokener) const { json_tokener_free(tokener); }
-};
-
-json_ptr parse(const char *text, size_t size) {
-    const std::unique_ptr<json_tokener, tokener_free> tokener(
-        json_tokener_new_ex(JSON_TOKENER_DEFAULT_DEPTH));
-    errno = ENOMEM;
-    if (tokener == nullptr)
-        return nullptr;
-    json_ptr document(json_tokener_parse_ex(tokener.get(), text, static_cast<int>(size)));
-    errno = EBADMSG;
-    return document;
-}
 
 // ---- Writing -------------------------------------------------------------------------------
 
@@ -261,22 +203,18 @@ void read_ring(const app_members_t &members, usage_app_t *app) {
 } // namespace
 
 json_ptr usage_file_read(int fd, size_t size_limit) {
-    // Not cleared: what the file does not fill is never touched.
-    const heap_ptr<char> bytes(static_cast<char *>(malloc(size_limit + 1)));
+    size_t size = 0;
+    const heap_ptr<char> bytes = read_whole(fd, size_limit, &size);
     if (bytes == nullptr)
         return nullptr;
-    const ssize_t count = read_all(fd, bytes.get(), size_limit + 1);
-    if (count < 0)
-        return nullptr;
-    const size_t size = static_cast<size_t>(count);
-    errno = size > size_limit                                 ? EFBIG
-            : !is_within_limits(counts_of(bytes.get(), size)) ? EOVERFLOW
-                                                              : 0;
-    return errno != 0 ? nullptr : parse(bytes.get(), size);
+    errno = EOVERFLOW;
+    return json_is_within(bytes.get(), size, usage_file_limits)
+               ? json_parse(bytes.get(), size, 0, nullptr)
+               : nullptr;
 }
 
 bool usage_text_is_readable(const char *text, size_t size) {
-    return size <= usage_file_size_limit && is_within_limits(counts_of(text, size));
+    return size <= usage_file_size_limit && json_is_within(text, size, usage_file_limits);
 }
 
 void usage_write_begin(usage_text_t *text) {

@@ -44,13 +44,11 @@ inline constexpr char usage_file_path[] = "/tmp/ApplicationData/app_usage.json";
 inline constexpr char usage_file_new_name[] = ".utm_appd.new";
 inline constexpr char usage_file_other_new_name[] = ".utm_appd.new2";
 
-/// What a reader takes of a file: json-c needs up to four hundred bytes for one of the text, so the
-/// text is bounded, and what is in it is counted before anything is made of it. 64 profiles with
-/// 500 applications, 32 devices and 40 rules each fit, beside the router's 500 applications.
+/// What a reader takes of a file. 64 profiles with 500 applications, 32 devices and 40 rules each
+/// fit, beside the router's 500 applications.
 inline constexpr size_t usage_file_size_limit = size_t{8} * 1024 * 1024; ///< bytes
-inline constexpr size_t usage_file_values_limit = 1'230'000;
-inline constexpr size_t usage_file_containers_limit = 68'000; ///< lists and objects, of the values
-inline constexpr size_t usage_file_members_limit = 250'000;   ///< values that have a key
+inline constexpr json_limits_t usage_file_limits = {
+    .values = 1'230'000, .containers = 68'000, .members = 250'000};
 
 namespace usage_key {
 

@@ -81,21 +81,21 @@ TEST_F(UsageFileWorld, IsCountedBeforeAnythingIsMadeOfIt) {
         int error;
     } table[] = {
         // The list itself is one of them.
-        {"values", repeated("0", usage_file_values_limit - 2, "0"), 0},
-        {"too many values", repeated("0", usage_file_values_limit - 1, "0"), EOVERFLOW},
-        {"lists", repeated("[]", usage_file_containers_limit - 2, "[]"), 0},
-        {"too many lists", repeated("[]", usage_file_containers_limit - 1, "[]"), EOVERFLOW},
-        {"too many objects", repeated("{}", usage_file_containers_limit - 1, "{}"), EOVERFLOW},
+        {"values", repeated("0", usage_file_limits.values - 2, "0"), 0},
+        {"too many values", repeated("0", usage_file_limits.values - 1, "0"), EOVERFLOW},
+        {"lists", repeated("[]", usage_file_limits.containers - 2, "[]"), 0},
+        {"too many lists", repeated("[]", usage_file_limits.containers - 1, "[]"), EOVERFLOW},
+        {"too many objects", repeated("{}", usage_file_limits.containers - 1, "{}"), EOVERFLOW},
         {"members",
          "{" +
-             repeated("\"a\":0", usage_file_members_limit, "")
-                 .substr(1, usage_file_members_limit * 6 - 1) +
+             repeated("\"a\":0", usage_file_limits.members, "")
+                 .substr(1, usage_file_limits.members * 6 - 1) +
              "}",
          0},
         {"too many members",
          "{" +
-             repeated("\"a\":0", usage_file_members_limit + 1, "")
-                 .substr(1, usage_file_members_limit * 6 + 5) +
+             repeated("\"a\":0", usage_file_limits.members + 1, "")
+                 .substr(1, usage_file_limits.members * 6 + 5) +
              "}",
          EOVERFLOW},
     };
