@@ -1,6 +1,7 @@
 #include "client/apply_words.h"
 
 #include "client/arguments.h"
+#include "format/spelling.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -107,7 +108,7 @@ ctl_line ctl_limits_line(const household_t &household, const household_person_t 
         for (const int32_t day : week)
             if (differs[day] && wanted[day] == wanted[first]) {
                 differs[day] = false;
-                add_piece(&piece, " ", ctl_weekday_name(day));
+                add_piece(&piece, " ", spelling_weekday(day));
             }
         add_piece(&line, separator, piece.text);
         separator = ", ";
