@@ -197,8 +197,8 @@ TEST_F(ClientApplyPlan, BringsEnforcementInStep) {
         {59, true, false, false, "# Mia: limit only counted\ndisable 1\n"},
     };
     for (const auto &row : rows) {
-        household_.people.keep(0);
-        state_.people.keep(0);
+        household_.people.clear();
+        state_.people.clear();
         want({{.limit = 60, .enforced = row.wanted}});
         have({{.limit = 60, .used = row.used, .enabled = row.enabled, .blocked = row.blocked}});
         EXPECT_EQ(plan(), row.plan) << row.used << row.enabled << row.blocked << row.wanted;
