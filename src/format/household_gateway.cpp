@@ -3,6 +3,7 @@
 #include "format/household_reader.h"
 #include "format/spelling.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdio>
 #include <cstring>
@@ -108,7 +109,7 @@ bool is_host(std::string_view name) {
         return false;
     for (;;) {
         const size_t dot = name.find('.');
-        const std::string_view label = name.substr(0, dot);
+        const std::string_view label(name.data(), std::min(dot, name.size()));
         if (!is_label(label))
             return false;
         // Ending with a number it would be an address that is wrong.

@@ -28,7 +28,7 @@ size_t find_bad_byte(std::string_view text) {
     while (offset < text.size()) {
         // A character must not be looked for behind the text's end.
         char next[5] = {};
-        text.copy(next, 4, offset);
+        memcpy(next, text.data() + offset, std::min<size_t>(4, text.size() - offset));
         const size_t size = text_character_size(next);
         if (next[0] == '\0' || size == 0)
             break;
@@ -84,7 +84,7 @@ private:
             next_ = text_.size();
             return;
         }
-        const std::string_view string = text_.substr(first, next_++ - first);
+        const std::string_view string(text_.data() + first, next_++ - first);
         const size_t behind = text_.find_first_not_of(blanks, next_);
         if (behind < text_.size() && text_[behind] == ':')
             take_key(string);
@@ -95,7 +95,7 @@ private:
             return;
         object_t &object = objects_[depth_ - 1];
         household_name_t shown = {};
-        key.copy(shown.text, sizeof(shown.text) - 1);
+        memcpy(shown.text, key.data(), std::min(key.size(), sizeof(shown.text) - 1));
         const auto end = object.keys + object.count;
         // An escape could hide that two keys are the same, and none of ours needs one.
         if (key.find('\\') != key.npos)
@@ -154,7 +154,8 @@ bool household_parse(household_reader_t *reader, const char *text, size_t size,
                      json_ptr *document) {
     std::string_view view(text, size);
     // Some editors begin a file with it.
-    if (view.starts_with(byte_order_mark))
+    if (view.size() >= byte_order_mark.size() &&
+        memcmp(view.data(), byte_order_mark.data(), byte_order_mark.size()) == 0)
         view.remove_prefix(byte_order_mark.size());
     if (!is_text(reader, view))
         return false;
