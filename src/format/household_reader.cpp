@@ -274,8 +274,8 @@ bool household_read_minutes(household_reader_t *reader, const household_place_t 
     if (read < 1 || read > minutes_per_day) {
         household_object_to(
             reader, &place,
-            "%s is less than a minute or more than 24 hours: give a time between them, or %s",
-            json_object_get_string(value), words);
+            "%lld minutes are less than one or more than 24 hours: give a time between, or %s",
+            static_cast<long long>(read), words);
         return false;
     }
     *minutes = static_cast<int32_t>(read);
