@@ -18,8 +18,9 @@ install(FILES ${debian_files}/utm-appd.service DESTINATION lib/systemd/system)
 
 # The pages keep their places to each other, so that links among them work.
 install(FILES README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.png)
+file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.png docs/*.json)
 install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs USE_SOURCE_PERMISSIONS)
 
 # The substitute is no library for others: it has a folder of its own, which only the daemon knows,
 # relative to itself so that the whole tree may be moved.

@@ -26,9 +26,10 @@ expected_files() {
         lib/systemd/system/utm-appd.service share/man/man1/utm_appctl.1 \
         share/man/man8/utm_appd.8 share/bash-completion/completions/utm_appctl \
         share/doc/utm-appd/{README.md,LICENSE,copyright}
-    for page in "$source"/docs/*.{md,png}; do
+    for page in "$source"/docs/*.{md,png,json}; do
         echo "share/doc/utm-appd/docs/${page##*/}"
     done
+    (cd "$source/docs" && find examples -type f -printf 'share/doc/utm-appd/docs/%p\n')
     if [[ -n $libdir ]]; then echo "$libdir/utm_appd/libqvutm_notify.so"; fi
 }
 

@@ -7,7 +7,7 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -300,6 +300,67 @@ TEST(Household, IsEmptyWhenItIsNew) {
     EXPECT_EQ(household_find_person(household, "mia"), nullptr);
     EXPECT_EQ(household_nearest_person(household, "mia"), nullptr);
     EXPECT_EQ(household_app_name(household, 305), nullptr);
+}
+
+// ---- The page ------------------------------------------------------------------------------
+
+std::string read_file(const std::string &name) {
+    std::ifstream file(UTM_SOURCE_DIR "/" + name);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// @return what stands between fences on the page, in order
+std::vector<std::string> blocks_of_the_page() {
+    const std::string page = read_file("docs/household.md");
+    const std::string fence = "```";
+    std::vector<std::string> blocks;
+    for (size_t next = page.find(fence); next != page.npos; next = page.find(fence, next)) {
+        const size_t begin = page.find('\n', next) + 1;
+        const size_t end = page.find(fence, begin);
+        blocks.push_back(page.substr(begin, end - begin));
+        next = end + fence.size();
+    }
+    return blocks;
+}
+
+TEST(HouseholdPage, HasAnExampleWithoutARemark) {
+    const std::vector<std::string> blocks = blocks_of_the_page();
+    ASSERT_EQ(blocks.size(), 3u);
+    EXPECT_EQ(blocks[0], read_file("docs/examples/household.json"));
+    reading_t reading = {};
+    read_household(blocks[0], &reading);
+    EXPECT_EQ(render(reading.remarks) + render(reading.household),
+              "limits on\n"
+              "app 305 video\n"
+              "app 306 games\n"
+              "app 412 maths\n"
+              "app 310 music\n"
+              "app 0 unknown\n"
+              "app 305 tv\n"
+              "person 1 Mia: enforced, 180 120 120 120 120 150 180\n"
+              "  00:00:5E:00:53:1A Mia's tablet\n"
+              "  00:00:5E:00:53:1B Mia's phone\n"
+              "  app 305: 45m\n"
+              "  app 306: blocked\n"
+              "person 2 Ben: counted, 90 90 90 90 90 90 90\n"
+              "  00:00:5E:00:53:2A\n");
+}
+
+TEST(HouseholdPage, ShowsALimitByDaysAndWhatIsSaidOfErrors) {
+    const std::vector<std::string> blocks = blocks_of_the_page();
+    ASSERT_EQ(blocks.size(), 3u);
+    reading_t limit = {};
+    read_household(R"({"people":[{"number":1,"name":"a","limit":)" + blocks[1] + "}]}", &limit);
+    EXPECT_EQ(render(limit.household),
+              "limits on\nperson 1 a: enforced, 180 120 120 120 120 150 180\n");
+    reading_t wrong = {};
+    read_household(R"({"people":[{"number":1,"name":"a"},
+ {"number":2,"name":"b","devices":[{"mac":"02:00"}],"limt":1}]})",
+                   &wrong);
+    std::string lines;
+    for (const household_remark_t &remark : wrong.remarks)
+        lines += std::string(remark.text) + "\n";
+    EXPECT_EQ(blocks[2], lines);
 }
 
 } // namespace
