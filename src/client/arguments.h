@@ -1,9 +1,11 @@
 #pragma once
-/// Operands of a command line. Each function complains about a text that it cannot use, in words
-/// that say what it expects; the caller then ends with CTL_USAGE.
+/// Operands of a command line. Each function complains about a text that it cannot use, in two
+/// lines: what is wrong, and how it should be. The caller then ends with CTL_USAGE.
 
+#include "client/message.h"
 #include "client/names.h"
 #include "format/protocol.h"
+#include "format/spelling.h"
 
 #include <cstdint>
 #include <span>
@@ -19,11 +21,19 @@ struct ctl_bounds {
 /// @param synopsis  such as "ID MAC..." (two or more) or "[PATH]" (one or none)
 [[nodiscard]] ctl_bounds ctl_bounds_of(const char *synopsis);
 
-/// Reads operands into a request, each as its word in the verb's synopsis says: ID and POLICY are
-/// numbers, which go to arg0 or, as the second operand, to arg1, as on|off and DAY do; MINUTES
-/// go where the verb says; PATH is an overlay. The verb itself reads operands of other words.
-[[nodiscard]] bool ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operands,
-                                     utm_app_config_cmd *request);
+/// @param word  such as "ID", as the synopsis has it but for brackets and dots
+/// @return whether the verb takes such an operand
+[[nodiscard]] bool ctl_has_operand(const ctl_verb &verb, const char *word);
+
+/// Reads operands into a request, each as its word in the verb's synopsis says: ID and
+/// POLICY are numbers; they go to arg0 or, as the second operand, to arg1, as
+/// on|off and the first DAY do; MINUTES go where the verb says; PATH is an overlay. The verb itself
+/// reads operands of other words.
+/// @return CTL_DONE; CTL_USAGE for a text that is none of these; CTL_REFUSED for a number that the
+///         daemon would refuse, which it is not asked: scripts know that status for it
+[[nodiscard]] ctl_exit ctl_read_operands(const ctl_verb &verb,
+                                         std::span<const char *const> operands,
+                                         utm_app_config_cmd *request);
 
 /// Reads a number of 32 bits, as the daemon has them.
 /// @param what  what it is, for the complaint: "a profile's number"
@@ -32,18 +42,20 @@ struct ctl_bounds {
 /// Reads minutes in any of the forms of `spelling_minutes`.
 [[nodiscard]] bool ctl_read_minutes(const char *text, int32_t *minutes);
 
-/// Reads any of the words of `spelling_switch`.
-/// @param value  out: 1 or 0
+/// Reads a switch in any of the forms of `spelling_switch`.
 [[nodiscard]] bool ctl_read_switch(const char *text, int32_t *value);
 
-/// Reads a weekday: 0 (Sunday) to 6, or its English name, of which three letters are enough.
-[[nodiscard]] bool ctl_read_weekday(const char *text, int32_t *day);
+/// Reads weekdays in any of the forms of `spelling_days`.
+[[nodiscard]] bool ctl_read_days(const char *text, weekday_set_t *days);
 
 /// Reads a MAC address in any of the forms of `mac_parse`.
 /// @param mac  out: `mac_bytes` bytes in transmission order
 [[nodiscard]] bool ctl_read_mac(const char *text, uint8_t *mac);
 
-/// Reads a policy's rule: APP=MINUTES, APP=block or APP=remove.
+/// The same for an address that a single device can have.
+[[nodiscard]] bool ctl_read_device_mac(const char *text, uint8_t *mac);
+
+/// Reads a policy's rule: APP=MINUTES, APP=block (or "blocked") or APP=allow (or "remove", "free").
 [[nodiscard]] bool ctl_read_rule(const ctl_app_names &names, const char *text,
                                  utm_app_config_app_entry *rule);
 

@@ -4,6 +4,7 @@
 
 #include "client/message.h"
 #include "client/output.h"
+#include "client/reason.h"
 #include "client/text.h"
 #include "client/verbs.h"
 #include "core/clock.h"
@@ -79,7 +80,7 @@ ctl_exit read_history(const ctl_call &call, history *of) {
         return status;
     // The daemon refuses the history of a profile that has used nothing yet just as that of one
     // that does not exist; the verb's own question tells them apart.
-    return of->apps.empty() ? ctl_send(call) : ctl_refused(call.verb.refusal);
+    return of->apps.empty() ? ctl_send(call) : ctl_explain(call, call.request);
 }
 
 void fill_label(ctl_cell *label, const history &of, int ago) {

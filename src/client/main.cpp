@@ -4,10 +4,13 @@
 #include "client/arguments.h"
 #include "client/message.h"
 #include "client/output.h"
+#include "client/suggestion.h"
 #include "client/verbs.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,17 +20,32 @@ namespace {
 /// Columns of a verb and its operands.
 constexpr int verb_width = 34;
 
-constexpr char legend[] =
-    "\n"
-    "ID, POLICY  whole numbers of your choice\n"
-    "MINUTES     90, 90m or 1h30m\n"
-    "DAY         monday, mon or 1; the week begins with sunday, 0\n"
-    "MAC         02:00:00:00:00:1a, with or without separators\n"
-    "APP=RULE    video=45m to limit, video=block, video=remove; applications go by\n"
-    "            number, or by name after --names or in %s\n"
+/// An operand's forms, by its word in the synopsis.
+struct operand_form {
+    const char *word;
+    const char *form;
+};
+
+constexpr operand_form forms[] = {
+    {"ID", "a whole number of your choice"},
+    {"POLICY", "a number of your choice, 1 or more"},
+    {"MINUTES", "90, 90m, 1h30m, 1:30 or 1.5h"},
+    {"DAY", "monday, mon or 1; sat,sun; weekdays, weekend, all; sunday is 0"},
+    {"MAC", "02:00:00:00:00:1a, with or without separators"},
+    {"APP=RULE", "video=45m limits, video=block blocks, video=allow ends both;\n"
+                 "            applications go by number, or by name in a file of names"},
+    {"PATH", "a file; but for report it is the daemon that opens it, as root"},
+    {"on|off", "yes and no will do, too"},
+};
+
+constexpr char exit_statuses[] =
     "\n"
     "Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,\n"
     "4 timeout, a broken reply, or output that could not be written.\n";
+
+void write_form(FILE *out, const operand_form &form) {
+    fprintf(out, "  %-10s%s\n", form.word, form.form);
+}
 
 /// The words that a command line begins with; null where it has none.
 struct verb_words {
@@ -59,9 +77,7 @@ const ctl_verb *find_verb(const verb_words &words) {
 }
 
 void write_verb_line(FILE *out, const ctl_verb &verb) {
-    const bool has_word = verb.word != nullptr;
-    const int width = fprintf(out, "  %s%s%s %s", verb.noun, has_word ? " " : "",
-                              has_word ? verb.word : "", verb.synopsis);
+    const int width = fprintf(out, "  %s %s", ctl_name_of(verb).text, verb.synopsis);
     fprintf(out, "%*s%s\n", width < verb_width ? verb_width - width : 1, "", verb.help);
 }
 
@@ -76,7 +92,10 @@ void write_help(FILE *out) {
     }
     fputs("\nOptions (COMMAND --help lists those of a command)\n", out);
     ctl_write_options(out, ~0U);
-    fprintf(out, legend, ctl_names_path);
+    fputs("\nOperands\n", out);
+    for (const operand_form &form : forms)
+        write_form(out, form);
+    fputs(exit_statuses, out);
 }
 
 void write_noun_help(FILE *out, const char *noun) {
@@ -86,23 +105,59 @@ void write_noun_help(FILE *out, const char *noun) {
             write_verb_line(out, verb);
 }
 
-void write_verb_help(FILE *out, const ctl_verb &verb) {
-    fprintf(out, "Usage: utm_appctl %s%s%s%s%s%s\n\n  %s\n\nOptions:\n", verb.noun,
-            verb.word != nullptr ? " " : "", verb.word != nullptr ? verb.word : "",
-            verb.synopsis[0] != '\0' ? " " : "", verb.synopsis,
-            verb.options != 0 ? " [OPTIONS]" : "", verb.help);
-    ctl_write_options(out, verb.options | ctl_common_options);
+/// Writes "utm_appctl", the verb and its operands.
+void write_usage(FILE *out, const ctl_verb &verb) {
+    const bool has_options = (ctl_options_of(verb) & ~ctl_common_options) != 0;
+    fprintf(out, "Usage: utm_appctl %s%s%s%s\n", ctl_name_of(verb).text,
+            verb.synopsis[0] != '\0' ? " " : "", verb.synopsis, has_options ? " [OPTIONS]" : "");
 }
 
+void write_verb_help(FILE *out, const ctl_verb &verb) {
+    write_usage(out, verb);
+    fprintf(out, "\n  %s\n", verb.help);
+    if (verb.synopsis[0] != '\0')
+        fputs("\nOperands:\n", out);
+    for (const operand_form &form : forms)
+        if (ctl_has_operand(verb, form.word))
+            write_form(out, form);
+    if (verb.example != nullptr)
+        fprintf(out, "\nExample:\n  utm_appctl %s\n", verb.example);
+    fputs("\nOptions:\n", out);
+    ctl_write_options(out, ctl_options_of(verb));
+}
+
+/// A verb's first or second words, those of its noun once each.
+struct word_list {
+    plain_vector<const char *> words = {};
+    char text[100] = ""; ///< with commas
+
+    void add(const char *word) {
+        if (!words.empty() && strcmp(words[words.size() - 1], word) == 0)
+            return;
+        const size_t length = strlen(text);
+        snprintf(text + length, sizeof(text) - length, "%s%s", words.empty() ? "" : ", ", word);
+        if (!words.add(word))
+            return; // then there is no suggestion
+    }
+};
+
 ctl_exit no_verb(const verb_words &words) {
-    if (!is_noun(words.noun))
-        return ctl_fail(CTL_USAGE, "\"%s\": unknown command; see utm_appctl --help", words.noun);
+    const bool is_known = is_noun(words.noun);
+    word_list known;
+    for (const ctl_verb &verb : ctl_verbs())
+        if (!is_known)
+            known.add(verb.noun);
+        else if (strcmp(verb.noun, words.noun) == 0)
+            known.add(verb.word);
+    if (!is_known)
+        return ctl_fail(CTL_USAGE, "\"%s\" is no command\n%s", words.noun,
+                        ctl_suggest(words.noun, &known.words, "See utm_appctl --help").text);
+    char all[200];
+    snprintf(all, sizeof(all), "Give one of: %s; see utm_appctl %s --help", known.text, words.noun);
     if (words.word == nullptr)
-        ctl_say("\"%s\" needs a second word", words.noun);
-    else
-        ctl_say("\"%s %s\": unknown command", words.noun, words.word);
-    write_noun_help(stderr, words.noun);
-    return CTL_USAGE;
+        return ctl_fail(CTL_USAGE, "\"%s\" needs a second word\n%s", words.noun, all);
+    return ctl_fail(CTL_USAGE, "\"%s %s\" is no command\n%s", words.noun, words.word,
+                    ctl_suggest(words.word, &known.words, all).text);
 }
 
 /// Help was asked for: of everything, of a noun, or of a verb.
@@ -122,35 +177,65 @@ ctl_exit give_help(const verb_words &words) {
 /// Checks what can be told without reading an operand: how many there are, and the options.
 bool is_well_formed(const ctl_verb &verb, const ctl_options &options, size_t count) {
     const ctl_bounds bounds = ctl_bounds_of(verb.synopsis);
-    const unsigned strange = options.given & ~(verb.options | ctl_common_options);
+    const unsigned strange = options.given & ~ctl_options_of(verb);
+    const ctl_verb_name name = ctl_name_of(verb);
     if (count < bounds.least || count > bounds.most)
-        ctl_say("too %s operands", count < bounds.least ? "few" : "many");
+        ctl_say("\"%s\" has too %s operands\nUsage: utm_appctl %s%s%s; see utm_appctl %s --help",
+                name.text, count < bounds.least ? "few" : "many", name.text,
+                verb.synopsis[0] != '\0' ? " " : "", verb.synopsis, name.text);
     else if (strange != 0)
-        ctl_say("--%s cannot be used with this command", ctl_option_name(strange));
+        ctl_say("--%s cannot be used with \"%s\"\nSee utm_appctl %s --help",
+                ctl_option_name(strange), name.text, name.text);
     else
         return true;
-    write_verb_help(stderr, verb);
     return false;
 }
 
+/// The words behind a verb. A time may stand in two words at the end, "2h 30m", as people say it.
+class operand_words {
+public:
+    operand_words(const ctl_verb &verb, std::span<const char *const> words) : words_(words) {
+        const size_t most = ctl_bounds_of(verb.synopsis).most;
+        int32_t minutes = 0;
+        if (words.size() != most + 1 || words.size() > room || !ctl_has_operand(verb, "MINUTES"))
+            return;
+        snprintf(time_, sizeof(time_), "%s %s", words[most - 1], words[most]);
+        if (!spelling_minutes(time_, &minutes))
+            return;
+        std::copy_n(words.begin(), most - 1, joined_);
+        joined_[most - 1] = time_;
+        words_ = {joined_, most};
+    }
+    operand_words(const operand_words &) = delete;
+    operand_words &operator=(const operand_words &) = delete;
+
+    std::span<const char *const> get() const { return words_; }
+
+private:
+    static constexpr size_t room = 4;
+
+    std::span<const char *const> words_;
+    const char *joined_[room] = {};
+    char time_[40] = "";
+};
+
 ctl_exit run_verb(const ctl_verb &verb, const ctl_options &options) {
     const size_t words = verb.word == nullptr ? 1 : 2;
+    const operand_words operands(verb, {options.operands.begin() + words, options.operands.end()});
     ctl_app_names names;
     ctl_call call = {.verb = verb,
                      .options = options,
                      .names = names,
-                     .operands = {options.operands.begin() + words, options.operands.end()},
+                     .operands = operands.get(),
                      .request = {.type = verb.type, .arg2 = verb.enable}};
-    if (!is_well_formed(verb, options, call.operands.size()))
+    if (!is_well_formed(verb, options, call.operands.size()) || !ctl_options_agree(options))
         return CTL_USAGE;
-    if (verb.has(CTL_OPTION_NAMES)) {
-        const ctl_exit status = ctl_read_names(options.names_path, &names);
-        if (status != CTL_DONE)
-            return status;
-    }
-    if (!ctl_options_agree(options) || !ctl_read_operands(verb, call.operands, &call.request))
-        return CTL_USAGE;
-    return verb.run(call);
+    ctl_exit status = CTL_DONE;
+    if (verb.has(CTL_OPTION_NAMES))
+        status = ctl_read_names(options.names_path, &names);
+    if (status == CTL_DONE)
+        status = ctl_read_operands(verb, call.operands, &call.request);
+    return status == CTL_DONE ? verb.run(call) : status;
 }
 
 ctl_exit give_version(const ctl_options &options) {
@@ -175,7 +260,7 @@ ctl_exit dispatch(const ctl_options &options) {
     if (options.has(CTL_OPTION_HELP) || is_help)
         return give_help(is_help ? words_at(options, 1) : words);
     if (words.noun == nullptr && options.has(CTL_OPTION_JSON))
-        return ctl_fail(CTL_USAGE, "a command is missing; see utm_appctl --help");
+        return ctl_fail(CTL_USAGE, "a command is missing\nSee utm_appctl --help");
     if (words.noun == nullptr) {
         write_help(stderr);
         return CTL_USAGE;

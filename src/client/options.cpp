@@ -2,6 +2,7 @@
 
 #include "client/message.h"
 #include "client/names.h"
+#include "client/suggestion.h"
 #include "format/protocol.h"
 #include "format/spelling.h"
 
@@ -31,6 +32,7 @@ constexpr option_row rows[] = {
     {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today, or a chart for each"},
     {CTL_OPTION_DAY, "day", 0, required_argument, " N",
      "applications on the day N days ago, 0 to 30"},
+    {CTL_OPTION_YESTERDAY, "yesterday", 0, no_argument, "", "the same as --day 1"},
     {CTL_OPTION_WEEK, "week", 0, required_argument, " N",
      "applications in the week N weeks ago, 0 to 3"},
     {CTL_OPTION_MONTH, "month", 0, no_argument, "", "applications in this month"},
@@ -38,6 +40,7 @@ constexpr option_row rows[] = {
      "a chart, of days unless --weeks is given"},
     {CTL_OPTION_DAYS, "days", 0, no_argument, "", "with --history: today and 30 days before"},
     {CTL_OPTION_WEEKS, "weeks", 0, no_argument, "", "with --history: this week and 3 before"},
+    {CTL_OPTION_YES, "yes", 'y', no_argument, "", "delete the history, too, without asking"},
     {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
      "the daemon's socket, if not the default"},
@@ -66,7 +69,7 @@ bool read_bounded(const char *text, const option_row &row, int32_t least, int32_
                   int32_t *number) {
     if (spelling_number(text, number) && *number >= least && *number <= most)
         return true;
-    ctl_say("\"%s\" is not valid for --%s: give a whole number from %d to %d", text, row.name,
+    ctl_say("\"%s\" is not valid for --%s\nGive a whole number from %d to %d", text, row.name,
             least, most);
     return false;
 }
@@ -81,6 +84,9 @@ bool take_option(const option_row &row, ctl_options *options) {
         return read_bounded(optarg, row, 1, timeout_max_s, &options->daemon.timeout_s);
     case CTL_OPTION_NAMES:
         options->names_path = optarg;
+        return true;
+    case CTL_OPTION_YESTERDAY:
+        options->day = 1;
         return true;
     case CTL_OPTION_DAY:
         return read_bounded(optarg, row, 0, day_max, &options->day);
@@ -102,14 +108,24 @@ bool take_option(const option_row &row, ctl_options *options) {
 /// @param value  what getopt_long answered: a colon where a value is missing
 ctl_exit unknown_option(const char *word, int value) {
     if (value == ':')
-        return ctl_fail(CTL_USAGE, "\"%s\" needs a value; see utm_appctl --help", word);
+        return ctl_fail(CTL_USAGE, "\"%s\" needs a value\nSee utm_appctl --help", word);
     if (optopt >= first_value)
-        return ctl_fail(CTL_USAGE, "\"%s\": this option takes no value", word);
+        return ctl_fail(CTL_USAGE, "\"%s\": this option takes no value\nGive --%s alone", word,
+                        row_of(optopt)->name);
     if (word[1] >= '0' && word[1] <= '9')
         // What begins like a number was mostly meant as one.
-        return ctl_fail(CTL_USAGE, "\"%s\": unknown option; put -- in front of a negative number",
+        return ctl_fail(CTL_USAGE, "\"%s\" is no option\nPut -- in front of a negative number",
                         word);
-    return ctl_fail(CTL_USAGE, "\"%s\": unknown option; see utm_appctl --help", word);
+    char name[40];
+    snprintf(name, sizeof(name), "%.*s", static_cast<int>(strcspn(word, "=")), word);
+    char dashed[row_count][20];
+    const char *known[row_count + 1] = {};
+    for (size_t i = 0; i < row_count; ++i) {
+        snprintf(dashed[i], sizeof(dashed[i]), "--%s", rows[i].name);
+        known[i] = dashed[i];
+    }
+    return ctl_fail(CTL_USAGE, "\"%s\" is no option\n%s", word,
+                    ctl_suggest(name, known, "See utm_appctl --help").text);
 }
 
 /// The older spelling of --days and --weeks, "--history weeks". The word may be missing, so the
@@ -195,14 +211,16 @@ bool ctl_options_agree(const ctl_options &options) {
     const unsigned units = options.given & (CTL_OPTION_DAYS | CTL_OPTION_WEEKS);
     const bool history = options.has(CTL_OPTION_HISTORY);
     if (has_more_than_one(periods))
-        ctl_say("--day, --week and --month cannot be combined: give one of them");
+        ctl_say("--%s and --%s cannot be combined\nGive one of them", ctl_option_name(periods),
+                ctl_option_name(periods & (periods - 1)));
     else if (periods != 0 && history)
-        ctl_say("--%s and --history cannot be combined: give one of them",
+        ctl_say("--%s and --history cannot be combined\nGive one of them",
                 ctl_option_name(periods));
     else if (has_more_than_one(units))
-        ctl_say("--days and --weeks cannot be combined: give one of them");
+        ctl_say("--days and --weeks cannot be combined\nGive one of them");
     else if (units != 0 && !history)
-        ctl_say("--%s needs --history", ctl_option_name(units));
+        ctl_say("--%s needs --history\nFor example: utm_appctl usage 3 --history --%s",
+                ctl_option_name(units), ctl_option_name(units));
     else
         return true;
     return false;

@@ -24,10 +24,13 @@ enum ctl_option : unsigned {
     CTL_OPTION_HISTORY = 1U << 11,
     CTL_OPTION_DAYS = 1U << 12,
     CTL_OPTION_WEEKS = 1U << 13,
+    CTL_OPTION_YES = 1U << 15,
+    CTL_OPTION_YESTERDAY = 1U << 16,
 };
 
 /// Those that ask for a period; only one may be given.
-inline constexpr unsigned ctl_period_options = CTL_OPTION_DAY | CTL_OPTION_WEEK | CTL_OPTION_MONTH;
+inline constexpr unsigned ctl_period_options =
+    CTL_OPTION_DAY | CTL_OPTION_YESTERDAY | CTL_OPTION_WEEK | CTL_OPTION_MONTH;
 
 /// What every verb takes.
 inline constexpr unsigned ctl_common_options =

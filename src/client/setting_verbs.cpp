@@ -2,6 +2,7 @@
 
 #include "client/arguments.h"
 #include "client/output.h"
+#include "client/reason.h"
 #include "client/text.h"
 #include "client/verbs.h"
 #include "core/clock.h"
@@ -112,15 +113,14 @@ ctl_exit ctl_limit_show(const ctl_call &call) {
 
 ctl_exit ctl_weekday_show(const ctl_call &call) {
     weekday_limits limits;
-    const ctl_exit status =
-        ctl_ask_list(call.options.daemon, call.request, call.verb.refusal,
-                     [&limits](const utm_app_config_reply &reply) {
-                         // More days than a week has: the server is not the daemon.
-                         return limits.size() < size_t{days_per_week} &&
-                                limits.add({reply.weekday_day, reply.weekday_limit});
-                     });
+    const ctl_exit status = ctl_ask_list(
+        call.options.daemon, call.request, "", [&limits](const utm_app_config_reply &reply) {
+            // More days than a week has: the server is not the daemon.
+            return limits.size() < size_t{days_per_week} &&
+                   limits.add({reply.weekday_day, reply.weekday_limit});
+        });
     if (status != CTL_DONE)
-        return status;
+        return status == CTL_REFUSED ? ctl_explain(call, call.request) : status;
     return call.json() ? print_weekdays_json(call.profile_id(), limits) : print_weekdays(limits);
 }
 
@@ -147,7 +147,9 @@ ctl_exit ctl_devices(const ctl_call &call) {
     for (const char *operand : call.operands.subspan(1)) {
         utm_app_config_cmd request = call.request;
         uint8_t mac[mac_bytes];
-        if (!ctl_read_mac(operand, mac))
+        // What is no device's address may have been added by another program: it can be removed.
+        if (!(call.verb.type == UTM_APP_CONFIG_ADD_DEVICE ? ctl_read_device_mac(operand, mac)
+                                                          : ctl_read_mac(operand, mac)))
             return CTL_USAGE;
         utm_app_config_put_mac(&request, mac);
         if (!requests.add(request))

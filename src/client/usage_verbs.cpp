@@ -1,6 +1,7 @@
 /// What has been used: a profile's sums, its applications in one period, and a page of everything.
 
 #include "client/output.h"
+#include "client/reason.h"
 #include "client/report.h"
 #include "client/standing.h"
 #include "client/temporary_file.h"
@@ -44,7 +45,7 @@ ctl_exit show_standing(const ctl_call &call) {
     if (status != CTL_DONE)
         return status;
     if (!of.is_known)
-        return ctl_refused(call.verb.refusal);
+        return ctl_explain(call, call.request);
     return call.json() ? print_standing_json(of) : print_standing(of);
 }
 
@@ -73,15 +74,15 @@ using app_list = plain_vector<app_minutes>;
 ctl_exit read_apps(const ctl_call &call, int32_t selector, app_list *apps) {
     utm_app_config_cmd request = {
         .type = UTM_APP_CONFIG_GET_APP_USAGE, .arg0 = call.profile_id(), .arg1 = selector};
-    return ctl_ask_list(call.options.daemon, request, call.verb.refusal,
-                        [apps](const utm_app_config_reply &reply) {
-                            // The daemon lists whatever a profile ever used, and fills up with
-                            // entries of nothing.
-                            if (reply.app_usage_value == 0)
-                                return true;
-                            return apps->size() < ctl_list_max &&
-                                   apps->add({reply.app_usage_app_id, reply.app_usage_value});
-                        });
+    const ctl_exit status =
+        ctl_ask_list(call.options.daemon, request, "", [apps](const utm_app_config_reply &reply) {
+            // The daemon lists whatever a profile ever used, and fills up with entries of nothing.
+            if (reply.app_usage_value == 0)
+                return true;
+            return apps->size() < ctl_list_max &&
+                   apps->add({reply.app_usage_app_id, reply.app_usage_value});
+        });
+    return status == CTL_REFUSED ? ctl_explain(call, request) : status;
 }
 
 ctl_exit print_apps(const ctl_call &call, const app_list &apps) {

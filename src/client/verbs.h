@@ -22,16 +22,27 @@ struct ctl_verb {
     const char *word = nullptr;    ///< the second word; null when there is only a noun
     const char *synopsis = "";     ///< the operands; see `ctl_read_operands`
     const char *help = nullptr;    ///< one line, without a full stop
+    const char *example = nullptr; ///< of its use, without the program's name
     unsigned options = 0;          ///< bits of `ctl_option`, besides the common ones
-    const char *refusal = nullptr; ///< why the daemon may refuse; null: it never does
     uint8_t type = 0;              ///< the request's command
     bool enable = false;           ///< the request's enable flag
     /// Where MINUTES stand in the request.
     int32_t utm_app_config_cmd::*minutes = &utm_app_config_cmd::arg0;
+    int32_t minutes_most = INT32_MAX; ///< MINUTES are 1 to so many
     ctl_exit (*run)(const ctl_call &call) = ctl_send;
 
     bool has(ctl_option option) const { return (options & option) != 0; }
 };
+
+/// A verb's words: "limit set".
+struct ctl_verb_name {
+    char text[40];
+};
+
+[[nodiscard]] ctl_verb_name ctl_name_of(const ctl_verb &verb);
+
+/// @return the bits of all options that the verb takes, the common ones included
+[[nodiscard]] unsigned ctl_options_of(const ctl_verb &verb);
 
 /// @return all verbs, those of one noun side by side, in the order of the help
 std::span<const ctl_verb> ctl_verbs();
@@ -61,12 +72,16 @@ struct ctl_question {
 
 // What rows of the table run, by the first words of the verb.
 ctl_exit ctl_status(const ctl_call &call);
+ctl_exit ctl_profile_del(const ctl_call &call);
 ctl_exit ctl_devices(const ctl_call &call);
 ctl_exit ctl_limit_show(const ctl_call &call);
+ctl_exit ctl_limit_enable(const ctl_call &call);
 ctl_exit ctl_weekday_show(const ctl_call &call);
+ctl_exit ctl_weekday_set(const ctl_call &call);
 ctl_exit ctl_extend_show(const ctl_call &call);
 ctl_exit ctl_usage(const ctl_call &call);
 ctl_exit ctl_history(const ctl_call &call); ///< `usage --history`
 ctl_exit ctl_report(const ctl_call &call);
 ctl_exit ctl_policy_rule(const ctl_call &call);
+ctl_exit ctl_signature_load(const ctl_call &call);
 ctl_exit ctl_interval_show(const ctl_call &call);

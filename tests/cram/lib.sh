@@ -80,6 +80,9 @@ stop_fake_server() {
 # reply STATUS [OFFSET=NUMBER]...: a reply as docs/protocol.md places its fields.
 reply() { python3 "$SOURCE/tests/cram/wire.py" reply "$@"; }
 
+# ask TYPE [OFFSET=NUMBER]...: a request that the client would not send.
+ask() { python3 "$SOURCE/tests/cram/wire.py" ask /dev/utm_app_config_socket "$@"; }
+
 # Every command of the client, as its help has them.
 commands() {
     utm_appctl --help | sed -n 's/ on|off//; s/^  \([a-z][a-z]*\( [a-z][a-z]*\)\{0,1\}\) .*/\1/p'

@@ -5,6 +5,8 @@
                                          the bytes of the file ANSWER and closes; until it is killed
   wire.py reply STATUS [OFFSET=NUMBER]...
                                          prints a reply: numbers of 32 bits at these offsets, else 0
+  wire.py ask SOCKET TYPE [OFFSET=NUMBER]...
+                                         sends a request, and prints the status of its first reply
 """
 
 import os
@@ -40,13 +42,25 @@ def serve(path, answer, requests):
             connection.sendall(bytes_to_send.read())
 
 
-def reply(status, *fields):
-    text = bytearray(REPLY_SIZE)
-    text[0] = int(status)
+def record(size, first, fields):
+    text = bytearray(size)
+    text[0] = int(first)
     for field in fields:
         offset, number = field.split("=")
         struct.pack_into("=i", text, int(offset), int(number))
-    sys.stdout.buffer.write(text)
+    return text
 
 
-{"serve": serve, "reply": reply}[sys.argv[1]](*sys.argv[2:])
+def reply(status, *fields):
+    sys.stdout.buffer.write(record(REPLY_SIZE, status, fields))
+
+
+def ask(path, command, *fields):
+    with socket.socket(socket.AF_UNIX) as connection:
+        connection.connect(path)
+        connection.sendall(record(REQUEST_SIZE, command, fields))
+        answer = connection.recv(REPLY_SIZE, socket.MSG_WAITALL)
+    print("status", answer[0] if answer else "none")
+
+
+{"serve": serve, "reply": reply, "ask": ask}[sys.argv[1]](*sys.argv[2:])

@@ -115,7 +115,7 @@ TEST(ClientOptions, HaveAUnitOfHistory) {
 TEST(ClientOptions, ThatCouldBeOneOrAnotherAreUnknown) {
     const parsed line({"usage", "--a"}); // --ascii or --apps
     EXPECT_EQ(line.status, CTL_USAGE);
-    EXPECT_EQ(line.said, "utm_appctl: \"--a\": unknown option; see utm_appctl --help\n");
+    EXPECT_EQ(line.said, "utm_appctl: \"--a\" is no option\nSee utm_appctl --help\n");
 }
 
 TEST(ClientOptions, HaveNames) {

@@ -144,7 +144,7 @@ TEST(ClientCompletion, OffersEveryVerbItsOptions) {
     for (const ctl_verb &verb : ctl_verbs()) {
         words_t words = words_of(verb);
         words.push_back("-");
-        EXPECT_EQ(sorted(complete(words)), names_of_options(verb.options | ctl_common_options))
+        EXPECT_EQ(sorted(complete(words)), names_of_options(ctl_options_of(verb)))
             << name_of(verb);
     }
     EXPECT_EQ(sorted(complete({"--"})), names_of_options(ctl_common_options));

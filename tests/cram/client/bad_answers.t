@@ -77,9 +77,9 @@ A signature that cannot be loaded may have a short reply; nothing else has one, 
   > done
   utm_appctl: the daemon closed the connection after 135 of a reply's 832 bytes: are both programs of the same version?
   utm_appctl: the daemon closed the connection after 135 of a reply's 832 bytes: are both programs of the same version?
-  utm_appctl: the daemon refused: the DPI engine did not load the signatures; does the file exist, and is it a signature file?
+  utm_appctl: the daemon refused: it cannot start the DPI engine's program now; try again
   utm_appctl: the daemon closed the connection after 136 of a reply's 832 bytes: are both programs of the same version?
-  utm_appctl: the daemon refused: the DPI engine did not load the signatures; does the file exist, and is it a signature file?
+  utm_appctl: the daemon refused: /tmp/a: No such file or directory
   utm_appctl: the daemon's reply has the unknown status 255: are both programs of the same version?
   [4]
 
@@ -98,12 +98,12 @@ A status that does not exist, a list where there is none, and one that is refuse
   [4]
   $ { reply 2; reply 2; reply 1; } >answer
   $ ctl weekday show 3
-  utm_appctl: the daemon refused: no such profile; create it with profile add
-  [1]
+  utm_appctl: the daemon began a list where one reply was expected: are both programs of the same version?
+  [4]
   $ ctl usage 3 --apps --json
-  utm_appctl: the daemon refused: no such profile; create it with profile add
-  {"error":"the daemon refused: no such profile; create it with profile add"}
-  [1]
+  utm_appctl: the daemon began a list where one reply was expected: are both programs of the same version?
+  {"error":"the daemon began a list where one reply was expected: are both programs of the same version?"}
+  [4]
   $ reply 1 >answer
   $ ctl ping
   utm_appctl: the daemon refused: it should not; are both programs of the same version?

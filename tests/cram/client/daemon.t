@@ -43,18 +43,49 @@ else.
   >   utm_appctl debug "$word" || echo "status $?"
   > done
   utm_appctl: "o" is neither on nor off
+  Give on or off; yes and no will do, too
   status 2
   utm_appctl: "o" is neither on nor off
+  Give on or off; yes and no will do, too
   status 2
   utm_appctl: "" is neither on nor off
+  Give on or off; yes and no will do, too
   status 2
   utm_appctl: "" is neither on nor off
+  Give on or off; yes and no will do, too
   status 2
   utm_appctl: "offf" is neither on nor off
+  Give on or off; yes and no will do, too
   status 2
   utm_appctl: "offf" is neither on nor off
+  Give on or off; yes and no will do, too
   status 2
   $ log
+
+Other words for a switch.
+
+  $ for word in yes TRUE enabled 1 ON; do
+  >   utm_appctl debug off
+  >   utm_appctl debug "$word"
+  >   utm_appctl status --json
+  > done
+  {"active":false,"debug":true}
+  {"active":false,"debug":true}
+  {"active":false,"debug":true}
+  {"active":false,"debug":true}
+  {"active":false,"debug":true}
+  $ for word in no False disabled 0 OFF; do
+  >   utm_appctl debug on
+  >   utm_appctl debug "$word"
+  >   utm_appctl status --json
+  > done
+  {"active":false,"debug":false}
+  {"active":false,"debug":false}
+  {"active":false,"debug":false}
+  {"active":false,"debug":false}
+  {"active":false,"debug":false}
+  $ utm_appctl debug on
+  $ forget
 
 The interval between two exports may be written as hours and minutes.
 
@@ -72,10 +103,12 @@ The interval between two exports may be written as hours and minutes.
 It is at least one minute.
 
   $ utm_appctl interval set 0
-  utm_appctl: the daemon refused: the interval must be at least one minute
+  utm_appctl: "0" is less than 1m
+  For example: utm_appctl interval set 30m
   [1]
   $ utm_appctl interval set soon
-  utm_appctl: "soon" is not a time: give minutes, such as 90, 90m or 1h30m
+  utm_appctl: "soon" is not a time
+  Give minutes, such as 90, 90m, 1h30m, 1:30 or 1.5h
   [2]
   $ utm_appctl interval set 2147483647
   $ utm_appctl interval show --json
@@ -87,6 +120,5 @@ It is at least one minute.
   [socket] Receive cmd type=49
   [socket] Receive cmd type=48
   [socket] Receive cmd type=48
-  [socket] Receive cmd type=49
   [socket] Receive cmd type=49
   [socket] Receive cmd type=48

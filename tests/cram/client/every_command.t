@@ -1,16 +1,16 @@
-Each command of the help takes so many words, and answers any other number with its help. Each line
-shows what it says to no word, one word, and so on.
+Each command of the help takes so many words, and answers any other number with how it goes. Each
+line shows what it says to no word, one word, and so on.
 
   $ . "$SOURCE/tests/cram/lib.sh"
   $ daemon stop
   $ answer_to() {
-  >   help=$(utm_appctl $command --help)
+  >   usage=$(utm_appctl $command --help | sed -n '1s/ \[OPTIONS\]$//;1p')
   >   answer=$(utm_appctl $command $(seq "$1") 2>&1)
   >   case "$? $answer" in
-  >   "2 utm_appctl: too few operands
-  > $help") echo few ;;
-  >   "2 utm_appctl: too many operands
-  > $help") echo many ;;
+  >   "2 utm_appctl: \"$command\" has too few operands
+  > $usage; see utm_appctl $command --help") echo few ;;
+  >   "2 utm_appctl: \"$command\" has too many operands
+  > $usage; see utm_appctl $command --help") echo many ;;
   >   *) echo right ;;
   >   esac
   > }
@@ -46,26 +46,18 @@ shows what it says to no word, one word, and so on.
   export: few right many many many
   import: few right many many many
 
-An option goes with the commands that take it. With others it is answered with the command's help.
+An option goes with the commands that take it. With others it is answered with what
+the command takes.
 
   $ utm_appctl ping --apps
-  utm_appctl: --apps cannot be used with this command
-  Usage: utm_appctl ping
-  
-    ask whether the daemon answers
-  
-  Options:
-    -j, --json                     print one JSON document
-    -s, --socket PATH              the daemon's socket, if not the default
-    -t, --timeout SECONDS          how long to wait for an answer; default 30
-    -h, --help                     show help
-    -V, --version                  the version
+  utm_appctl: --apps cannot be used with "ping"
+  See utm_appctl ping --help
   [2]
   $ utm_appctl usage 3 --apps
   utm_appctl: cannot reach the daemon at /dev/utm_app_config_socket (No such file or directory): is it running? Use -s for another socket
   [3]
   $ utm_appctl activate on -n /dev/null 2>&1 | sed -n 1p
-  utm_appctl: --names cannot be used with this command
+  utm_appctl: --names cannot be used with "activate"
 
 These are all that each command takes: with any other its answer is of that kind.
 
@@ -76,23 +68,25 @@ These are all that each command takes: with any other its answer is of that kind
   > names -n/dev/null
   > apps --apps
   > day --day 1
+  > yesterday --yesterday
   > week --week=1
   > month --month
   > history --history
   > history --history=weeks
   > days --days
   > weeks --weeks
+  > yes --yes
+  > yes -y
   > OPTIONS
   $ commands | while read -r command; do
-  >   help=$(utm_appctl $command --help)
   >   words=$command
   >   while utm_appctl $words 2>&1 | grep -q 'too few operands'; do words="$words 1"; done
   >   taken=
   >   while read -r name option; do
-  >     refusal="utm_appctl: --$name cannot be used with this command"
+  >     refusal="utm_appctl: --$name cannot be used with \"$command\""
   >     answer=$(utm_appctl $words $option 2>&1)
   >     test "$? $answer" = "2 $refusal
-  > $help" || taken="$taken $option"
+  > See utm_appctl $command --help" || taken="$taken $option"
   >   done <options
   >   echo "$command:$taken"
   > done
@@ -101,7 +95,7 @@ These are all that each command takes: with any other its answer is of that kind
   activate:
   debug:
   profile add:
-  profile del:
+  profile del: --yes -y
   device add:
   device del:
   limit show:
@@ -113,7 +107,7 @@ These are all that each command takes: with any other its answer is of that kind
   extend show:
   extend add:
   extend reset:
-  usage: --ascii -a --names /dev/null -n/dev/null --apps --day 1 --week=1 --month --history --history=weeks --days --weeks
+  usage: --ascii -a --names /dev/null -n/dev/null --apps --day 1 --yesterday --week=1 --month --history --history=weeks --days --weeks
   report: --names /dev/null -n/dev/null
   policy create:
   policy rule: --names /dev/null -n/dev/null

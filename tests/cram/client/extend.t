@@ -21,10 +21,12 @@ Each addition is between a minute and six hours.
   360 (6h)
   $ utm_appctl extend reset 3
   $ utm_appctl extend add 3 6h1m
-  utm_appctl: the daemon refused: no such profile, or the bonus is not between 1m and 6h
+  utm_appctl: "6h1m" is not between 1m and 6h
+  For example: utm_appctl extend add 3 30m
   [1]
   $ utm_appctl extend add 3 0
-  utm_appctl: the daemon refused: no such profile, or the bonus is not between 1m and 6h
+  utm_appctl: "0" is not between 1m and 6h
+  For example: utm_appctl extend add 3 30m
   [1]
   $ utm_appctl extend show 3
   0 (0m)
@@ -32,7 +34,7 @@ Each addition is between a minute and six hours.
 The profile has to exist.
 
   $ utm_appctl extend add 9 5
-  utm_appctl: the daemon refused: no such profile, or the bonus is not between 1m and 6h
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
   $ utm_appctl extend show 9
   utm_appctl: the daemon refused: no such profile; create it with profile add

@@ -51,23 +51,29 @@ Help needs no daemon.
     -n, --names FILE               application names: lines such as "305 video"
         --apps                     applications today, or a chart for each
         --day N                    applications on the day N days ago, 0 to 30
+        --yesterday                the same as --day 1
         --week N                   applications in the week N weeks ago, 0 to 3
         --month                    applications in this month
         --history                  a chart, of days unless --weeks is given
         --days                     with --history: today and 30 days before
         --weeks                    with --history: this week and 3 before
+    -y, --yes                      delete the history, too, without asking
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
     -h, --help                     show help
     -V, --version                  the version
   
-  ID, POLICY  whole numbers of your choice
-  MINUTES     90, 90m or 1h30m
-  DAY         monday, mon or 1; the week begins with sunday, 0
-  MAC         02:00:00:00:00:1a, with or without separators
-  APP=RULE    video=45m to limit, video=block, video=remove; applications go by
-              number, or by name after --names or in /etc/utm_appd/apps
+  Operands
+    ID        a whole number of your choice
+    POLICY    a number of your choice, 1 or more
+    MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
+    DAY       monday, mon or 1; sat,sun; weekdays, weekend, all; sunday is 0
+    MAC       02:00:00:00:00:1a, with or without separators
+    APP=RULE  video=45m limits, video=block blocks, video=allow ends both;
+              applications go by number, or by name in a file of names
+    PATH      a file; but for report it is the daemon that opens it, as root
+    on|off    yes and no will do, too
   
   Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,
   4 timeout, a broken reply, or output that could not be written.
@@ -99,6 +105,12 @@ A command's help names its options, wherever it is asked for.
   
     show today's limit and whether it is enabled
   
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl limit show 3
+  
   Options:
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
@@ -109,6 +121,12 @@ A command's help names its options, wherever it is asked for.
   Usage: utm_appctl limit show ID
   
     show today's limit and whether it is enabled
+  
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl limit show 3
   
   Options:
     -j, --json                     print one JSON document
@@ -134,11 +152,17 @@ Each command has help, which ends with the same four options.
   
     ask whether the daemon answers
   
+  Example:
+    utm_appctl ping
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl status
   
     show whether limits are enforced
+  
+  Example:
+    utm_appctl status
   
   Options:
     -j, --json                     print one JSON document
@@ -146,11 +170,23 @@ Each command has help, which ends with the same four options.
   
     enforce limits, or let everything pass
   
+  Operands:
+    on|off    yes and no will do, too
+  
+  Example:
+    utm_appctl activate on
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl debug on|off
   
     have the daemon log what it does
+  
+  Operands:
+    on|off    yes and no will do, too
+  
+  Example:
+    utm_appctl debug on
   
   Options:
     -j, --json                     print one JSON document
@@ -158,17 +194,37 @@ Each command has help, which ends with the same four options.
   
     create a profile without limits
   
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl profile add 3
+  
   Options:
     -j, --json                     print one JSON document
-  Usage: utm_appctl profile del ID
+  Usage: utm_appctl profile del ID [OPTIONS]
   
     delete a profile and release its devices
   
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl profile del 3
+  
   Options:
+    -y, --yes                      delete the history, too, without asking
     -j, --json                     print one JSON document
   Usage: utm_appctl device add ID MAC...
   
     add devices to a profile
+  
+  Operands:
+    ID        a whole number of your choice
+    MAC       02:00:00:00:00:1a, with or without separators
+  
+  Example:
+    utm_appctl device add 3 02:00:00:00:00:1a
   
   Options:
     -j, --json                     print one JSON document
@@ -176,11 +232,24 @@ Each command has help, which ends with the same four options.
   
     remove devices from a profile, release them
   
+  Operands:
+    ID        a whole number of your choice
+    MAC       02:00:00:00:00:1a, with or without separators
+  
+  Example:
+    utm_appctl device del 3 02:00:00:00:00:1a
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl limit show ID
   
     show today's limit and whether it is enabled
+  
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl limit show 3
   
   Options:
     -j, --json                     print one JSON document
@@ -188,11 +257,24 @@ Each command has help, which ends with the same four options.
   
     set the limit of today and of every weekday
   
+  Operands:
+    ID        a whole number of your choice
+    MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
+  
+  Example:
+    utm_appctl limit set 3 1h30m
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl limit enable ID
   
     cut the profile off when its limit is reached
+  
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl limit enable 3
   
   Options:
     -j, --json                     print one JSON document
@@ -200,11 +282,23 @@ Each command has help, which ends with the same four options.
   
     only count usage; do not enforce the limit
   
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl limit disable 3
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl weekday show ID
   
     show the limit of each weekday
+  
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl weekday show 3
   
   Options:
     -j, --json                     print one JSON document
@@ -212,11 +306,25 @@ Each command has help, which ends with the same four options.
   
     set the limit of one weekday
   
+  Operands:
+    ID        a whole number of your choice
+    MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
+    DAY       monday, mon or 1; sat,sun; weekdays, weekend, all; sunday is 0
+  
+  Example:
+    utm_appctl weekday set 3 sat,sun 3h
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl extend show ID
   
     show today's bonus
+  
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl extend show 3
   
   Options:
     -j, --json                     print one JSON document
@@ -224,11 +332,24 @@ Each command has help, which ends with the same four options.
   
     add to today's bonus
   
+  Operands:
+    ID        a whole number of your choice
+    MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
+  
+  Example:
+    utm_appctl extend add 3 30m
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl extend reset ID
   
     cancel today's bonus
+  
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl extend reset 3
   
   Options:
     -j, --json                     print one JSON document
@@ -236,11 +357,18 @@ Each command has help, which ends with the same four options.
   
     show usage: totals, applications or a chart
   
+  Operands:
+    ID        a whole number of your choice
+  
+  Example:
+    utm_appctl usage 3 --history
+  
   Options:
     -a, --ascii                    draw charts in plain ASCII
     -n, --names FILE               application names: lines such as "305 video"
         --apps                     applications today, or a chart for each
         --day N                    applications on the day N days ago, 0 to 30
+        --yesterday                the same as --day 1
         --week N                   applications in the week N weeks ago, 0 to 3
         --month                    applications in this month
         --history                  a chart, of days unless --weeks is given
@@ -251,6 +379,12 @@ Each command has help, which ends with the same four options.
   
     write an HTML page, of now or of a usage file
   
+  Operands:
+    PATH      a file; but for report it is the daemon that opens it, as root
+  
+  Example:
+    utm_appctl report > usage.html
+  
   Options:
     -n, --names FILE               application names: lines such as "305 video"
     -j, --json                     print one JSON document
@@ -258,11 +392,25 @@ Each command has help, which ends with the same four options.
   
     create a policy without rules
   
+  Operands:
+    POLICY    a number of your choice, 1 or more
+  
+  Example:
+    utm_appctl policy create 7
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl policy rule POLICY APP=RULE... [OPTIONS]
   
     limit, block or free applications
+  
+  Operands:
+    POLICY    a number of your choice, 1 or more
+    APP=RULE  video=45m limits, video=block blocks, video=allow ends both;
+              applications go by number, or by name in a file of names
+  
+  Example:
+    utm_appctl policy rule 7 video=45m games=block
   
   Options:
     -n, --names FILE               application names: lines such as "305 video"
@@ -271,11 +419,24 @@ Each command has help, which ends with the same four options.
   
     give a profile a policy, permanently
   
+  Operands:
+    ID        a whole number of your choice
+    POLICY    a number of your choice, 1 or more
+  
+  Example:
+    utm_appctl policy bind 3 7
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl policy clear POLICY
   
     remove all rules of a policy
+  
+  Operands:
+    POLICY    a number of your choice, 1 or more
+  
+  Example:
+    utm_appctl policy clear 7
   
   Options:
     -j, --json                     print one JSON document
@@ -283,11 +444,20 @@ Each command has help, which ends with the same four options.
   
     load signatures into the DPI engine
   
+  Operands:
+    PATH      a file; but for report it is the daemon that opens it, as root
+  
+  Example:
+    utm_appctl signature load /tmp/signatures
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl interval show
   
     show how often it is written
+  
+  Example:
+    utm_appctl interval show
   
   Options:
     -j, --json                     print one JSON document
@@ -295,17 +465,35 @@ Each command has help, which ends with the same four options.
   
     set how often it is written
   
+  Operands:
+    MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
+  
+  Example:
+    utm_appctl interval set 30m
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl export PATH
   
     have the daemon write a usage file
   
+  Operands:
+    PATH      a file; but for report it is the daemon that opens it, as root
+  
+  Example:
+    utm_appctl export /tmp/usage.json
+  
   Options:
     -j, --json                     print one JSON document
   Usage: utm_appctl import PATH
   
     have the daemon read a usage file
+  
+  Operands:
+    PATH      a file; but for report it is the daemon that opens it, as root
+  
+  Example:
+    utm_appctl import /tmp/usage.json
   
   Options:
     -j, --json                     print one JSON document

@@ -124,12 +124,15 @@ Four weeks are a chart that ends with this one.
   $ utm_appctl usage --weeks 3 --history | cmp - /tmp/chart
   $ utm_appctl usage 3 --weeks
   utm_appctl: --weeks needs --history
+  For example: utm_appctl usage 3 --history --weeks
   [2]
   $ utm_appctl usage 3 --days --apps
   utm_appctl: --days needs --history
+  For example: utm_appctl usage 3 --history --days
   [2]
   $ utm_appctl usage 3 --history --days --weeks
-  utm_appctl: --days and --weeks cannot be combined: give one of them
+  utm_appctl: --days and --weeks cannot be combined
+  Give one of them
   [2]
 
 A week that is over moves up. This is a Monday.
@@ -162,9 +165,8 @@ A unit stands right behind its option; elsewhere it is one operand too many.
   $ utm_appctl usage 3 4 2>/tmp/too_many
   [2]
   $ head -n 3 /tmp/too_many
-  utm_appctl: too many operands
-  Usage: utm_appctl usage ID [OPTIONS]
-  
+  utm_appctl: "usage" has too many operands
+  Usage: utm_appctl usage ID; see utm_appctl usage --help
   $ too_many() {
   >   utm_appctl usage "$@" 2>/tmp/messages && echo accepted
   >   echo "$?"
@@ -177,7 +179,7 @@ A unit stands right behind its option; elsewhere it is one operand too many.
   $ too_many 3 weeks --history
   2
   $ too_many 3 --history -j weeks
-  {"error":"too many operands"}
+  {"error":"\"usage\" has too many operands. Usage: utm_appctl usage ID; see utm_appctl usage --help"}
   2
   $ too_many 3 --history=days weeks
   2

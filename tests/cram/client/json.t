@@ -13,6 +13,7 @@ Somebody has used something, so that no array is empty; and applications have na
 
   $ add_mia
   $ utm_appctl limit enable 3
+  utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ use 75 305=60 306=15
   $ printf '305 video\n306 games\n' >/tmp/names
   $ echo rules >/tmp/signatures
@@ -91,7 +92,7 @@ The daemon is not there, refuses, or answers nonsense.
 A text from outside is clean, and in one line.
 
   $ utm_appctl "$(printf 'po\nng\033[31m\377')" -j 2>messages
-  {"error":"\"po. ng?[31m?\": unknown command; see utm_appctl --help"}
+  {"error":"\"po. ng?[31m?\" is no command. See utm_appctl --help"}
   [2]
   $ utm_appctl usage 3 --apps -n /tmp/none --json
   utm_appctl: cannot read the applications' names from /tmp/none: No such file or directory
@@ -119,8 +120,9 @@ Help stays text, and a document that cannot be written is no success.
   $ utm_appctl help ping -j | head -n 1
   Usage: utm_appctl ping
   $ utm_appctl help pong -j
-  utm_appctl: "pong": unknown command; see utm_appctl --help
-  {"error":"\"pong\": unknown command; see utm_appctl --help"}
+  utm_appctl: "pong" is no command
+  Did you mean "ping"?
+  {"error":"\"pong\" is no command. Did you mean \"ping\"?"}
   [2]
   $ utm_appctl ping --json >/dev/full
   utm_appctl: the output could not be written (No space left on device)

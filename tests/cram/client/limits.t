@@ -1,21 +1,41 @@
-Minutes may be written in three ways.
+Minutes may be written in many ways.
 
   $ . "$SOURCE/tests/cram/lib.sh"
   $ add_mia
   $ utm_appctl limit show 3
   limit    1440 (24h)
   enabled  no
-  $ for text in 90 90m 1h30m; do
+  $ for text in 90 90m 90Min 1h30m 1H30 '1h 30m' 1:30 1.5h; do
   >   utm_appctl limit set 3 1
-  >   utm_appctl limit set 3 $text
-  >   utm_appctl limit show 3
+  >   utm_appctl limit set 3 "$text"
+  >   utm_appctl limit show 3 --json
   > done
-  limit    90 (1h30m)
-  enabled  no
-  limit    90 (1h30m)
-  enabled  no
-  limit    90 (1h30m)
-  enabled  no
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"enabled":false,"limit":90}
+
+At the end of a command the words of a time need no quotes. Others are still one too many.
+
+  $ utm_appctl limit set 3 2h 15m
+  $ utm_appctl limit show 3 --json
+  {"profile":3,"enabled":false,"limit":135}
+  $ utm_appctl limit set 3 2h 15h
+  utm_appctl: "limit set" has too many operands
+  Usage: utm_appctl limit set ID MINUTES; see utm_appctl limit set --help
+  [2]
+  $ utm_appctl limit set 3 15m 2h
+  utm_appctl: "limit set" has too many operands
+  Usage: utm_appctl limit set ID MINUTES; see utm_appctl limit set --help
+  [2]
+  $ utm_appctl limit set 3 2 15
+  utm_appctl: "limit set" has too many operands
+  Usage: utm_appctl limit set ID MINUTES; see utm_appctl limit set --help
+  [2]
 
 A limit is between a minute and a day.
 
@@ -28,19 +48,31 @@ A limit is between a minute and a day.
   limit    1440 (24h)
   enabled  no
   $ utm_appctl limit set 3 0
-  utm_appctl: the daemon refused: no such profile, or the limit is not between 1m and 24h
+  utm_appctl: "0" is not between 1m and 24h
+  For example: utm_appctl limit set 3 1h30m
   [1]
   $ utm_appctl limit set 3 24h1m
-  utm_appctl: the daemon refused: no such profile, or the limit is not between 1m and 24h
+  utm_appctl: "24h1m" is not between 1m and 24h
+  For example: utm_appctl limit set 3 1h30m
   [1]
   $ utm_appctl limit set 9 1
-  utm_appctl: the daemon refused: no such profile, or the limit is not between 1m and 24h
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
+  $ utm_appctl limit set 3 None
+  $ utm_appctl limit show 3
+  limit    1440 (24h)
+  enabled  no
+  $ utm_appctl limit set 3 1.33h
+  utm_appctl: "1.33h" is not a time
+  Give minutes, such as 90, 90m, 1h30m, 1:30 or 1.5h
+  [2]
   $ utm_appctl limit set 3 1h60m
-  utm_appctl: "1h60m" is not a time: give minutes, such as 90, 90m or 1h30m
+  utm_appctl: "1h60m" is not a time
+  Give minutes, such as 90, 90m, 1h30m, 1:30 or 1.5h
   [2]
   $ utm_appctl limit set -- 3 -1
-  utm_appctl: "-1" is not a time: give minutes, such as 90, 90m or 1h30m
+  utm_appctl: "-1" is not a time
+  Give minutes, such as 90, 90m, 1h30m, 1:30 or 1.5h
   [2]
   $ utm_appctl limit show 3
   limit    1440 (24h)
@@ -49,6 +81,7 @@ A limit is between a minute and a day.
 It is enabled and disabled.
 
   $ utm_appctl limit enable 3
+  utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ utm_appctl limit show 3
   limit    1440 (24h)
   enabled  yes
@@ -58,6 +91,7 @@ It is enabled and disabled.
   enabled  no
   $ utm_appctl limit set 3 1h30m
   $ utm_appctl limit enable 3
+  utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ utm_appctl limit show 3 --json
   {"profile":3,"enabled":true,"limit":90}
 

@@ -33,27 +33,37 @@ The daemon is not asked about what is no such number.
   $ for text in mia '' '3 ' ' 3' 0x3 2147483648 1e3 3.0; do
   >   utm_appctl profile add "$text" || echo "status $?"
   > done
-  utm_appctl: "mia" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "mia" is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: "" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "" is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: "3 " is not a profile's number: give a whole number, such as 3
+  utm_appctl: "3 " is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: " 3" is not a profile's number: give a whole number, such as 3
+  utm_appctl: " 3" is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: "0x3" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "0x3" is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: "2147483648" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "2147483648" is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: "1e3" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "1e3" is not a profile's number
+  Give a whole number, such as 3
   status 2
-  utm_appctl: "3.0" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "3.0" is not a profile's number
+  Give a whole number, such as 3
   status 2
   $ utm_appctl profile del -- -2147483649
-  utm_appctl: "-2147483649" is not a profile's number: give a whole number, such as 3
+  utm_appctl: "-2147483649" is not a profile's number
+  Give a whole number, such as 3
   [2]
   $ utm_appctl profile del -3
-  utm_appctl: "-3": unknown option; put -- in front of a negative number
+  utm_appctl: "-3" is no option
+  Put -- in front of a negative number
   [2]
   $ log
 
@@ -84,28 +94,61 @@ One bad address keeps all of them from being sent.
   >   2:0:0:0:0:1a tablet; do
   >   utm_appctl device add 3 02:00:00:00:00:0B "$bad" || echo "status $?"
   > done
-  utm_appctl: "02:00:00:00:00" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "02:00:00:00:00" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
-  utm_appctl: "02:00:00:00:00:1a:2b" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "02:00:00:00:00:1a:2b" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
-  utm_appctl: "02:00-00:00:00:1a" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "02:00-00:00:00:1a" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
-  utm_appctl: "" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
-  utm_appctl: "02:00:00:00:00:1g" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "02:00:00:00:00:1g" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
-  utm_appctl: "2:0:0:0:0:1a" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "2:0:0:0:0:1a" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
-  utm_appctl: "tablet" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "tablet" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   status 2
+
+Nor is it asked about addresses that no single device has. What another program added can go.
+
+  $ for bad in 00:00:00:00:00:00 ff:ff:ff:ff:ff:ff 01:00:5e:00:00:fb; do
+  >   utm_appctl device add 3 "$bad" || echo "status $?"
+  > done
+  utm_appctl: 00:00:00:00:00:00 is the address of no device
+  Give the device's own, which its network settings show
+  status 2
+  utm_appctl: ff:ff:ff:ff:ff:ff is the address of many devices at once
+  Give the device's own, which its network settings show
+  status 2
+  utm_appctl: 01:00:5e:00:00:fb is the address of many devices at once
+  Give the device's own, which its network settings show
+  status 2
+  $ log
+  $ ask 3 8=3 12=-1 16=-1
+  status 0
+  $ utm_appctl device del 3 ff:ff:ff:ff:ff:ff
+  $ log
+  [socket] Receive cmd type=3
+  Add dev mac = FF:FF:FF:FF:FF:FF to profile 3 success
+  [socket] Receive cmd type=4
+  Del dev FF:FF:FF:FF:FF:FF from profile 3 success
 
 An address does not go on in the next word.
 
   $ utm_appctl device add 3 02 fe 80 7f 00 1a
-  utm_appctl: "02" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "02" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   [2]
   $ utm_appctl device add 3 02fe80 7f001a
-  utm_appctl: "02fe80" is not a MAC address: give six bytes, such as 02:00:00:00:00:1a
+  utm_appctl: "02fe80" is not a MAC address
+  Give six bytes, such as 02:00:00:00:00:1a
   [2]
   $ log
 
@@ -120,8 +163,10 @@ Devices need a profile. After the first refusal no other device is tried.
   $ log
   [socket] Receive cmd type=3
   Add dev to profile 9 failed because profile not exist
+  [socket] Receive cmd type=27
   [socket] Receive cmd type=4
   Del dev from profile 9 failed because profile not exist
+  [socket] Receive cmd type=27
 
 A device that leaves is released.
 

@@ -3,13 +3,15 @@ A policy is created once. Its number is at least 1.
   $ . "$SOURCE/tests/cram/lib.sh"
   $ utm_appctl policy create 7
   $ utm_appctl policy create 7
-  utm_appctl: the daemon refused: the policy exists already, or its number is less than 1
+  utm_appctl: the daemon refused: the policy exists already
   [1]
   $ utm_appctl policy create 0
-  utm_appctl: the daemon refused: the policy exists already, or its number is less than 1
+  utm_appctl: "0" is not a policy's number
+  Give a whole number, 1 or more
   [1]
   $ utm_appctl policy create seven
-  utm_appctl: "seven" is not a policy's number: give a whole number, such as 3
+  utm_appctl: "seven" is not a policy's number
+  Give a whole number, such as 3
   [2]
   $ utm_appctl policy create 2147483647
 
@@ -17,18 +19,18 @@ A profile gets one policy, permanently, and no other profile gets the same.
 
   $ add_mia
   $ utm_appctl policy bind 3 8
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: no such policy; create it with policy create
   [1]
   $ utm_appctl policy bind 9 7
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
   $ utm_appctl policy bind 3 7
   $ utm_appctl policy bind 3 7
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; it does not tell which
   [1]
   $ utm_appctl profile add 4
   $ utm_appctl policy bind 4 7
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; it does not tell which
   [1]
 
 Its rules reach the router: a block at once, a limit when it is used up, even one of no minutes.
@@ -58,7 +60,7 @@ Clearing the policy lets its applications go.
   $ journal
   lcsh apg acl reset 02:00:00:00:00:0A
   $ utm_appctl policy clear 8
-  utm_appctl: the daemon refused: no such policy
+  utm_appctl: the daemon refused: no such policy; create it with policy create
   [1]
   $ journal
 
@@ -73,6 +75,16 @@ Applications go by name, whatever the case. A name may hold an equals sign.
   Policy 7 add app 306 action 2 limit 0 success
   Add apps to policy 7 success
 
+Other words for the same.
+
+  $ utm_appctl policy rule 7 305=BLOCKED 306=Allow 307=1:05 308=free
+  $ log
+  [socket] Receive cmd type=43
+  Policy 7 update app 305 action 2 limit 0 success
+  Policy 7 update app 306 action 0 limit 0 success
+  Policy 7 add app 307 action 1 limit 65 success
+  Add apps to policy 7 success
+
 The largest limit arrives.
 
   $ utm_appctl policy rule 7 305=65535 2147483647=1092h15m
@@ -84,27 +96,37 @@ The largest limit arrives.
 
 Nothing is sent when a name is unknown, or when a word is no rule.
 
-  $ utm_appctl policy rule 7 305=5 musik=block --names /tmp/apps
-  utm_appctl: "musik": unknown application; give its number, or name it in a file for --names
+  $ utm_appctl policy rule 7 305=5 vidoe=block --names /tmp/apps
+  utm_appctl: "vidoe" is no application
+  Did you mean "Video"?
   [2]
-  $ for rule in 305 =block 305= 305=65536 305=BLOCK 305=-1 '' "$(letters 64)=block"; do
+  $ utm_appctl policy rule 7 305=5 musik=block --names /tmp/apps
+  utm_appctl: "musik" is no application
+  Give its number, or name it in a file for --names
+  [2]
+  $ for rule in 305 =block 305= 305=65536 305=-1 '' "$(letters 64)=block"; do
   >   utm_appctl policy rule 7 "$rule" || echo "status $?"
   > done
-  utm_appctl: "305" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "305" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
-  utm_appctl: "=block" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "=block" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
-  utm_appctl: "305=" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "305=" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
-  utm_appctl: "305=65536" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "305=65536" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
-  utm_appctl: "305=BLOCK" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "305=-1" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
-  utm_appctl: "305=-1" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
-  utm_appctl: "" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
-  status 2
-  utm_appctl: "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa=block" is not a rule: give APP=MINUTES (at most 65535), APP=block or APP=remove
+  utm_appctl: "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa=block" is not a rule
+  Give APP=MINUTES (at most 65535), APP=block or APP=allow
   status 2
   $ log
 
@@ -148,5 +170,7 @@ The first refusal ends them.
   utm_appctl: the daemon refused: no such policy; create it with policy create
   [1]
   $ log
+  [socket] Receive cmd type=43
+  Add apps to policy 8 failed
   [socket] Receive cmd type=43
   Add apps to policy 8 failed

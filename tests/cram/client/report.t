@@ -3,7 +3,7 @@ A report of now needs limits to be on. No file is left behind, neither here nor 
   $ . "$SOURCE/tests/cram/lib.sh"
   $ mkdir /tmp/here && export TMPDIR=/tmp/here
   $ utm_appctl report
-  utm_appctl: the daemon refused: limits are off (turn them on with activate on), or it cannot write to the temporary folder
+  utm_appctl: the daemon refused: limits are off; turn them on with activate on
   [1]
   $ ls -A /tmp/here
 

@@ -44,16 +44,20 @@ People and devices. Several devices are as many requests.
   0000008 03 00 00 00 00 00 00 00
   0000136
   $ sent profile del -- -3
-  0000000 02 00 00 00 00 00 00 00
+  0000000 23 00 00 00 00 00 00 00
   0000008 fd ff ff ff 00 00 00 00
-  0000136
-  $ sent device add 3 02FE.807F.001A ffffffffffff
+  0000136 25 00 00 00 00 00 00 00
+  0000144 fd ff ff ff 00 00 00 00
+  0000272 02 00 00 00 00 00 00 00
+  0000280 fd ff ff ff 00 00 00 00
+  0000408
+  $ sent device add 3 02FE.807F.001A fefefefefefe
   0000000 03 00 00 00 00 00 00 00
   0000008 03 00 00 00 02 fe 80 7f
   0000016 00 1a 00 00 00 00 00 00
   0000136 03 00 00 00 00 00 00 00
-  0000144 03 00 00 00 ff ff ff ff
-  0000152 ff ff 00 00 00 00 00 00
+  0000144 03 00 00 00 fe fe fe fe
+  0000152 fe fe 00 00 00 00 00 00
   0000272
   $ sent device del 3 02-fe-80-7f-00-1a
   0000000 04 00 00 00 00 00 00 00
@@ -75,10 +79,12 @@ Limits. To show one takes two requests.
   0000016 00 00 00 00 5a 00 00 00
   0000136
   $ sent limit enable 3
+  utm_appctl: note: limits are off for everybody; turn them on with activate on
   0000000 1a 00 00 00 00 00 00 00
   0000008 03 00 00 00 00 00 00 00
   0000016 01 00 00 00 00 00 00 00
-  0000136
+  0000136 2f 00 00 00 00 00 00 00
+  0000272
   $ sent limit disable 3
   0000000 1a 00 00 00 00 00 00 00
   0000008 03 00 00 00 00 00 00 00

@@ -19,7 +19,7 @@ The DPI engine loads a signature. A relative path is the client's own.
 The engine says when there is none.
 
   $ utm_appctl signature load /tmp/none
-  utm_appctl: the daemon refused: the DPI engine did not load the signatures; does the file exist, and is it a signature file?
+  utm_appctl: the daemon refused: /tmp/none: No such file or directory
   [1]
   $ journal
   lcsh load /tmp/none
@@ -39,10 +39,12 @@ The longest path arrives whole.
 A shell reads the path, so the client sends no other characters, and never a part of a path.
 
   $ utm_appctl signature load "${longest}a"
-  utm_appctl: /tmp/aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa is too long: a signature's path may have at most 117 characters
+  utm_appctl: /tmp/aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa is too long
+  A signature's path may have at most 117 characters
   [2]
   $ utm_appctl signature load '/tmp/a;reboot'
-  utm_appctl: /tmp/a;reboot: a shell reads this path, so only letters, digits and /._-+,=@%: are allowed; rename the file
+  utm_appctl: a shell would read the path /tmp/a;reboot
+  It may have only letters, digits and /._-+,=@%: in it; rename the file
   [2]
   $ journal
 
@@ -53,7 +55,7 @@ The daemon may have no descriptor left for the engine's answer. Here the connect
   $ while [ -L "/proc/$pid/fd/$free" ]; do free=$((free + 1)); done
   $ prlimit --pid "$pid" --nofile=$((free + 1)):
   $ utm_appctl signature load /tmp/good
-  utm_appctl: the daemon refused: the DPI engine did not load the signatures; does the file exist, and is it a signature file?
+  utm_appctl: the daemon refused: it cannot start the DPI engine's program now; try again
   [1]
   $ prlimit --pid "$pid" --nofile=1024:
   $ journal

@@ -24,6 +24,7 @@ Days add up to weeks and months. This is a Tuesday, and 75 minutes of the Wednes
   $ utm_appctl usage 3 --json
   {"profile":3,"today":75,"week":205,"month":205,"enabled":false,"limit":120,"extend":10,"left":55}
   $ utm_appctl limit enable 3
+  utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ utm_appctl usage 3
   today        75  1h15m
   this week   205  3h25m
@@ -151,25 +152,38 @@ A message goes to standard error, and a refusal stays one where nobody listens.
   $ utm_appctl usage 9 2>&-
   [1]
 
+Yesterday is the day one day ago.
+
+  $ utm_appctl usage 3 --yesterday >/tmp/yesterday
+  $ utm_appctl usage 3 --day 1 | cmp - /tmp/yesterday
+  $ utm_appctl usage 3 --yesterday --json
+  {"profile":3,"unit":"day","ago":1,"applications":[{"app":305,"name":null,"minutes":90},{"app":306,"name":null,"minutes":45}]}
+
 Periods do not combine.
 
   $ utm_appctl usage 3 --day 1 --month
-  utm_appctl: --day, --week and --month cannot be combined: give one of them
+  utm_appctl: --day and --month cannot be combined
+  Give one of them
   [2]
   $ utm_appctl usage 3 --week 1 --month
-  utm_appctl: --day, --week and --month cannot be combined: give one of them
+  utm_appctl: --week and --month cannot be combined
+  Give one of them
   [2]
   $ utm_appctl usage 3 --day 1 --week 1
-  utm_appctl: --day, --week and --month cannot be combined: give one of them
+  utm_appctl: --day and --week cannot be combined
+  Give one of them
   [2]
   $ for period in --day=1 --week=1 --month; do
   >   utm_appctl usage 3 --history $period || echo "status $?"
   > done
-  utm_appctl: --day and --history cannot be combined: give one of them
+  utm_appctl: --day and --history cannot be combined
+  Give one of them
   status 2
-  utm_appctl: --week and --history cannot be combined: give one of them
+  utm_appctl: --week and --history cannot be combined
+  Give one of them
   status 2
-  utm_appctl: --month and --history cannot be combined: give one of them
+  utm_appctl: --month and --history cannot be combined
+  Give one of them
   status 2
 
 The daemon is not asked for days beyond what is kept.
@@ -178,15 +192,20 @@ The daemon is not asked for days beyond what is kept.
   $ for days in 31 -1 one ''; do
   >   utm_appctl usage 3 --day "$days" || echo "status $?"
   > done
-  utm_appctl: "31" is not valid for --day: give a whole number from 0 to 30
+  utm_appctl: "31" is not valid for --day
+  Give a whole number from 0 to 30
   status 2
-  utm_appctl: "-1" is not valid for --day: give a whole number from 0 to 30
+  utm_appctl: "-1" is not valid for --day
+  Give a whole number from 0 to 30
   status 2
-  utm_appctl: "one" is not valid for --day: give a whole number from 0 to 30
+  utm_appctl: "one" is not valid for --day
+  Give a whole number from 0 to 30
   status 2
-  utm_appctl: "" is not valid for --day: give a whole number from 0 to 30
+  utm_appctl: "" is not valid for --day
+  Give a whole number from 0 to 30
   status 2
   $ utm_appctl usage 3 --week 4
-  utm_appctl: "4" is not valid for --week: give a whole number from 0 to 3
+  utm_appctl: "4" is not valid for --week
+  Give a whole number from 0 to 3
   [2]
   $ log

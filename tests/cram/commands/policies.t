@@ -5,22 +5,21 @@ Policies, their rules and their profile.
   $ utm_appctl activate on
   $ utm_appctl debug on
   $ forget
-  $ utm_appctl policy create 0
-  utm_appctl: the daemon refused: the policy exists already, or its number is less than 1
-  [1]
+  $ ask 42 8=0
+  status 1
   $ utm_appctl policy create 7
   $ utm_appctl policy create 7
-  utm_appctl: the daemon refused: the policy exists already, or its number is less than 1
+  utm_appctl: the daemon refused: the policy exists already
   [1]
   $ utm_appctl policy rule 8 305=block
   utm_appctl: the daemon refused: no such policy; create it with policy create
   [1]
   $ utm_appctl policy rule 7 305=10 306=block
   $ utm_appctl policy bind 3 8
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: no such policy; create it with policy create
   [1]
   $ utm_appctl policy bind 9 7
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
   $ log
   [socket] Receive cmd type=42
@@ -30,21 +29,29 @@ Policies, their rules and their profile.
   [socket] Receive cmd type=42
   Create policy 7 failed because policy already exist
   [socket] Receive cmd type=43
+  Add apps to policy 7 success
+  [socket] Receive cmd type=43
+  Add apps to policy 8 failed
+  [socket] Receive cmd type=43
   Add apps to policy 8 failed
   [socket] Receive cmd type=43
   Policy 7 add app 305 action 1 limit 10 success
   Policy 7 add app 306 action 2 limit 0 success
   Add apps to policy 7 success
   [socket] Receive cmd type=45
+  [socket] Receive cmd type=27
+  [socket] Receive cmd type=43
+  Add apps to policy 8 failed
   [socket] Receive cmd type=45
   Add policy 7 to profile 9 failed because profile not exist
+  [socket] Receive cmd type=27
   $ journal
 
 What a policy blocks is blocked from the moment that a profile has it.
 
   $ utm_appctl policy bind 3 7
   $ utm_appctl policy bind 3 7
-  utm_appctl: the daemon refused: the profile or the policy does not exist, or one of them is bound already
+  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; it does not tell which
   [1]
   $ log
   [socket] Receive cmd type=45
@@ -52,6 +59,9 @@ What a policy blocks is blocked from the moment that a profile has it.
   Add policy 7 to profile 3 success
   [socket] Receive cmd type=45
   Add policy 7 to profile 3 failed because already has policy
+  [socket] Receive cmd type=27
+  [socket] Receive cmd type=43
+  Add apps to policy 7 success
   $ journal
   lcsh apg acl set 02:00:00:00:00:0A 306 0 18
 
@@ -105,18 +115,20 @@ A bonus gives the network back. Removing the rules gives the applications back.
   $ journal
   notify unblock profile 3
   $ utm_appctl policy clear 8
-  utm_appctl: the daemon refused: no such policy
+  utm_appctl: the daemon refused: no such policy; create it with policy create
   [1]
   $ utm_appctl policy clear 7
   $ log
   [socket] Receive cmd type=44
+  [socket] Receive cmd type=43
+  Add apps to policy 8 failed
   [socket] Receive cmd type=44
   $ journal
   lcsh apg acl reset 02:00:00:00:00:0A
 
 Deleting the profile releases its device.
 
-  $ utm_appctl profile del 3
+  $ utm_appctl profile del 3 --yes
   $ log
   [socket] Receive cmd type=2
   Delete user profile 3 and unblock all success

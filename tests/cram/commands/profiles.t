@@ -25,10 +25,12 @@ Profiles and devices. To create what is there, and to remove what is not, is no 
   [socket] Receive cmd type=3
   [socket] Receive cmd type=3
   Add dev to profile 9 failed because profile not exist
+  [socket] Receive cmd type=27
   [socket] Receive cmd type=4
   Del dev 02:00:00:00:00:0B from profile 3 failed because cannot find dev
   [socket] Receive cmd type=4
   Del dev from profile 9 failed because profile not exist
+  [socket] Receive cmd type=27
 
 Deleting a profile releases its devices.
 
@@ -36,10 +38,15 @@ Deleting a profile releases its devices.
   $ forget
   $ utm_appctl profile del 3
   $ utm_appctl profile del 3
+  utm_appctl: note: there was no profile 3
   $ log
+  [socket] Receive cmd type=35
+  [socket] Receive cmd type=37
   [socket] Receive cmd type=2
   Delete user profile 3 and unblock all success
   Delete profile 3 success
+  [socket] Receive cmd type=35
+  Get usage for profile 3 failed because profile is not existed
   [socket] Receive cmd type=2
   Delete profile 3 success
   $ journal

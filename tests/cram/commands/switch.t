@@ -94,6 +94,7 @@ While it is off nothing is blocked.
   $ forget
   $ daemon start
   $ use_everything_up
+  utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ journal --queries
   ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{"s":1893495600,"e":1893495600}'
   ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{"s":1893495600,"e":1893495660,"mac":"020000000001 020000000002 "}'

@@ -38,10 +38,10 @@ While limits are off the file is neither written nor read, and nothing is said o
   $ utm_appctl interval set 1
   $ tick 4
   $ utm_appctl export /tmp/other.json
-  utm_appctl: the daemon refused: limits are off (turn them on with activate on), or it cannot write there; does the folder exist, and is there space?
+  utm_appctl: the daemon refused: limits are off; turn them on with activate on
   [1]
   $ utm_appctl import /tmp/saved.json
-  utm_appctl: the daemon refused: limits are off (turn them on with activate on), or the file is missing, damaged or from the future
+  utm_appctl: the daemon refused: limits are off; turn them on with activate on
   [1]
   $ ls -A /tmp/ApplicationData
   $ ls /tmp/other.json
@@ -55,15 +55,15 @@ Failures are logged with the debug log off, and so is the success of reading.
   $ utm_appctl activate on
   $ utm_appctl export /tmp/saved.json
   $ utm_appctl export /tmp/none/saved.json
-  utm_appctl: the daemon refused: limits are off (turn them on with activate on), or it cannot write there; does the folder exist, and is there space?
+  utm_appctl: the daemon refused: /tmp/none/saved.json: its folder does not exist
   [1]
   $ utm_appctl import /tmp/saved.json
   $ utm_appctl import /tmp/none/saved.json
-  utm_appctl: the daemon refused: limits are off (turn them on with activate on), or the file is missing, damaged or from the future
+  utm_appctl: the daemon refused: /tmp/none/saved.json: No such file or directory
   [1]
   $ clock set '2029-12-31 12:00'
   $ utm_appctl import /tmp/saved.json
-  utm_appctl: the daemon refused: limits are off (turn them on with activate on), or the file is missing, damaged or from the future
+  utm_appctl: the daemon refused: /tmp/saved.json: it is from the future; is the clock right?
   [1]
   $ log
   export to /tmp/none/saved.json failed

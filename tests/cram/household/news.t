@@ -22,6 +22,7 @@ News is what the daemon has logged and what has reached the router, with the tim
   16:59  daemon  Set daily limit to 30 for profile 1 success
   16:59  daemon  [socket] Receive cmd type=26
   16:59  daemon  Set daily limit enable 1 for profile 1 success
+  16:59  daemon  [socket] Receive cmd type=47
   $ news
 
 What "journal" has shown is no news, and the other way round.
@@ -59,6 +60,8 @@ A log that somebody removed begins anew.
   $ news
   17:00  daemon  [socket] Receive cmd type=1
   17:00  daemon  Create profile 3 success
+  17:00  daemon  [socket] Receive cmd type=35
+  17:00  daemon  [socket] Receive cmd type=37
   17:00  daemon  [socket] Receive cmd type=2
   17:00  daemon  Delete user profile 3 and unblock all success
   17:00  daemon  Delete profile 3 success
@@ -67,6 +70,8 @@ A log that somebody removed begins anew.
 
   $ utm_appctl profile del 2
   $ tick --news 28
+  17:01  daemon  [socket] Receive cmd type=35
+  17:01  daemon  [socket] Receive cmd type=37
   17:01  daemon  [socket] Receive cmd type=2
   17:01  daemon  Delete user profile 2 and unblock all success
   17:01  daemon  Delete profile 2 success

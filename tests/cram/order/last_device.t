@@ -17,7 +17,7 @@ when it is deleted as little as at midnight.
 
   $ evening
   $ utm_appctl device del 1 $tablet
-  $ utm_appctl profile del 1
+  $ utm_appctl profile del 1 --yes
   $ journal
   lcsh apg acl reset 02:00:00:00:00:1A
   profile_daily_limit.sh -C 1
@@ -58,7 +58,7 @@ It is no better when she stays, without a device.
 The right way: she is deleted whole.
 
   $ evening
-  $ utm_appctl profile del 1
+  $ utm_appctl profile del 1 --yes
   $ journal
   lcsh apg acl reset 02:00:00:00:00:1A
   notify unblock profile 1

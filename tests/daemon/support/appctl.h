@@ -26,10 +26,6 @@ program_end appctl(const std::vector<std::string> &words, const appctl_setting &
 /// A run that did what it was asked, without a word on standard error.
 program_end done(const std::string &out = "");
 
-/// What a command for a profile that does not exist says.
-inline constexpr char NO_PROFILE[] =
-    "the daemon refused: no such profile; create it with profile add";
-
 /// A run that printed nothing but one message.
 /// @param message  without the program's name in front and the line end behind
 program_end fails(int status, const std::string &message);
