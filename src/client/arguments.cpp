@@ -1,10 +1,10 @@
 #include "client/arguments.h"
 
+#include "client/household_file.h"
 #include "client/message.h"
 #include "client/suggestion.h"
 #include "client/text.h"
 #include "client/verbs.h"
-#include "core/clock.h"
 #include "core/mac.h"
 #include "format/spelling.h"
 
@@ -70,7 +70,9 @@ bool unknown_app(const ctl_app_names &names, const char *app) {
             break;
     return refuse(
         "\"%s\" is no application\n%s", app,
-        ctl_suggest(app, &known, "Give its number, or name it in a file for --names").text);
+        ctl_suggest(app, &known,
+                    "Give its number, or name it in the household or in a file for --names")
+            .text);
 }
 
 /// Takes the next word off a synopsis.
@@ -101,8 +103,8 @@ ctl_exit status_of(bool is_read) {
 /// Reads a limit's or a bonus's time, within its bounds.
 ctl_exit read_minutes(const ctl_verb &verb, const char *text, int32_t *minutes) {
     // What nobody reaches is none.
-    if (verb.minutes_most == minutes_per_day && strcasecmp(text, "none") == 0) {
-        *minutes = minutes_per_day;
+    if (verb.minutes_most == household_no_limit && strcasecmp(text, "none") == 0) {
+        *minutes = household_no_limit;
         return CTL_DONE;
     }
     if (!ctl_read_minutes(text, minutes))
@@ -144,10 +146,10 @@ ctl_exit read_path(const ctl_verb &verb, const char *text, utm_app_config_cmd *r
 
 /// @param place  of the operand: 0 or more
 ctl_exit read_operand(const ctl_verb &verb, std::string_view word, size_t place, const char *text,
-                      utm_app_config_cmd *request) {
+                      const household_t &household, utm_app_config_cmd *request) {
     int32_t *number = place == 0 ? &request->arg0 : &request->arg1;
     if (word == "ID" || word == "[ID]")
-        return status_of(ctl_read_number(text, "a profile's number", number));
+        return status_of(ctl_read_person(household, text, number));
     if (word == "POLICY")
         return read_policy(text, number);
     if (word == "on|off")
@@ -179,11 +181,12 @@ bool ctl_has_operand(const ctl_verb &verb, const char *word) {
 }
 
 ctl_exit ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operands,
-                           utm_app_config_cmd *request) {
+                           const household_t &household, utm_app_config_cmd *request) {
     const char *synopsis = verb.synopsis;
     ctl_exit status = CTL_DONE;
     for (size_t place = 0; place < operands.size() && status == CTL_DONE; ++place)
-        status = read_operand(verb, next_word(&synopsis), place, operands[place], request);
+        status =
+            read_operand(verb, next_word(&synopsis), place, operands[place], household, request);
     return status;
 }
 

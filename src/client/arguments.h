@@ -4,6 +4,7 @@
 
 #include "client/message.h"
 #include "client/names.h"
+#include "format/household.h"
 #include "format/protocol.h"
 #include "format/spelling.h"
 
@@ -25,15 +26,15 @@ struct ctl_bounds {
 /// @return whether the verb takes such an operand
 [[nodiscard]] bool ctl_has_operand(const ctl_verb &verb, const char *word);
 
-/// Reads operands into a request, each as its word in the verb's synopsis says: ID and
-/// POLICY are numbers; they go to arg0 or, as the second operand, to arg1, as
+/// Reads operands into a request, each as its word in the verb's synopsis says: ID is a person's
+/// name or number and POLICY a number; they go to arg0 or, as the second operand, to arg1, as
 /// on|off and the first DAY do; MINUTES go where the verb says; PATH is an overlay. The verb itself
 /// reads operands of other words.
 /// @return CTL_DONE; CTL_USAGE for a text that is none of these; CTL_REFUSED for a number that the
 ///         daemon would refuse, which it is not asked: scripts know that status for it
 [[nodiscard]] ctl_exit ctl_read_operands(const ctl_verb &verb,
                                          std::span<const char *const> operands,
-                                         utm_app_config_cmd *request);
+                                         const household_t &household, utm_app_config_cmd *request);
 
 /// Reads a number of 32 bits, as the daemon has them.
 /// @param what  what it is, for the complaint: "a profile's number"

@@ -1,6 +1,7 @@
 /// Verbs that change something and tell what a plain request would leave unsaid.
 
 #include "client/arguments.h"
+#include "client/household_file.h"
 #include "client/message.h"
 #include "client/reason.h"
 #include "client/verbs.h"
@@ -13,6 +14,21 @@
 #include <unistd.h>
 
 namespace {
+
+/// How a message names a person: "Mia", or "profile 3".
+struct called_text {
+    char text[household_name_size];
+};
+
+called_text called(const ctl_call &call, int32_t number) {
+    called_text person = {};
+    if (household_person_of(call.household, number) != nullptr)
+        snprintf(person.text, sizeof(person.text), "%s",
+                 ctl_person_name(call.household, number).text);
+    else
+        snprintf(person.text, sizeof(person.text), "profile %d", number);
+    return person;
+}
 
 /// What the daemon would lose with a person.
 struct past {
@@ -56,13 +72,13 @@ bool is_answered_with_yes() {
 
 /// Lets nobody delete thirty days by a slip of the hand.
 [[nodiscard]] ctl_exit confirm(const ctl_call &call) {
+    const called_text person = called(call, call.profile_id());
     if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0)
         return ctl_fail(CTL_USAGE,
-                        "the history of profile %d would be deleted, too\n"
+                        "the history of %s would be deleted, too\n"
                         "Say --yes if it may go; to keep it, export it to a file first",
-                        call.profile_id());
-    fprintf(stderr, "Delete profile %d, and the history of up to thirty days with it? [y/N] ",
-            call.profile_id());
+                        person.text);
+    fprintf(stderr, "Delete %s, and the history of up to thirty days with it? [y/N] ", person.text);
     if (is_answered_with_yes())
         return CTL_DONE;
     return ctl_fail(CTL_REFUSED, "nothing is deleted");

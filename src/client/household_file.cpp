@@ -162,9 +162,8 @@ bool ctl_read_person(const household_t &household, const char *text, int32_t *nu
         return true;
     const char *nearest = household_nearest_person(household, text);
     if (nearest != nullptr)
-        ctl_say("\"%s\": nobody has this name; did you mean \"%s\"?", text, nearest);
+        ctl_say("\"%s\" is nobody's name\nDid you mean \"%s\"?", text, nearest);
     else
-        ctl_say("\"%s\": nobody has this name; give a number, or a name of the household file",
-                text);
+        ctl_say("\"%s\" is nobody's name\nGive a whole number, or a name in the household", text);
     return false;
 }

@@ -2,6 +2,7 @@
 /// command line to its exit status: finds the verb, checks its operands and options, and runs it.
 
 #include "client/arguments.h"
+#include "client/household_file.h"
 #include "client/message.h"
 #include "client/output.h"
 #include "client/suggestion.h"
@@ -27,13 +28,13 @@ struct operand_form {
 };
 
 constexpr operand_form forms[] = {
-    {"ID", "a whole number of your choice"},
+    {"ID", "a person: a number of your choice, or a name in the household"},
     {"POLICY", "a number of your choice, 1 or more"},
     {"MINUTES", "90, 90m, 1h30m, 1:30 or 1.5h"},
     {"DAY", "monday, mon or 1; sat,sun; weekdays, weekend, all; sunday is 0"},
     {"MAC", "02:00:00:00:00:1a, with or without separators"},
     {"APP=RULE", "video=45m limits, video=block blocks, video=allow ends both;\n"
-                 "            applications go by number, or by name in a file of names"},
+                 "            applications go by number, or by their name in the household"},
     {"PATH", "a file; but for report it is the daemon that opens it, as root"},
     {"on|off", "yes and no will do, too"},
 };
@@ -219,22 +220,41 @@ private:
     char time_[40] = "";
 };
 
+/// Reads the household where the verb takes names.
+[[nodiscard]] ctl_exit read_household(const ctl_verb &verb, const ctl_options &options,
+                                      household_t *household, ctl_app_names *names) {
+    if ((ctl_options_of(verb) & CTL_OPTION_HOUSEHOLD) == 0)
+        return CTL_DONE;
+    const ctl_exit status =
+        ctl_read_names_of_household(options.household_path, options.names_path, household);
+    if (status != CTL_DONE)
+        return status;
+    for (const household_app_t &app : household->apps) {
+        ctl_app_name name = {.app_id = app.number, .name = {}};
+        static_assert(sizeof(name.name) == sizeof(app.name.text));
+        memcpy(name.name, app.name.text, sizeof(name.name));
+        if (!names->add(name))
+            return ctl_fail(CTL_BROKEN, "out of memory");
+    }
+    return CTL_DONE;
+}
+
 ctl_exit run_verb(const ctl_verb &verb, const ctl_options &options) {
     const size_t words = verb.word == nullptr ? 1 : 2;
     const operand_words operands(verb, {options.operands.begin() + words, options.operands.end()});
+    household_t household = {};
     ctl_app_names names;
     ctl_call call = {.verb = verb,
                      .options = options,
+                     .household = household,
                      .names = names,
                      .operands = operands.get(),
                      .request = {.type = verb.type, .arg2 = verb.enable}};
     if (!is_well_formed(verb, options, call.operands.size()) || !ctl_options_agree(options))
         return CTL_USAGE;
-    ctl_exit status = CTL_DONE;
-    if (verb.has(CTL_OPTION_NAMES))
-        status = ctl_read_names(options.names_path, &names);
+    ctl_exit status = read_household(verb, options, &household, &names);
     if (status == CTL_DONE)
-        status = ctl_read_operands(verb, call.operands, &call.request);
+        status = ctl_read_operands(verb, call.operands, household, &call.request);
     return status == CTL_DONE ? verb.run(call) : status;
 }
 

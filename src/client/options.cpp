@@ -29,6 +29,8 @@ constexpr option_row rows[] = {
     {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw charts in plain ASCII"},
     {CTL_OPTION_NAMES, "names", 'n', required_argument, " FILE",
      "application names: lines such as \"305 video\""},
+    {CTL_OPTION_HOUSEHOLD, "household", 0, required_argument, " FILE",
+     "the household file, for names of people"},
     {CTL_OPTION_APPS, "apps", 0, no_argument, "", "applications today, or a chart for each"},
     {CTL_OPTION_DAY, "day", 0, required_argument, " N",
      "applications on the day N days ago, 0 to 30"},
@@ -84,6 +86,9 @@ bool take_option(const option_row &row, ctl_options *options) {
         return read_bounded(optarg, row, 1, timeout_max_s, &options->daemon.timeout_s);
     case CTL_OPTION_NAMES:
         options->names_path = optarg;
+        return true;
+    case CTL_OPTION_HOUSEHOLD:
+        options->household_path = optarg;
         return true;
     case CTL_OPTION_YESTERDAY:
         options->day = 1;
@@ -219,7 +224,7 @@ bool ctl_options_agree(const ctl_options &options) {
     else if (has_more_than_one(units))
         ctl_say("--days and --weeks cannot be combined\nGive one of them");
     else if (units != 0 && !history)
-        ctl_say("--%s needs --history\nFor example: utm_appctl usage 3 --history --%s",
+        ctl_say("--%s needs --history\nFor example: utm_appctl usage mia --history --%s",
                 ctl_option_name(units), ctl_option_name(units));
     else
         return true;

@@ -24,6 +24,7 @@ enum ctl_option : unsigned {
     CTL_OPTION_HISTORY = 1U << 11,
     CTL_OPTION_DAYS = 1U << 12,
     CTL_OPTION_WEEKS = 1U << 13,
+    CTL_OPTION_HOUSEHOLD = 1U << 14,
     CTL_OPTION_YES = 1U << 15,
     CTL_OPTION_YESTERDAY = 1U << 16,
 };
@@ -39,6 +40,7 @@ inline constexpr unsigned ctl_common_options =
 struct ctl_options {
     ctl_daemon daemon = {};
     const char *names_path = nullptr;
+    const char *household_path = nullptr;
     int32_t day = 0;                    ///< days ago
     int32_t week = 0;                   ///< weeks ago
     const char *history_unit = nullptr; ///< "days" by --days, --history days or --history=days

@@ -1,6 +1,7 @@
 #include "client/reason.h"
 
 #include "client/arguments.h"
+#include "client/household_file.h"
 #include "client/text.h"
 #include "core/clock.h"
 #include "core/owners.h"
@@ -17,7 +18,6 @@
 namespace {
 
 constexpr char no_memory[] = "it is out of memory";
-constexpr char no_profile[] = "no such profile; create it with profile add";
 constexpr char you_may_not[] = "it does not tell why, and you may not look at the file yourself";
 
 /// @param error  of opening or reading the file
@@ -71,13 +71,34 @@ const char *reason_of(int error) {
     return status;
 }
 
+/// Who there is can only be told from the household: no command lists people.
+ctl_exit no_profile(const ctl_call &call, int32_t number) {
+    if (household_person_of(call.household, number) != nullptr)
+        return ctl_fail(CTL_REFUSED,
+                        "the daemon refused: %s is not set up; have apply do it, or create profile "
+                        "%d with profile add",
+                        ctl_person_name(call.household, number).text, number);
+    char known[200] = "";
+    size_t length = 0;
+    for (const household_person_t &person : call.household.people)
+        if (length < sizeof(known))
+            length += static_cast<size_t>(snprintf(known + length, sizeof(known) - length,
+                                                   "%s%s is %d", length == 0 ? "" : ", ",
+                                                   person.name.text, person.number));
+    if (length == 0)
+        return ctl_refused("no such profile; create it with profile add");
+    if (length >= sizeof(known))
+        snprintf(known + sizeof(known) - 4, 4, "...");
+    return ctl_fail(CTL_REFUSED, "the daemon refused: no such profile; in the household %s", known);
+}
+
 /// @param otherwise  the reason when the profile is there
 ctl_exit explain_profile(const ctl_call &call, int32_t number, const char *otherwise) {
     bool there = false;
     const ctl_exit status = find_profile(call, number, &there);
     if (status != CTL_DONE)
         return status;
-    return there ? ctl_refused(otherwise) : ctl_refused(no_profile);
+    return there ? ctl_refused(otherwise) : no_profile(call, number);
 }
 
 /// @param otherwise  the reason when the policy is there, or is not
@@ -99,7 +120,7 @@ ctl_exit explain_bind(const ctl_call &call, const utm_app_config_cmd &request) {
     if (status != CTL_DONE)
         return status;
     if (!there)
-        return ctl_refused(no_profile);
+        return no_profile(call, request.arg0);
     status = find_policy(call, request.arg1, &there);
     if (status != CTL_DONE)
         return status;

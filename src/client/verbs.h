@@ -5,6 +5,7 @@
 #include "client/connection.h"
 #include "client/names.h"
 #include "client/options.h"
+#include "format/household.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -41,7 +42,8 @@ struct ctl_verb_name {
 
 [[nodiscard]] ctl_verb_name ctl_name_of(const ctl_verb &verb);
 
-/// @return the bits of all options that the verb takes, the common ones included
+/// @return the bits of all options that the verb takes: its own, the common ones, and --household
+///         where people or applications may go by name
 [[nodiscard]] unsigned ctl_options_of(const ctl_verb &verb);
 
 /// @return all verbs, those of one noun side by side, in the order of the help
@@ -51,7 +53,8 @@ std::span<const ctl_verb> ctl_verbs();
 struct ctl_call {
     const ctl_verb &verb;
     const ctl_options &options;
-    const ctl_app_names &names;            ///< empty for a verb that takes no --names
+    const household_t &household; ///< empty for a verb that takes no --household
+    const ctl_app_names &names;   ///< the household's applications, as call sites want them
     std::span<const char *const> operands; ///< as many as the verb's synopsis allows
     utm_app_config_cmd request;            ///< the verb's, with those that are read
 

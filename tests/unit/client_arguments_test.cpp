@@ -40,9 +40,16 @@ std::string read_operands(const std::string &words) {
         std::vector<const char *> pointers;
         for (const std::string &operand : operands)
             pointers.push_back(operand.c_str());
+        household_t household = {};
+        EXPECT_TRUE(household.people.add({.number = 7,
+                                          .name = {"Mia"},
+                                          .weekday_limits = {},
+                                          .enforced = true,
+                                          .devices = {},
+                                          .rules = {}}));
         utm_app_config_cmd request = {};
         testing::internal::CaptureStderr();
-        const ctl_exit status = ctl_read_operands(verb, pointers, &request);
+        const ctl_exit status = ctl_read_operands(verb, pointers, household, &request);
         const std::string said = testing::internal::GetCapturedStderr();
         EXPECT_EQ(status == CTL_DONE, said.empty());
         if (status != CTL_DONE)
@@ -80,7 +87,7 @@ std::string read_rule(const std::string &text) {
 
 TEST(ClientArguments, GoWhereTheSynopsisSays) {
     const std::pair<const char *, const char *> cases[] = {
-        {"limit set 3 1H30", "3 0 90 0"},
+        {"limit set MIA 1H30", "7 0 90 0"},
         {"limit set 3 none", "3 0 1440 0"},
         {"extend add -3 6h", "-3 0 0 360"},
         {"weekday set 3 weekend 2:30", "3 0 150 0"},
@@ -96,11 +103,11 @@ TEST(ClientArguments, GoWhereTheSynopsisSays) {
 TEST(ClientArguments, OutOfTheirRangeAreRefusedInTheDaemonsPlace) {
     const std::pair<const char *, const char *> cases[] = {
         {"limit set 3 24h1m", "1 utm_appctl: \"24h1m\" is not between 1m and 24h\n"
-                              "For example: utm_appctl limit set 3 1h30m\n"},
+                              "For example: utm_appctl limit set mia 1h30m\n"},
         {"weekday set 3 sat 0", "1 utm_appctl: \"0\" is not between 1m and 24h\n"
-                                "For example: utm_appctl weekday set 3 sat,sun 3h\n"},
+                                "For example: utm_appctl weekday set mia sat,sun 3h\n"},
         {"extend add 3 361", "1 utm_appctl: \"361\" is not between 1m and 6h\n"
-                             "For example: utm_appctl extend add 3 30m\n"},
+                             "For example: utm_appctl extend add mia 30m\n"},
         {"interval set 0", "1 utm_appctl: \"0\" is less than 1m\n"
                            "For example: utm_appctl interval set 30m\n"},
         {"policy create 0", "1 utm_appctl: \"0\" is not a policy's number\n"
@@ -117,6 +124,10 @@ TEST(ClientArguments, ThatAreNoneOfTheirKindAreWrongUsage) {
                              "Give minutes, such as 90, 90m, 1h30m, 1:30 or 1.5h\n"},
         {"extend add 3 none", "2 utm_appctl: \"none\" is not a time\n"
                               "Give minutes, such as 90, 90m, 1h30m, 1:30 or 1.5h\n"},
+        {"extend show mai", "2 utm_appctl: \"mai\" is nobody's name\n"
+                            "Did you mean \"Mia\"?\n"},
+        {"extend show 2147483648", "2 utm_appctl: \"2147483648\" is nobody's name\n"
+                                   "Give a whole number, or a name in the household\n"},
         {"weekday set 3 teusday 1h", "2 utm_appctl: \"teusday\" is not a weekday\n"
                                      "Did you mean \"tuesday\"?\n"},
         {"weekday set 3 someday 1h", "2 utm_appctl: \"someday\" is not a weekday\n"
@@ -161,7 +172,7 @@ TEST(ClientArguments, TakeARuleForAnApplication) {
         EXPECT_EQ(read_rule(app + "=block"),
                   "utm_appctl: \"" + app +
                       "\" is no application\n"
-                      "Give its number, or name it in a file for --names\n");
+                      "Give its number, or name it in the household or in a file for --names\n");
     EXPECT_EQ(read_rule("vidoe=block"), "utm_appctl: \"vidoe\" is no application\n"
                                         "Did you mean \"video\"?\n");
 }

@@ -48,7 +48,7 @@ Options and their values.
   $ complete usage 3 --history --w
   --week --weeks
   $ complete usage 3 --history --
-  --json --socket --timeout --help --version --ascii --names --apps --day --yesterday --week --month --history --days --weeks
+  --json --socket --timeout --help --version --ascii --names --household --apps --day --yesterday --week --month --history --days --weeks
   $ complete usage --history = weeks 3 --as
   --ascii
   $ complete status -t 5 --j

@@ -61,11 +61,13 @@ the command takes.
 
 These are all that each command takes: with any other its answer is of that kind.
 
+  $ echo '{}' >/tmp/empty.json
   $ cat >options <<OPTIONS
   > ascii --ascii
   > ascii -a
   > names --names /dev/null
   > names -n/dev/null
+  > household --household /tmp/empty.json
   > apps --apps
   > day --day 1
   > yesterday --yesterday
@@ -94,24 +96,24 @@ These are all that each command takes: with any other its answer is of that kind
   status:
   activate:
   debug:
-  profile add:
-  profile del: --yes -y
-  device add:
-  device del:
-  limit show:
-  limit set:
-  limit enable:
-  limit disable:
-  weekday show:
-  weekday set:
-  extend show:
-  extend add:
-  extend reset:
-  usage: --ascii -a --names /dev/null -n/dev/null --apps --day 1 --yesterday --week=1 --month --history --history=weeks --days --weeks
-  report: --names /dev/null -n/dev/null
+  profile add: --household /tmp/empty.json
+  profile del: --household /tmp/empty.json --yes -y
+  device add: --household /tmp/empty.json
+  device del: --household /tmp/empty.json
+  limit show: --household /tmp/empty.json
+  limit set: --household /tmp/empty.json
+  limit enable: --household /tmp/empty.json
+  limit disable: --household /tmp/empty.json
+  weekday show: --household /tmp/empty.json
+  weekday set: --household /tmp/empty.json
+  extend show: --household /tmp/empty.json
+  extend add: --household /tmp/empty.json
+  extend reset: --household /tmp/empty.json
+  usage: --ascii -a --names /dev/null -n/dev/null --household /tmp/empty.json --apps --day 1 --yesterday --week=1 --month --history --history=weeks --days --weeks
+  report: --names /dev/null -n/dev/null --household /tmp/empty.json
   policy create:
-  policy rule: --names /dev/null -n/dev/null
-  policy bind:
+  policy rule: --names /dev/null -n/dev/null --household /tmp/empty.json
+  policy bind: --household /tmp/empty.json
   policy clear:
   signature load:
   interval show:

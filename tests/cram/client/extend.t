@@ -22,11 +22,11 @@ Each addition is between a minute and six hours.
   $ utm_appctl extend reset 3
   $ utm_appctl extend add 3 6h1m
   utm_appctl: "6h1m" is not between 1m and 6h
-  For example: utm_appctl extend add 3 30m
+  For example: utm_appctl extend add mia 30m
   [1]
   $ utm_appctl extend add 3 0
   utm_appctl: "0" is not between 1m and 6h
-  For example: utm_appctl extend add 3 30m
+  For example: utm_appctl extend add mia 30m
   [1]
   $ utm_appctl extend show 3
   0 (0m)

@@ -49,6 +49,7 @@ Help needs no daemon.
   Options (COMMAND --help lists those of a command)
     -a, --ascii                    draw charts in plain ASCII
     -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
         --apps                     applications today, or a chart for each
         --day N                    applications on the day N days ago, 0 to 30
         --yesterday                the same as --day 1
@@ -65,13 +66,13 @@ Help needs no daemon.
     -V, --version                  the version
   
   Operands
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     POLICY    a number of your choice, 1 or more
     MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
     DAY       monday, mon or 1; sat,sun; weekdays, weekend, all; sunday is 0
     MAC       02:00:00:00:00:1a, with or without separators
     APP=RULE  video=45m limits, video=block blocks, video=allow ends both;
-              applications go by number, or by name in a file of names
+              applications go by number, or by their name in the household
     PATH      a file; but for report it is the daemon that opens it, as root
     on|off    yes and no will do, too
   
@@ -101,34 +102,36 @@ A noun has help of its own.
 A command's help names its options, wherever it is asked for.
 
   $ utm_appctl limit show --help
-  Usage: utm_appctl limit show ID
+  Usage: utm_appctl limit show ID [OPTIONS]
   
     show today's limit and whether it is enabled
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl limit show 3
+    utm_appctl limit show mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
     -h, --help                     show help
     -V, --version                  the version
   $ utm_appctl --help limit show whatever
-  Usage: utm_appctl limit show ID
+  Usage: utm_appctl limit show ID [OPTIONS]
   
     show today's limit and whether it is enabled
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl limit show 3
+    utm_appctl limit show mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
@@ -190,182 +193,196 @@ Each command has help, which ends with the same four options.
   
   Options:
     -j, --json                     print one JSON document
-  Usage: utm_appctl profile add ID
+  Usage: utm_appctl profile add ID [OPTIONS]
   
     create a profile without limits
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl profile add 3
+    utm_appctl profile add mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
   Usage: utm_appctl profile del ID [OPTIONS]
   
     delete a profile and release its devices
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl profile del 3
+    utm_appctl profile del mia
   
   Options:
+        --household FILE           the household file, for names of people
     -y, --yes                      delete the history, too, without asking
     -j, --json                     print one JSON document
-  Usage: utm_appctl device add ID MAC...
+  Usage: utm_appctl device add ID MAC... [OPTIONS]
   
     add devices to a profile
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     MAC       02:00:00:00:00:1a, with or without separators
   
   Example:
-    utm_appctl device add 3 02:00:00:00:00:1a
+    utm_appctl device add mia 02:00:00:00:00:1a
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl device del ID MAC...
+  Usage: utm_appctl device del ID MAC... [OPTIONS]
   
     remove devices from a profile, release them
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     MAC       02:00:00:00:00:1a, with or without separators
   
   Example:
-    utm_appctl device del 3 02:00:00:00:00:1a
+    utm_appctl device del mia 02:00:00:00:00:1a
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl limit show ID
+  Usage: utm_appctl limit show ID [OPTIONS]
   
     show today's limit and whether it is enabled
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl limit show 3
+    utm_appctl limit show mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl limit set ID MINUTES
+  Usage: utm_appctl limit set ID MINUTES [OPTIONS]
   
     set the limit of today and of every weekday
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
   
   Example:
-    utm_appctl limit set 3 1h30m
+    utm_appctl limit set mia 1h30m
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl limit enable ID
+  Usage: utm_appctl limit enable ID [OPTIONS]
   
     cut the profile off when its limit is reached
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl limit enable 3
+    utm_appctl limit enable mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl limit disable ID
+  Usage: utm_appctl limit disable ID [OPTIONS]
   
     only count usage; do not enforce the limit
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl limit disable 3
+    utm_appctl limit disable mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl weekday show ID
+  Usage: utm_appctl weekday show ID [OPTIONS]
   
     show the limit of each weekday
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl weekday show 3
+    utm_appctl weekday show mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl weekday set ID DAY MINUTES
+  Usage: utm_appctl weekday set ID DAY MINUTES [OPTIONS]
   
     set the limit of one weekday
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
     DAY       monday, mon or 1; sat,sun; weekdays, weekend, all; sunday is 0
   
   Example:
-    utm_appctl weekday set 3 sat,sun 3h
+    utm_appctl weekday set mia sat,sun 3h
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl extend show ID
+  Usage: utm_appctl extend show ID [OPTIONS]
   
     show today's bonus
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl extend show 3
+    utm_appctl extend show mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl extend add ID MINUTES
+  Usage: utm_appctl extend add ID MINUTES [OPTIONS]
   
     add to today's bonus
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     MINUTES   90, 90m, 1h30m, 1:30 or 1.5h
   
   Example:
-    utm_appctl extend add 3 30m
+    utm_appctl extend add mia 30m
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl extend reset ID
+  Usage: utm_appctl extend reset ID [OPTIONS]
   
     cancel today's bonus
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl extend reset 3
+    utm_appctl extend reset mia
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
   Usage: utm_appctl usage ID [OPTIONS]
   
     show usage: totals, applications or a chart
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
   
   Example:
-    utm_appctl usage 3 --history
+    utm_appctl usage mia --history
   
   Options:
     -a, --ascii                    draw charts in plain ASCII
     -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
         --apps                     applications today, or a chart for each
         --day N                    applications on the day N days ago, 0 to 30
         --yesterday                the same as --day 1
@@ -387,6 +404,7 @@ Each command has help, which ends with the same four options.
   
   Options:
     -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
   Usage: utm_appctl policy create POLICY
   
@@ -407,26 +425,28 @@ Each command has help, which ends with the same four options.
   Operands:
     POLICY    a number of your choice, 1 or more
     APP=RULE  video=45m limits, video=block blocks, video=allow ends both;
-              applications go by number, or by name in a file of names
+              applications go by number, or by their name in the household
   
   Example:
     utm_appctl policy rule 7 video=45m games=block
   
   Options:
     -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl policy bind ID POLICY
+  Usage: utm_appctl policy bind ID POLICY [OPTIONS]
   
     give a profile a policy, permanently
   
   Operands:
-    ID        a whole number of your choice
+    ID        a person: a number of your choice, or a name in the household
     POLICY    a number of your choice, 1 or more
   
   Example:
-    utm_appctl policy bind 3 7
+    utm_appctl policy bind mia 7
   
   Options:
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
   Usage: utm_appctl policy clear POLICY
   

@@ -124,11 +124,11 @@ Four weeks are a chart that ends with this one.
   $ utm_appctl usage --weeks 3 --history | cmp - /tmp/chart
   $ utm_appctl usage 3 --weeks
   utm_appctl: --weeks needs --history
-  For example: utm_appctl usage 3 --history --weeks
+  For example: utm_appctl usage mia --history --weeks
   [2]
   $ utm_appctl usage 3 --days --apps
   utm_appctl: --days needs --history
-  For example: utm_appctl usage 3 --history --days
+  For example: utm_appctl usage mia --history --days
   [2]
   $ utm_appctl usage 3 --history --days --weeks
   utm_appctl: --days and --weeks cannot be combined

@@ -49,11 +49,11 @@ A limit is between a minute and a day.
   enabled  no
   $ utm_appctl limit set 3 0
   utm_appctl: "0" is not between 1m and 24h
-  For example: utm_appctl limit set 3 1h30m
+  For example: utm_appctl limit set mia 1h30m
   [1]
   $ utm_appctl limit set 3 24h1m
   utm_appctl: "24h1m" is not between 1m and 24h
-  For example: utm_appctl limit set 3 1h30m
+  For example: utm_appctl limit set mia 1h30m
   [1]
   $ utm_appctl limit set 9 1
   utm_appctl: the daemon refused: no such profile; create it with profile add

@@ -33,33 +33,33 @@ The daemon is not asked about what is no such number.
   $ for text in mia '' '3 ' ' 3' 0x3 2147483648 1e3 3.0; do
   >   utm_appctl profile add "$text" || echo "status $?"
   > done
-  utm_appctl: "mia" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "mia" is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: "" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "" is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: "3 " is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "3 " is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: " 3" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: " 3" is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: "0x3" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "0x3" is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: "2147483648" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "2147483648" is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: "1e3" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "1e3" is nobody's name
+  Give a whole number, or a name in the household
   status 2
-  utm_appctl: "3.0" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "3.0" is nobody's name
+  Give a whole number, or a name in the household
   status 2
   $ utm_appctl profile del -- -2147483649
-  utm_appctl: "-2147483649" is not a profile's number
-  Give a whole number, such as 3
+  utm_appctl: "-2147483649" is nobody's name
+  Give a whole number, or a name in the household
   [2]
   $ utm_appctl profile del -3
   utm_appctl: "-3" is no option

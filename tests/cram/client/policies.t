@@ -102,7 +102,7 @@ Nothing is sent when a name is unknown, or when a word is no rule.
   [2]
   $ utm_appctl policy rule 7 305=5 musik=block --names /tmp/apps
   utm_appctl: "musik" is no application
-  Give its number, or name it in a file for --names
+  Give its number, or name it in the household or in a file for --names
   [2]
   $ for rule in 305 =block 305= 305=65536 305=-1 '' "$(letters 64)=block"; do
   >   utm_appctl policy rule 7 "$rule" || echo "status $?"

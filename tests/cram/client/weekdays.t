@@ -117,7 +117,7 @@ It refuses a limit of more than a day, and a profile that does not exist.
 
   $ utm_appctl weekday set 3 mon 25h
   utm_appctl: "25h" is not between 1m and 24h
-  For example: utm_appctl weekday set 3 sat,sun 3h
+  For example: utm_appctl weekday set mia sat,sun 3h
   [1]
   $ utm_appctl weekday set 9 mon 1h
   utm_appctl: the daemon refused: no such profile; create it with profile add
