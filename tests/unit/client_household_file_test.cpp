@@ -200,9 +200,9 @@ TEST_F(ClientHouseholdFile, TellsWhoIsMeant) {
     EXPECT_EQ(who("JÖRG"), "-2");
     EXPECT_EQ(who("1"), "1");
     EXPECT_EQ(who("44"), "44");
-    EXPECT_EQ(who("mja"), "utm_appctl: \"mja\": nobody has this name; did you mean \"Mia\"?\n");
-    EXPECT_EQ(who("ben"), "utm_appctl: \"ben\": nobody has this name; give a number, or a name of "
-                          "the household file\n");
+    EXPECT_EQ(who("mja"), "utm_appctl: \"mja\" is nobody's name\nDid you mean \"Mia\"?\n");
+    EXPECT_EQ(who("ben"), "utm_appctl: \"ben\" is nobody's name\n"
+                          "Give a whole number, or a name in the household\n");
 }
 
 } // namespace
