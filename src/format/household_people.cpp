@@ -132,6 +132,12 @@ void read_device(household_reader_t *reader, const household_place_t &place, jso
 
 // ---- Rules ---------------------------------------------------------------------------------
 
+/// @return "; did you mean ...", for as long as remarks are noted: each looks at all names
+household_quote_t hint_at_app(const household_reader_t &reader, const char *text) {
+    const bool is_full = reader.remarks->size() >= household_remarks_max;
+    return household_hint(is_full ? nullptr : household_nearest_app(*reader.household, text));
+}
+
 /// @return the application, 0 after an objection
 int32_t read_app_of_rule(household_reader_t *reader, const household_place_t &place,
                          json_object *value) {
@@ -145,8 +151,7 @@ int32_t read_app_of_rule(household_reader_t *reader, const household_place_t &pl
     const household_t &household = *reader->household;
     if (!household_find_app(household, text, &app_id))
         household_object_to(reader, &place, "%s is no application that has a name here%s",
-                            household_quote(text).text,
-                            household_hint(household_nearest_app(household, text)).text);
+                            household_quote(text).text, hint_at_app(*reader, text).text);
     else if (app_id < 1 && !reader->has_app_without_number)
         household_object_to(reader, &place, "%s is application %d, which can have no rule",
                             household_quote(text).text, app_id);

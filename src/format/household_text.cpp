@@ -68,6 +68,15 @@ private:
             open();
         else if ((c == '}' || c == ']') && depth_ > 0)
             --depth_;
+        else if (c == '\'')
+            object_to_quote();
+    }
+
+    /// json-c takes these for quotes.
+    void object_to_quote() {
+        household_object_to(reader_, nullptr, "line %zu: JSON has no single quotes",
+                            line_of(text_, next_));
+        next_ = text_.size();
     }
 
     void open() {

@@ -232,7 +232,7 @@ TEST(Household, GetsSoManyRemarksAndNoWarningInPlaceOfAnError) {
                  "free[99]: has to be a host or a network in quotes, not a number");
 }
 
-TEST(Household, WithThousandsOfKeysTwiceIsReadInTime) {
+TEST(Household, WithThousandsOfKeysTwiceGetsNoMoreRemarks) {
     reading_t reading = {};
     read_household("{" + repeated("\"people\":[]", 10'000) + "}", &reading);
     EXPECT_FALSE(reading.is_good);
