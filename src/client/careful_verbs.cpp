@@ -53,8 +53,9 @@ struct past {
                           "", [of](const utm_app_config_reply &reply) {
                               of->is_empty =
                                   of->is_empty &&
-                                  std::ranges::all_of(reply.prev_day_data,
-                                                      [](int32_t minutes) { return minutes == 0; });
+                                  std::all_of(std::begin(reply.prev_day_data),
+                                              std::end(reply.prev_day_data),
+                                              [](int32_t minutes) { return minutes == 0; });
                               return true;
                           });
     return status == CTL_REFUSED ? CTL_DONE : status; // refused: no application was used
