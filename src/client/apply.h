@@ -9,12 +9,12 @@
 #include <cstdint>
 
 struct ctl_apply_wish {
-    bool dry_run;           ///< nothing is changed
-    bool repair;            ///< send whatever could be out of step
-    bool prune;             ///< delete who is not of the household
-    const char *usage_path; ///< absolute: the usage file to restore; null for none
-    const char *state_path; ///< the folder of what was applied last
-    int32_t timeout_s;      ///< how long to wait for another `apply`
+    bool dry_run = false;             ///< nothing is changed
+    bool repair = false;              ///< send whatever could be out of step
+    bool prune = false;               ///< delete who is not of the household
+    const char *usage_path = nullptr; ///< absolute: the usage file to restore
+    const char *state_path = nullptr; ///< the folder of what was applied last
+    int32_t timeout_s = 0;            ///< how long to wait for another `apply`
 };
 
 /// What was done, or with `dry_run` what would be.

@@ -23,7 +23,7 @@ void add_piece(ctl_line *line, const char *separator, const char *piece) {
 
 /// A limit of a whole day is none.
 ctl_line limit_text(int32_t minutes) {
-    return minutes >= household_no_limit ? ctl_line_of("no limit")
+    return minutes >= household_no_limit ? ctl_line_of("none")
                                          : ctl_line_of("%s", ctl_time_of(minutes).text);
 }
 
@@ -96,9 +96,7 @@ ctl_line ctl_limits_line(const household_t &household, const household_person_t 
     if (changed == 0)
         return is_today_another ? ctl_line_of("%s: today's limit", called.text) : ctl_line{};
     if (changed == days_per_week && is_one)
-        return ctl_line_of("%s: %s%s every day", called.text,
-                           wanted[0] >= household_no_limit ? "" : "limit ",
-                           limit_text(wanted[0]).text);
+        return ctl_line_of("%s: limit %s every day", called.text, limit_text(wanted[0]).text);
     ctl_line line = ctl_line_of("%s: limit", called.text);
     const char *separator = " ";
     for (const int32_t first : week) {

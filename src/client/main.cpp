@@ -35,6 +35,7 @@ constexpr operand_form forms[] = {
     {"MAC", "02:00:00:00:00:1a, with or without separators"},
     {"APP=RULE", "video=45m limits, video=block blocks, video=allow ends both;\n"
                  "            applications go by number, or by their name in the household"},
+    {"FILE", "a household file; - is standard input"},
     {"PATH", "a file; but for report it is the daemon that opens it, as root"},
     {"on|off", "yes and no will do, too"},
 };

@@ -42,6 +42,11 @@ constexpr option_row rows[] = {
      "a chart, of days unless --weeks is given"},
     {CTL_OPTION_DAYS, "days", 0, no_argument, "", "with --history: today and 30 days before"},
     {CTL_OPTION_WEEKS, "weeks", 0, no_argument, "", "with --history: this week and 3 before"},
+    {CTL_OPTION_DRY_RUN, "dry-run", 0, no_argument, "", "only say what would be done"},
+    {CTL_OPTION_REPAIR, "repair", 0, no_argument, "", "send everything that could be out of step"},
+    {CTL_OPTION_PRUNE, "prune", 0, no_argument, "", "delete who is not of the household"},
+    {CTL_OPTION_RESTORE, "restore", 0, required_argument, " PATH",
+     "import a usage file, if nothing was counted"},
     {CTL_OPTION_YES, "yes", 'y', no_argument, "", "delete the history, too, without asking"},
     {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
@@ -92,6 +97,9 @@ bool take_option(const option_row &row, ctl_options *options) {
         return true;
     case CTL_OPTION_YESTERDAY:
         options->day = 1;
+        return true;
+    case CTL_OPTION_RESTORE:
+        options->restore_path = optarg;
         return true;
     case CTL_OPTION_DAY:
         return read_bounded(optarg, row, 0, day_max, &options->day);

@@ -27,6 +27,10 @@ enum ctl_option : unsigned {
     CTL_OPTION_HOUSEHOLD = 1U << 14,
     CTL_OPTION_YES = 1U << 15,
     CTL_OPTION_YESTERDAY = 1U << 16,
+    CTL_OPTION_DRY_RUN = 1U << 20,
+    CTL_OPTION_REPAIR = 1U << 21,
+    CTL_OPTION_PRUNE = 1U << 22,
+    CTL_OPTION_RESTORE = 1U << 23,
 };
 
 /// Those that ask for a period; only one may be given.
@@ -41,6 +45,7 @@ struct ctl_options {
     ctl_daemon daemon = {};
     const char *names_path = nullptr;
     const char *household_path = nullptr;
+    const char *restore_path = nullptr; ///< a usage file
     int32_t day = 0;                    ///< days ago
     int32_t week = 0;                   ///< weeks ago
     const char *history_unit = nullptr; ///< "days" by --days, --history days or --history=days

@@ -37,6 +37,15 @@ constexpr ctl_verb verbs[] = {
      .example = "debug on",
      .type = UTM_APP_CONFIG_SET_DEBUG},
 
+    {.group = "The household",
+     .noun = "apply",
+     .synopsis = "[FILE]",
+     .help = "make everything as the household file has it",
+     .example = "apply household.json --dry-run",
+     .options = CTL_OPTION_NAMES | CTL_OPTION_DRY_RUN | CTL_OPTION_REPAIR | CTL_OPTION_PRUNE |
+                CTL_OPTION_RESTORE,
+     .run = ctl_apply},
+
     {.group = "People",
      .noun = "profile",
      .word = "add",

@@ -76,6 +76,7 @@ struct ctl_question {
 // What rows of the table run, by the first words of the verb.
 ctl_exit ctl_status(const ctl_call &call);
 ctl_exit ctl_profile_del(const ctl_call &call);
+ctl_exit ctl_apply(const ctl_call &call);
 ctl_exit ctl_devices(const ctl_call &call);
 ctl_exit ctl_limit_show(const ctl_call &call);
 ctl_exit ctl_limit_enable(const ctl_call &call);

@@ -70,7 +70,7 @@ in_sandbox() {
 command=("$cram" --preserve-env "$name.t")
 case $where in
 household) in_sandbox ;;
-client | commands | order) in_sandbox --scenario none --start '2030-01-01 12:00' ;;
+client | commands | order | apply) in_sandbox --scenario none --start '2030-01-01 12:00' ;;
 esac
 status=0
 in_environment "${command[@]}" || status=$?

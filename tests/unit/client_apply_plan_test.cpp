@@ -211,7 +211,7 @@ TEST_F(ClientApplyPlan, ChangesLimitsDayByDay) {
     household_.people[0].weekday_limits[6] = 180;
     household_.people[0].weekday_limits[today] = 1440;
     have({{.limit = 120}});
-    EXPECT_EQ(plan(), "# Mia: limit no limit Wednesday, 3h Saturday Sunday\n"
+    EXPECT_EQ(plan(), "# Mia: limit none Wednesday, 3h Saturday Sunday\n"
                       "limit 1 day 0 180\nlimit 1 day 3 1440\nlimit 1 day 6 180\n");
 }
 

@@ -17,6 +17,7 @@ Somebody has used something, so that no array is empty; and applications have na
   $ use 75 305=60 306=15
   $ printf '305 video\n306 games\n' >/tmp/names
   $ echo rules >/tmp/signatures
+  $ echo '{"people":[{"number":3,"name":"Mia","limit":"2h"}]}' >/tmp/mia.json
   $ run_row() {
   >   names=
   >   case $command in usage*--* | report | "policy rule"*) names='--names /tmp/names' ;; esac
