@@ -115,7 +115,7 @@ void write_state_person(writer *to, json_object *list, const ctl_daemon_state &s
 void write_household_person(writer *to, json_object *list, const household_t &household,
                             const household_person_t &person) {
     json_object *written =
-        write_person(to, list, person.number, person.enforced, person.weekday_limits);
+        write_person(to, list, person.number, ctl_is_enforced(person), person.weekday_limits);
     json_object *devices = to->add_list(written, key::devices);
     for (const household_device_t &device : household_records(household.devices, person.devices))
         to->append_mac(devices, device.mac);

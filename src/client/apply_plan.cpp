@@ -40,6 +40,7 @@ public:
 private:
     // Each of these is a part of the order.
     void meet_people();
+    void meet_lost(int32_t number);
     void warn_of_strangers();
     void remove_devices();
     void prune();
@@ -286,16 +287,33 @@ void planner::meet_people() {
             keep(&plan_.release, wanted.number);
         keep(&people_, person);
     }
-    // Whoever left the household while the daemon was away can only be released under their number.
+    // Whoever left the household can only be released under their number. Whoever is deleted
+    // without a device, or without the daemon's knowing that they are cut off, is announced to
+    // nobody.
+    for (const int32_t number : wish_.memory.release)
+        meet_lost(number);
     for (const ctl_daemon_person &applied : wish_.memory.applied.people)
-        if (wish_.repair && applied.enabled &&
-            household_person_of(wish_.household, applied.number) == nullptr &&
-            ctl_state_person(wish_.state, applied.number) == nullptr) {
-            person_plan person = {};
-            person.number = applied.number;
-            person.limit = household_no_limit;
-            keep(&lost_, person);
-        }
+        if (wish_.repair ||
+            (applied.enabled && ctl_state_person(wish_.state, applied.number) == nullptr))
+            meet_lost(applied.number);
+    for (const ctl_daemon_person &person : wish_.state.people)
+        if (wish_.repair)
+            meet_lost(person.number);
+}
+
+/// Notes a person of no household who is not in the daemon, or will not be.
+void planner::meet_lost(int32_t number) {
+    const ctl_daemon_person *now = ctl_state_person(wish_.state, number);
+    if (household_person_of(wish_.household, number) != nullptr ||
+        (now != nullptr && !is_pruned(*now)) ||
+        std::any_of(lost_.begin(), lost_.end(),
+                    [number](const person_plan &other) { return other.number == number; }))
+        return;
+    person_plan person = {};
+    person.number = number;
+    person.limit = household_no_limit;
+    keep(&lost_, person);
+    keep(&plan_.release, number);
 }
 
 void planner::warn_of_strangers() {
@@ -355,6 +373,11 @@ void planner::prune() {
             begin(ctl_line_of("person %d: deleted", person.number), person.number);
         else
             begin_quietly();
+        // Without a device nobody is told that they are free again, unless that is before.
+        if (person.blocked && person.devices.count == 0) {
+            send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.number, .arg2 = 1});
+            send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.number});
+        }
         send({.type = UTM_APP_CONFIG_DELETE_PROFILE, .arg0 = person.number});
     }
 }
@@ -517,7 +540,7 @@ void planner::bind_policies() {
 /// router was told in step: whoever is cut off is released and cut off again, since a device that
 /// joined them meanwhile is online, and since the flag outlives limits that are off.
 void planner::settle(person_plan *person) {
-    const bool wanted = person->wanted->enforced;
+    const bool wanted = ctl_is_enforced(*person->wanted);
     const bool is_used_up = person->used >= person->budget();
     const ctl_daemon_person *now = person->now;
     const bool was_enabled = now != nullptr && now->enabled;

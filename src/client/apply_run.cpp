@@ -22,7 +22,7 @@ int32_t weekday_of_today() {
 /// @return whether a person is as the household has them, as far as the records go
 bool is_as_wanted(const household_t &household, const household_person_t &wanted,
                   const ctl_daemon_state &state, const ctl_daemon_person &person) {
-    if (person.enabled != wanted.enforced || person.devices.count != wanted.devices.count ||
+    if (person.enabled != ctl_is_enforced(wanted) || person.devices.count != wanted.devices.count ||
         person.rules.count != wanted.rules.count ||
         !std::equal(wanted.weekday_limits, wanted.weekday_limits + days_per_week,
                     person.weekday_limits))
@@ -145,7 +145,7 @@ ctl_exit applier::is_as_applied(bool *result) {
     *result = known.size() == numbers.size() &&
               std::all_of(known.begin(), known.end(), [this](const ctl_daemon_person &person) {
                   const household_person_t *wanted = household_person_of(household_, person.number);
-                  return person.enabled == wanted->enforced &&
+                  return person.enabled == ctl_is_enforced(*wanted) &&
                          std::equal(wanted->weekday_limits, wanted->weekday_limits + days_per_week,
                                     person.weekday_limits);
               });

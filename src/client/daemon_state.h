@@ -59,6 +59,13 @@ struct ctl_daemon_state {
     plain_vector<ctl_app_today> apps;
 };
 
+/// @return whether the daemon is to cut the person off. Without a device there is nothing to cut
+/// off,
+///         and nobody would be told when it ends, not even at midnight: so the limit waits for one.
+[[nodiscard]] inline bool ctl_is_enforced(const household_person_t &person) {
+    return person.enforced && person.devices.count != 0;
+}
+
 /// @return the person of that number, or null
 [[nodiscard]] const ctl_daemon_person *ctl_state_person(const ctl_daemon_state &state,
                                                         int32_t number);

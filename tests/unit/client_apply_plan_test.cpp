@@ -159,7 +159,7 @@ TEST_F(ClientApplyPlan, FreesWhoIsCutOffBeforeADeviceLeaves) {
     EXPECT_EQ(plan(), R"(disable 1
 # Mia: device 02:00:00:00:00:0A leaves
 remove 1 02:00:00:00:00:0A
-enable 1
+# Mia: limit only counted
 )");
 }
 
@@ -199,8 +199,12 @@ TEST_F(ClientApplyPlan, BringsEnforcementInStep) {
     for (const auto &row : rows) {
         household_.people.clear();
         state_.people.clear();
-        want({{.limit = 60, .enforced = row.wanted}});
-        have({{.limit = 60, .used = row.used, .enabled = row.enabled, .blocked = row.blocked}});
+        want({{.limit = 60, .enforced = row.wanted, .devices = {0x0A}}});
+        have({{.limit = 60,
+               .used = row.used,
+               .enabled = row.enabled,
+               .blocked = row.blocked,
+               .devices = {0x0A}}});
         EXPECT_EQ(plan(), row.plan) << row.used << row.enabled << row.blocked << row.wanted;
     }
 }
@@ -286,38 +290,87 @@ TEST_F(ClientApplyPlan, JoinsAnewADeviceThatSomebodyElseHasMoved) {
 }
 
 TEST_F(ClientApplyPlan, ReleasesPeopleWhomTheDaemonHasLost) {
-    want({{.limit = 1440}, {.number = 2, .name = "Tom", .enforced = false}});
-    remember({{}, {.number = 2, .enabled = false}});
+    want({{.devices = {0x0A}}, {.number = 2, .name = "Tom", .enforced = false}});
+    remember({{.devices = {0x0A}},
+              {.number = 2, .enabled = false},
+              {.number = 3, .devices = {0x0B}},
+              {.number = 4, .enabled = false}});
     EXPECT_EQ(plan(), R"(# Mia: added as person 1
 create 1
 # Tom: added as person 2
 create 2
+create -2147483648
+add -2147483648 02:00:00:00:00:0A
+add -2147483648 02:00:00:00:00:0B
+delete -2147483648
+# Mia: device 02:00:00:00:00:0A joins
+add 1 02:00:00:00:00:0A
+create 3
+enable 3
 enable 1
 import used_up
 import as_it_was
+disable 3
 disable 1
+delete 3
 # Mia: limit enforced
 enable 1
 )");
 }
 
 TEST_F(ClientApplyPlan, GoesOnReleasingWhereAnApplyDied) {
-    want({{.limit = 60}, {.number = 2, .name = "Tom", .limit = 60}});
-    have({{.limit = 60, .used = 31, .extend = 30},
-          {.number = 2, .limit = 60, .used = 30, .extend = 30}});
-    EXPECT_TRUE(memory_.release.add(1) && memory_.release.add(2));
-    EXPECT_EQ(plan(), R"(disable 1
+    want({{.limit = 60, .devices = {0x0A}},
+          {.number = 2, .name = "Tom", .limit = 60, .devices = {0x0B}}});
+    have({{.limit = 60, .used = 31, .extend = 30, .devices = {0x0A}},
+          {.number = 2, .limit = 60, .used = 30, .extend = 30, .devices = {0x0B}}});
+    EXPECT_TRUE(memory_.release.add(1) && memory_.release.add(2) && memory_.release.add(3));
+    EXPECT_EQ(plan(), R"(create 3
+disable 1
 limit 1 day 3 1
 enable 1
 disable 1
+enable 3
 import used_up
 import as_it_was
+disable 3
 disable 2
+delete 3
 limit 1 day 3 60
 enable 1
 enable 2
 )");
     EXPECT_FALSE(is_change_);
+}
+
+TEST_F(ClientApplyPlan, TellsThatWhoIsDeletedIsFree) {
+    prune_ = true;
+    have({{.number = 7, .limit = 60, .used = 60, .blocked = true}});
+    EXPECT_EQ(plan(), R"(# person 7: deleted
+enable 7
+disable 7
+delete 7
+)");
+}
+
+/// Also whom the daemon does not know to be cut off.
+TEST_F(ClientApplyPlan, TellsThatWhoIsDeletedIsFreeWhateverTheDaemonKnows) {
+    repair_ = prune_ = true;
+    have({{.number = 7, .devices = {0x0A}}});
+    EXPECT_EQ(plan(), R"(# person 7: deleted
+delete 7
+create 7
+enable 7
+import used_up
+import as_it_was
+disable 7
+delete 7
+)");
+}
+
+TEST_F(ClientApplyPlan, LetsALimitWaitForADevice) {
+    want({{.limit = 60}});
+    have({{.limit = 60, .used = 60}});
+    EXPECT_EQ(plan(), "");
 }
 
 TEST_F(ClientApplyPlan, RepairsEverybody) {
@@ -336,13 +389,17 @@ TEST_F(ClientApplyPlan, RepairsEverybody) {
 add 2 02:00:00:00:00:0B
 clear 4
 create 3
+create 4
 disable 1
 enable 3
+enable 4
 import used_up
 import as_it_was
 disable 3
+disable 4
 disable 2
 delete 3
+delete 4
 enable 1
 enable 2
 rules 4 9=block

@@ -62,7 +62,8 @@ void fill(ctl_daemon_state *state, const std::vector<known_t> &people) {
         person.limit = from.limit;
         person.extend = from.extend;
         person.used = from.used;
-        person.enabled = from.enabled;
+        // Without a device a limit waits.
+        person.enabled = from.enabled && !from.devices.empty();
         person.blocked = from.blocked;
         person.policy = from.policy;
         person.devices = {state->devices.size(), from.devices.size()};
