@@ -386,7 +386,10 @@ ctl_exit applier::run() {
         return status;
     if (!was_active_ && household_.limits)
         status = note(ctl_line_of("limits are switched on"));
-    if (status == CTL_DONE && !was_active_ && !wish_.dry_run)
+    // An engine that was started anew, or did not hear it, ignores its rules.
+    if (status == CTL_DONE && was_active_ && wish_.repair && !wish_.dry_run)
+        status = switch_limits(false);
+    if (status == CTL_DONE && (!was_active_ || wish_.repair) && !wish_.dry_run)
         status = switch_limits(true);
     if (status != CTL_DONE)
         return status;
