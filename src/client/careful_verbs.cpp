@@ -1,7 +1,6 @@
 /// Verbs that change something and tell what a plain request would leave unsaid.
 
 #include "client/arguments.h"
-#include "client/household_file.h"
 #include "client/message.h"
 #include "client/reason.h"
 #include "client/verbs.h"
@@ -14,21 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-/// How a message names a person: "Mia", or "profile 3".
-struct called_text {
-    char text[household_name_size];
-};
-
-called_text called(const ctl_call &call, int32_t number) {
-    called_text person = {};
-    if (household_person_of(call.household, number) != nullptr)
-        snprintf(person.text, sizeof(person.text), "%s",
-                 ctl_person_name(call.household, number).text);
-    else
-        snprintf(person.text, sizeof(person.text), "profile %d", number);
-    return person;
-}
 
 /// What the daemon would lose with a person.
 struct past {
@@ -73,7 +57,7 @@ bool is_answered_with_yes() {
 
 /// Lets nobody delete thirty days by a slip of the hand.
 [[nodiscard]] ctl_exit confirm(const ctl_call &call) {
-    const called_text person = called(call, call.profile_id());
+    const ctl_called person = ctl_call_person(call.household, call.profile_id());
     if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0)
         return ctl_fail(CTL_USAGE,
                         "the history of %s would be deleted, too\n"
@@ -83,6 +67,84 @@ bool is_answered_with_yes() {
     if (is_answered_with_yes())
         return CTL_DONE;
     return ctl_fail(CTL_REFUSED, "nothing is deleted");
+}
+
+using mac_list = plain_vector<ctl_mac>;
+
+/// @return CTL_DONE, or CTL_USAGE after a message
+[[nodiscard]] ctl_exit read_macs(const ctl_call &call, mac_list *macs) {
+    for (const char *operand : call.operands.subspan(1)) {
+        ctl_mac mac = {};
+        // What is no device's address may have been added by another program: it can be removed.
+        if (!(call.verb.type == UTM_APP_CONFIG_ADD_DEVICE ? ctl_read_device_mac(operand, mac.bytes)
+                                                          : ctl_read_mac(operand, mac.bytes)))
+            return CTL_USAGE;
+        if (!macs->add(mac))
+            return ctl_fail(CTL_BROKEN, "out of memory");
+    }
+    return CTL_DONE;
+}
+
+/// @return whose device it is in the household, or null
+const household_person_t *household_owner(const household_t &household, const ctl_mac &mac) {
+    for (const household_person_t &person : household.people)
+        for (const household_device_t &device :
+             household_records(household.devices, person.devices))
+            if (ctl_mac_of(device.mac) == mac)
+                return &person;
+    return nullptr;
+}
+
+/// To look at everything that the daemon has is no small matter; for what the household knows it is
+/// not done. That somebody has no such device is known to nobody else.
+bool needs_a_look(const ctl_call &call, const mac_list &macs) {
+    if (call.verb.type == UTM_APP_CONFIG_DEL_DEVICE)
+        return true;
+    for (const ctl_mac &mac : macs)
+        if (household_owner(call.household, mac) == nullptr)
+            return true;
+    return false;
+}
+
+/// What is known of the devices' owners before anything is done.
+struct owners {
+    ctl_daemon_state state = {};
+    bool seen = false; ///< else the state is empty, and only the household tells
+};
+
+/// @return somebody else whose device it is, or 0 with `*is_known` false
+int32_t other_owner(const ctl_call &call, const owners &known, const ctl_mac &mac, bool *is_known) {
+    *is_known = true;
+    for (const ctl_daemon_person &person : known.state.people)
+        if (person.number != call.profile_id() && ctl_state_has_device(known.state, person, mac))
+            return person.number;
+    const household_person_t *person = household_owner(call.household, mac);
+    if (!known.seen && person != nullptr && person->number != call.profile_id())
+        return person->number;
+    *is_known = false;
+    return 0;
+}
+
+void note_added(const ctl_call &call, const owners &known, const ctl_mac &mac) {
+    bool is_known = false;
+    const int32_t other = other_owner(call, known, mac, &is_known);
+    if (is_known)
+        ctl_say("note: %s is a device of %s, too; what blocks either of them blocks it",
+                mac_text(mac.bytes).text, ctl_call_person(call.household, other).text);
+}
+
+void note_removed(const ctl_call &call, const owners &known, const ctl_mac &mac) {
+    const ctl_daemon_person *person = ctl_state_person(known.state, call.profile_id());
+    if (!known.seen || person == nullptr || ctl_state_has_device(known.state, *person, mac))
+        return;
+    bool is_known = false;
+    const int32_t other = other_owner(call, known, mac, &is_known);
+    const ctl_called owner = ctl_call_person(call.household, call.profile_id());
+    if (is_known)
+        ctl_say("note: %s was no device of %s, but is one of %s", mac_text(mac.bytes).text,
+                owner.text, ctl_call_person(call.household, other).text);
+    else
+        ctl_say("note: %s was no device of %s", mac_text(mac.bytes).text, owner.text);
 }
 
 } // namespace
@@ -133,6 +195,27 @@ ctl_exit ctl_weekday_set(const ctl_call &call) {
         part.request.arg1 = day;
         if ((days >> day & 1) != 0)
             status = ctl_send(part);
+    }
+    return status;
+}
+
+/// All addresses are looked at before the first request is sent.
+ctl_exit ctl_devices(const ctl_call &call) {
+    mac_list macs;
+    owners known;
+    ctl_exit status = read_macs(call, &macs);
+    if (status == CTL_DONE && needs_a_look(call, macs))
+        status = ctl_look(call, &known.state, &known.seen);
+    for (size_t i = 0; i < macs.size() && status == CTL_DONE; ++i) {
+        ctl_call part = call;
+        utm_app_config_put_mac(&part.request, macs[i].bytes);
+        status = ctl_send(part);
+        if (status != CTL_DONE)
+            break;
+        if (call.verb.type == UTM_APP_CONFIG_ADD_DEVICE)
+            note_added(call, known, macs[i]);
+        else
+            note_removed(call, known, macs[i]);
     }
     return status;
 }

@@ -2,7 +2,9 @@
 
 #include "client/arguments.h"
 #include "client/household_file.h"
+#include "client/temporary_file.h"
 #include "client/text.h"
+#include "client/wire.h"
 #include "core/clock.h"
 #include "core/owners.h"
 #include "core/regular_file.h"
@@ -114,6 +116,41 @@ ctl_exit explain_policy(const ctl_call &call, int32_t number, bool should_be,
                              : "no such policy; create it with policy create");
 }
 
+/// A file that is older than the daemon may be of an earlier life and wait for its import. The
+/// daemon makes its socket when it starts.
+bool is_own_file_of_this_daemon(const ctl_daemon &daemon) {
+    struct stat socket = {};
+    struct stat file = {};
+    if (stat(usage_file_path, &file) != 0)
+        return errno == ENOENT;
+    return stat(daemon.socket_path, &socket) == 0 && file.st_mtime >= socket.st_mtime;
+}
+
+/// Where it cannot, its own log tells.
+void save_usage(const ctl_daemon &daemon) {
+    utm_app_config_cmd request = {.type = UTM_APP_CONFIG_EXPORT_STATISTICS};
+    utm_app_config_reply reply = {};
+    utm_app_config_put_path(&request, usage_file_path);
+    const ctl_exit ignored = ctl_ask(daemon, request, &reply, "");
+    static_cast<void>(ignored);
+}
+
+/// @param state  empty when nothing could be seen
+ctl_exit bound_already(const ctl_call &call, const ctl_daemon_state &state,
+                       const utm_app_config_cmd &request) {
+    const ctl_daemon_person *person = ctl_state_person(state, request.arg0);
+    if (person != nullptr && person->policy != 0)
+        return ctl_fail(CTL_REFUSED, "the daemon refused: %s has policy %d already, for good",
+                        ctl_call_person(call.household, request.arg0).text, person->policy);
+    for (const ctl_daemon_person &other : state.people)
+        if (other.policy == request.arg1)
+            return ctl_fail(CTL_REFUSED, "the daemon refused: policy %d is that of %s, for good",
+                            request.arg1, ctl_call_person(call.household, other.number).text);
+    return ctl_refused(
+        "the profile has a policy already, or the policy is another profile's; which "
+        "of both it tells only while limits are on");
+}
+
 ctl_exit explain_bind(const ctl_call &call, const utm_app_config_cmd &request) {
     bool there = false;
     ctl_exit status = find_profile(call, request.arg0, &there);
@@ -126,8 +163,10 @@ ctl_exit explain_bind(const ctl_call &call, const utm_app_config_cmd &request) {
         return status;
     if (!there)
         return ctl_refused("no such policy; create it with policy create");
-    return ctl_refused("the profile has a policy already, or the policy is another profile's; it "
-                       "does not tell which");
+    ctl_daemon_state state;
+    bool seen = false;
+    status = ctl_look(call, &state, &seen);
+    return status == CTL_DONE ? bound_already(call, state, request) : status;
 }
 
 /// @param reason  empty when none is found: then the daemon knows more than can be seen from here
@@ -202,6 +241,31 @@ bool is_of_a_later_day(int64_t then, int64_t now) {
 }
 
 } // namespace
+
+ctl_called ctl_call_person(const household_t &household, int32_t number) {
+    ctl_called person = {};
+    if (household_person_of(household, number) != nullptr)
+        snprintf(person.text, sizeof(person.text), "%s", ctl_person_name(household, number).text);
+    else
+        snprintf(person.text, sizeof(person.text), "profile %d", number);
+    return person;
+}
+
+ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen) {
+    *seen = false;
+    ctl_exit status = find_out_whether_limits_are_on(call, &state->active);
+    if (status != CTL_DONE || !state->active)
+        return status;
+    ctl_temporary_file file;
+    json_ptr document;
+    if (file.make() != CTL_DONE ||
+        ctl_state_export(ctl_wire_to(call.options.daemon), file.path(), &document) != CTL_DONE)
+        return CTL_DONE;
+    *seen = ctl_state_read(document.get(), state);
+    if (*seen && state->has_counted && is_own_file_of_this_daemon(call.options.daemon))
+        save_usage(call.options.daemon);
+    return CTL_DONE;
+}
 
 ctl_objection ctl_object_to_import(const char *path, int64_t now) {
     ctl_objection objection = {};

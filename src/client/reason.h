@@ -3,12 +3,30 @@
 /// looks at the file that the request names. What a request itself could have wrong is checked
 /// before it is sent.
 
+#include "client/daemon_state.h"
 #include "client/verbs.h"
 
 /// Says the one reason for which a request has been refused.
 /// @param request  one of the call's
 /// @return CTL_REFUSED; or what asking failed with, after a message
 ctl_exit ctl_explain(const ctl_call &call, const utm_app_config_cmd &request);
+
+/// How a message names a person: "Mia", or "profile 3".
+struct ctl_called {
+    char text[household_name_size];
+};
+
+[[nodiscard]] ctl_called ctl_call_person(const household_t &household, int32_t number);
+
+/// Looks at everything that the daemon has. It writes that down for whoever asks, and takes that
+/// for its own periodic export, which it puts off then; so it is told to do that, too. But not
+/// while its file may still have to be read: it is older than the daemon, or nothing has been
+/// counted yet.
+/// @param seen  out: false while limits are off, when it writes nothing, and when it cannot be
+/// done,
+///              after a message: what was asked for need not fail with it
+/// @return CTL_DONE, or what asking the daemon failed with, after a message
+[[nodiscard]] ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen);
 
 /// What keeps a file from being one that the daemon imports, as this program can tell.
 struct ctl_objection {

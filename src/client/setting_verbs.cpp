@@ -6,7 +6,6 @@
 #include "client/text.h"
 #include "client/verbs.h"
 #include "core/clock.h"
-#include "core/mac.h"
 #include "format/spelling.h"
 
 #include <algorithm>
@@ -139,29 +138,6 @@ ctl_exit ctl_interval_show(const ctl_call &call) {
     return status == CTL_DONE
                ? print_time(call, reply.export_interval_minute, "interval", &document)
                : status;
-}
-
-/// Sends a request for each of the devices. All addresses are looked at before the first is sent.
-ctl_exit ctl_devices(const ctl_call &call) {
-    plain_vector<utm_app_config_cmd> requests;
-    for (const char *operand : call.operands.subspan(1)) {
-        utm_app_config_cmd request = call.request;
-        uint8_t mac[mac_bytes];
-        // What is no device's address may have been added by another program: it can be removed.
-        if (!(call.verb.type == UTM_APP_CONFIG_ADD_DEVICE ? ctl_read_device_mac(operand, mac)
-                                                          : ctl_read_mac(operand, mac)))
-            return CTL_USAGE;
-        utm_app_config_put_mac(&request, mac);
-        if (!requests.add(request))
-            return ctl_fail(CTL_BROKEN, "out of memory");
-    }
-    ctl_call part = call;
-    ctl_exit status = CTL_DONE;
-    for (size_t i = 0; i < requests.size() && status == CTL_DONE; ++i) {
-        part.request = requests[i];
-        status = ctl_send(part);
-    }
-    return status;
 }
 
 ctl_exit ctl_policy_rule(const ctl_call &call) {

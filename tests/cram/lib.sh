@@ -6,9 +6,12 @@
 log_file=/tmp/utm_log/utm_app_log
 router=/tmp/router
 
+# Gives the client's temporary folders one name.
+plain_names() { sed 's,/[^ ]*/utm_appctl\.[^ /]*,/tmp/utm_appctl.XXXXXX,'; }
+
 # Shows what was logged since the last time.
 log() {
-    ! [ -e "$log_file" ] || cat "$log_file"
+    ! [ -e "$log_file" ] || plain_names <"$log_file"
     rm -f "$log_file"
 }
 

@@ -99,3 +99,65 @@ A limit means nothing while limits are off.
   utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ utm_appctl activate on
   $ utm_appctl limit enable 3
+
+A device that was not there is told, and one that somebody else has, while limits are on: only then
+does the daemon write down what it has.
+
+  $ utm_appctl device add 3 02:00:00:00:00:0B
+  $ utm_appctl profile add 4
+  $ utm_appctl device add 4 02:00:00:00:00:0B 02:00:00:00:00:0C
+  utm_appctl: note: 02:00:00:00:00:0B is a device of profile 3, too; what blocks either of them blocks it
+  $ utm_appctl device del 3 02:00:00:00:00:0B 02:00:00:00:00:0C 02:00:00:00:00:0D
+  utm_appctl: note: 02:00:00:00:00:0C was no device of profile 3, but is one of profile 4
+  utm_appctl: note: 02:00:00:00:00:0D was no device of profile 3
+  $ utm_appctl device del 4 02:00:00:00:00:0C 02:00:00:00:00:0C --json 2>/dev/null
+  {"done":true}
+  $ utm_appctl device del 9 02:00:00:00:00:0C
+  utm_appctl: the daemon refused: no such profile; create it with profile add
+  [1]
+  $ utm_appctl activate off
+  $ utm_appctl device del 4 02:00:00:00:00:0C
+
+The household tells whose a device is at any time, and by name.
+
+  $ cat >/tmp/household.json <<'END'
+  > { "people": [{ "number": 3, "name": "Mia", "devices": [{ "mac": "02:00:00:00:00:0A" }] },
+  >              { "number": 4, "name": "Leo", "devices": [{ "mac": "02:00:00:00:00:0B" }] }] }
+  > END
+  $ utm_appctl device add mia 02:00:00:00:00:0A
+  $ utm_appctl device add mia 02:00:00:00:00:0B
+  utm_appctl: note: 02:00:00:00:00:0B is a device of Leo, too; what blocks either of them blocks it
+  $ utm_appctl activate on
+  $ utm_appctl device del mia 02:00:00:00:00:0F
+  utm_appctl: note: 02:00:00:00:00:0F was no device of Mia
+  $ utm_appctl device add leo 02:00:00:00:00:0A
+  utm_appctl: note: 02:00:00:00:00:0A is a device of Mia, too; what blocks either of them blocks it
+  $ utm_appctl debug on
+  $ forget
+  $ utm_appctl device add leo 02:00:00:00:00:0B
+  $ log
+  [socket] Receive cmd type=3
+
+The daemon's own file is written as well, so that a look at it puts nothing off; but not while it is
+older than the daemon, and may have to be read, or nothing has been counted.
+
+  $ file=/tmp/ApplicationData/app_usage.json
+  $ echo old >$file
+  $ touch -d '2 hours ago' $file
+  $ utm_appctl device del mia 02:00:00:00:00:0E
+  utm_appctl: note: 02:00:00:00:00:0E was no device of Mia
+  $ cat $file
+  old
+  $ touch $file
+  $ utm_appctl device del mia 02:00:00:00:00:0E
+  utm_appctl: note: 02:00:00:00:00:0E was no device of Mia
+  $ cat $file
+  old
+  $ use 5
+  $ utm_appctl device del mia 02:00:00:00:00:0E
+  utm_appctl: note: 02:00:00:00:00:0E was no device of Mia
+  $ grep -o '"daily_used":5' $file | head -n 1
+  "daily_used":5
+  $ rm /tmp/household.json
+  $ TMPDIR=/tmp/none utm_appctl device add 4 02:00:00:00:00:0A
+  utm_appctl: cannot create a folder in /tmp/none (No such file or directory); set TMPDIR to another

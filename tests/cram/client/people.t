@@ -75,6 +75,7 @@ A device's address may be written in any usual way.
   $ log
   [socket] Receive cmd type=1
   Create profile 3 success
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=3
   Add dev mac = 02:00:00:00:00:1A to profile 3 success
   [socket] Receive cmd type=3
@@ -137,6 +138,7 @@ Nor is it asked about addresses that no single device has. What another program 
   $ log
   [socket] Receive cmd type=3
   Add dev mac = FF:FF:FF:FF:FF:FF to profile 3 success
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=4
   Del dev FF:FF:FF:FF:FF:FF from profile 3 success
 
@@ -161,9 +163,11 @@ Devices need a profile. After the first refusal no other device is tried.
   utm_appctl: the daemon refused: no such profile; create it with profile add
   [1]
   $ log
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=3
   Add dev to profile 9 failed because profile not exist
   [socket] Receive cmd type=27
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=4
   Del dev from profile 9 failed because profile not exist
   [socket] Receive cmd type=27

@@ -26,11 +26,11 @@ A profile gets one policy, permanently, and no other profile gets the same.
   [1]
   $ utm_appctl policy bind 3 7
   $ utm_appctl policy bind 3 7
-  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; it does not tell which
+  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; which of both it tells only while limits are on
   [1]
   $ utm_appctl profile add 4
   $ utm_appctl policy bind 4 7
-  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; it does not tell which
+  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; which of both it tells only while limits are on
   [1]
 
 Its rules reach the router: a block at once, a limit when it is used up, even one of no minutes.
@@ -174,3 +174,23 @@ The first refusal ends them.
   Add apps to policy 8 failed
   [socket] Receive cmd type=43
   Add apps to policy 8 failed
+
+Who is bound to what can be told while limits are on. A policy is bound for good.
+
+  $ utm_appctl policy bind 3 7
+  utm_appctl: the daemon refused: profile 3 has policy 7 already, for good
+  [1]
+  $ utm_appctl policy create 70
+  $ utm_appctl policy bind 3 70
+  utm_appctl: the daemon refused: profile 3 has policy 7 already, for good
+  [1]
+  $ utm_appctl policy bind 4 7
+  utm_appctl: the daemon refused: policy 7 is that of profile 3, for good
+  [1]
+  $ echo '{"people":[{"number":3,"name":"Mia"}]}' >/tmp/household.json
+  $ utm_appctl policy bind mia 70
+  utm_appctl: the daemon refused: Mia has policy 7 already, for good
+  [1]
+  $ utm_appctl policy bind 4 7
+  utm_appctl: the daemon refused: policy 7 is that of Mia, for good
+  [1]

@@ -37,7 +37,8 @@ The daemon as a whole.
   0000008 78 00 00 00 00 00 00 00
   0000136
 
-People and devices. Several devices are as many requests.
+People and devices. Several devices are as many requests, behind a question whether limits are on:
+only then can the client tell whose devices they are.
 
   $ sent profile add 3
   0000000 01 00 00 00 00 00 00 00
@@ -52,18 +53,20 @@ People and devices. Several devices are as many requests.
   0000280 fd ff ff ff 00 00 00 00
   0000408
   $ sent device add 3 02FE.807F.001A fefefefefefe
-  0000000 03 00 00 00 00 00 00 00
-  0000008 03 00 00 00 02 fe 80 7f
-  0000016 00 1a 00 00 00 00 00 00
+  0000000 2f 00 00 00 00 00 00 00
   0000136 03 00 00 00 00 00 00 00
-  0000144 03 00 00 00 fe fe fe fe
-  0000152 fe fe 00 00 00 00 00 00
-  0000272
+  0000144 03 00 00 00 02 fe 80 7f
+  0000152 00 1a 00 00 00 00 00 00
+  0000272 03 00 00 00 00 00 00 00
+  0000280 03 00 00 00 fe fe fe fe
+  0000288 fe fe 00 00 00 00 00 00
+  0000408
   $ sent device del 3 02-fe-80-7f-00-1a
-  0000000 04 00 00 00 00 00 00 00
-  0000008 03 00 00 00 02 fe 80 7f
-  0000016 00 1a 00 00 00 00 00 00
-  0000136
+  0000000 2f 00 00 00 00 00 00 00
+  0000136 04 00 00 00 00 00 00 00
+  0000144 03 00 00 00 02 fe 80 7f
+  0000152 00 1a 00 00 00 00 00 00
+  0000272
 
 Limits. To show one takes two requests.
 

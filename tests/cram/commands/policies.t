@@ -51,7 +51,7 @@ What a policy blocks is blocked from the moment that a profile has it.
 
   $ utm_appctl policy bind 3 7
   $ utm_appctl policy bind 3 7
-  utm_appctl: the daemon refused: the profile has a policy already, or the policy is another profile's; it does not tell which
+  utm_appctl: the daemon refused: profile 3 has policy 7 already, for good
   [1]
   $ log
   [socket] Receive cmd type=45
@@ -62,6 +62,9 @@ What a policy blocks is blocked from the moment that a profile has it.
   [socket] Receive cmd type=27
   [socket] Receive cmd type=43
   Add apps to policy 7 success
+  [socket] Receive cmd type=47
+  [socket] Receive cmd type=51
+  export to /tmp/utm_appctl.XXXXXX/usage.json success
   $ journal
   lcsh apg acl set 02:00:00:00:00:0A 306 0 18
 
@@ -91,6 +94,11 @@ A device that joins is blocked as the others are, and released when it leaves.
 
   $ utm_appctl device add 3 02:00:00:00:00:0B
   $ log
+  [socket] Receive cmd type=47
+  [socket] Receive cmd type=51
+  export to /tmp/utm_appctl.XXXXXX/usage.json success
+  [socket] Receive cmd type=51
+  export to /tmp/ApplicationData/app_usage.json success
   [socket] Receive cmd type=3
   [WARNING] __block_one_device_to_use_network is not implemented
   Add dev mac = 02:00:00:00:00:0B to profile 3 success
@@ -99,6 +107,11 @@ A device that joins is blocked as the others are, and released when it leaves.
   lcsh apg acl set 02:00:00:00:00:0B 306 0 18
   $ utm_appctl device del 3 02:00:00:00:00:0B
   $ log
+  [socket] Receive cmd type=47
+  [socket] Receive cmd type=51
+  export to /tmp/utm_appctl.XXXXXX/usage.json success
+  [socket] Receive cmd type=51
+  export to /tmp/ApplicationData/app_usage.json success
   [socket] Receive cmd type=4
   Del dev 02:00:00:00:00:0B from profile 3 success
   $ journal

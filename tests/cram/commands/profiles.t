@@ -20,14 +20,19 @@ Profiles and devices. To create what is there, and to remove what is not, is no 
   Create profile 3 success
   [socket] Receive cmd type=1
   Create profile 3 success
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=3
   Add dev mac = 02:00:00:00:00:0A to profile 3 success
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=3
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=3
   Add dev to profile 9 failed because profile not exist
   [socket] Receive cmd type=27
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=4
   Del dev 02:00:00:00:00:0B from profile 3 failed because cannot find dev
+  [socket] Receive cmd type=47
   [socket] Receive cmd type=4
   Del dev from profile 9 failed because profile not exist
   [socket] Receive cmd type=27

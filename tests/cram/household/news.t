@@ -13,9 +13,12 @@ News is what the daemon has logged and what has reached the router, with the tim
   $ utm_appctl device add 1 02:00:00:00:00:1A
   $ utm_appctl limit set 1 30m
   $ utm_appctl limit enable 1
-  $ news
+  $ news | sed 's,/[^ ]*/utm_appctl\.[^ /]*,/tmp/utm_appctl.XXXXXX,'
   16:59  daemon  [socket] Receive cmd type=1
   16:59  daemon  Create profile 1 success
+  16:59  daemon  [socket] Receive cmd type=47
+  16:59  daemon  [socket] Receive cmd type=51
+  16:59  daemon  export to /tmp/utm_appctl.XXXXXX/usage.json success
   16:59  daemon  [socket] Receive cmd type=3
   16:59  daemon  Add dev mac = 02:00:00:00:00:1A to profile 1 success
   16:59  daemon  [socket] Receive cmd type=28

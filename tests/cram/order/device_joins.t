@@ -20,6 +20,11 @@ knows people only, so the journal has to show it.)
   $ evening
   $ utm_appctl device add 1 $phone
   $ log
+  [socket] Receive cmd type=47
+  [socket] Receive cmd type=51
+  export to /tmp/utm_appctl.XXXXXX/usage.json success
+  [socket] Receive cmd type=51
+  export to /tmp/ApplicationData/app_usage.json success
   [socket] Receive cmd type=3
   [WARNING] __block_one_device_to_use_network is not implemented
   Add dev mac = 02:00:00:00:00:1B to profile 1 success

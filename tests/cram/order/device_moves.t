@@ -18,6 +18,7 @@ blocks as well.
 
   $ household
   $ utm_appctl device add 2 $console
+  utm_appctl: note: 02:00:00:00:00:2A is a device of profile 1, too; what blocks either of them blocks it
   $ utm_appctl device del 1 $console
   $ journal
   lcsh apg acl set 02:00:00:00:00:2A 306 0 18
