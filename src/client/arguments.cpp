@@ -180,6 +180,16 @@ bool ctl_has_operand(const ctl_verb &verb, const char *word) {
     return !next.empty();
 }
 
+std::string_view ctl_operand_word(const ctl_verb &verb, size_t place) {
+    const char *synopsis = verb.synopsis;
+    std::string_view word = next_word(&synopsis);
+    for (; place > 0 && !word.ends_with("..."); --place)
+        word = next_word(&synopsis);
+    if (word.ends_with("..."))
+        word.remove_suffix(3);
+    return word.empty() ? word : bare(word);
+}
+
 ctl_exit ctl_read_operands(const ctl_verb &verb, std::span<const char *const> operands,
                            const household_t &household, utm_app_config_cmd *request) {
     const char *synopsis = verb.synopsis;

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 struct ctl_verb;
 
@@ -25,6 +26,10 @@ struct ctl_bounds {
 /// @param word  such as "ID", as the synopsis has it but for brackets and dots
 /// @return whether the verb takes such an operand
 [[nodiscard]] bool ctl_has_operand(const ctl_verb &verb, const char *word);
+
+/// @return the synopsis' word for an operand; the last one's for all that follow it if there can be
+///         any number of them; empty where none can stand
+[[nodiscard]] std::string_view ctl_operand_word(const ctl_verb &verb, size_t place);
 
 /// Reads operands into a request, each as its word in the verb's synopsis says: ID is a person's
 /// name or number and POLICY a number; they go to arg0 or, as the second operand, to arg1, as

@@ -4,7 +4,7 @@
 
 #include "client/message.h"
 #include "client/output.h"
-#include "client/reason.h"
+#include "client/people.h"
 #include "client/text.h"
 #include "client/verbs.h"
 #include "core/clock.h"
@@ -33,15 +33,26 @@ struct app_history {
     int64_t minutes[periods_max];
 };
 
+/// A person's part of the list.
+struct person_history {
+    int32_t number;
+    household_part_t part;
+};
+
 struct history {
     const unit_t *unit;
     time_t now; ///< what "ago" counts from, for every chart alike
+    plain_vector<person_history> people = {};
     plain_vector<app_history> apps = {};
 
-    /// @return the total of all applications
-    app_history sum() const {
+    std::span<const app_history> records(const person_history &person) const {
+        return household_records(apps, person.part);
+    }
+
+    /// @return the total of all of a person's applications
+    app_history sum(const person_history &person) const {
         app_history total = {};
-        for (const app_history &app : apps)
+        for (const app_history &app : records(person))
             for (size_t i = 0; i < unit->periods; ++i)
                 total.minutes[i] += app.minutes[i];
         return total;
@@ -66,21 +77,34 @@ app_history turn_around(const utm_app_config_reply &reply, size_t periods) {
     return app;
 }
 
-ctl_exit read_history(const ctl_call &call, history *of) {
-    const ctl_exit status =
-        ctl_ask_list(call.options.daemon,
-                     {.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE,
-                      .arg0 = call.profile_id(),
-                      .arg1 = of->unit->selector},
-                     "", [of](const utm_app_config_reply &reply) {
-                         return of->apps.size() < ctl_list_max &&
-                                of->apps.add(turn_around(reply, of->unit->periods));
-                     });
-    if (status != CTL_REFUSED)
-        return status;
+/// Adds a person's applications.
+/// @return CTL_REFUSED, without a message, for somebody whom the daemon does not have
+ctl_exit read_person(const ctl_call &call, int32_t number, history *of) {
+    person_history person = {.number = number, .part = {.first = of->apps.size(), .count = 0}};
+    ctl_exit status = ctl_ask_list(
+        call.options.daemon,
+        {.type = UTM_APP_CONFIG_GET_PREV_DAY_USAGE, .arg0 = number, .arg1 = of->unit->selector}, "",
+        [&](const utm_app_config_reply &reply) {
+            return ++person.part.count <= ctl_list_max &&
+                   of->apps.add(turn_around(reply, of->unit->periods));
+        });
     // The daemon refuses the history of a profile that has used nothing yet just as that of one
     // that does not exist; the verb's own question tells them apart.
-    return of->apps.empty() ? ctl_send(call) : ctl_explain(call, call.request);
+    utm_app_config_reply reply = {};
+    if (status == CTL_REFUSED && person.part.count == 0)
+        status = ctl_ask(call.options.daemon, {.type = call.verb.type, .arg0 = number}, &reply, "");
+    return status == CTL_DONE && !of->people.add(person) ? ctl_too_long() : status;
+}
+
+ctl_exit read_history(const ctl_call &call, history *of) {
+    plain_vector<int32_t> numbers;
+    ctl_exit status = ctl_people_meant(call, &numbers);
+    for (size_t i = 0; i < numbers.size() && status == CTL_DONE; ++i) {
+        status = read_person(call, numbers[i], of);
+        if (status == CTL_REFUSED)
+            status = ctl_not_there(call, numbers[i]);
+    }
+    return status;
 }
 
 void fill_label(ctl_cell *label, const history &of, int ago) {
@@ -90,6 +114,14 @@ void fill_label(ctl_cell *label, const history &of, int ago) {
         ctl_fill(label, "%s", ago == 0 ? "this week" : "last week");
     else
         ctl_fill(label, "%d weeks ago", ago);
+}
+
+/// @return the date of a day, or of a week's first: weeks begin on Sunday
+ctl_day_text first_day(const history &of, int ago) {
+    if (of.unit->selector == UTM_APP_CONFIG_PREV_BY_DAY)
+        return ctl_write_day(ctl_local_day(of.now, ago), "%Y-%m-%d");
+    const int weekday = ctl_local_day(of.now, 0).tm_wday;
+    return ctl_write_day(ctl_local_day(of.now, weekday + ago * days_per_week), "%Y-%m-%d");
 }
 
 ctl_exit print_chart(const ctl_call &call, const history &of, const app_history &app) {
@@ -105,30 +137,82 @@ ctl_exit print_chart(const ctl_call &call, const history &of, const app_history 
     return CTL_DONE;
 }
 
-ctl_exit print_chart_per_app(const ctl_call &call, const history &of) {
+/// Prints a chart for each application, below its name and whose it is.
+ctl_exit print_chart_per_app(const ctl_call &call, const history &of, const person_history &person,
+                             bool is_first) {
+    const char *whose = ctl_name_of_person(call, person.number);
     ctl_exit status = CTL_DONE;
-    for (size_t i = 0; i < of.apps.size() && status == CTL_DONE; ++i) {
+    for (const app_history &app : of.records(person)) {
         ctl_cell name = {};
-        ctl_fill_app(&name, call.names, of.apps[i].app_id);
-        printf("%s%s\n", i == 0 ? "" : "\n", name.text);
-        status = print_chart(call, of, of.apps[i]);
+        ctl_fill_app(&name, call.names, app.app_id);
+        printf("%s%s%s%s\n", is_first ? "" : "\n", whose != nullptr ? whose : "",
+               whose != nullptr ? ", " : "", name.text);
+        is_first = false;
+        status = print_chart(call, of, app);
+        if (status != CTL_DONE)
+            break;
     }
     return status;
 }
 
-ctl_exit print_json(const ctl_call &call, const history &of) {
-    ctl_document document;
-    document.add_int("profile", call.profile_id());
-    document.add_text("unit", of.unit->name);
-    document.add_minutes("minutes", of.sum().minutes, of.unit->periods);
-    json_object *apps = document.add_array("applications");
-    for (const app_history &app : of.apps) {
+ctl_exit print_charts(const ctl_call &call, const history &of) {
+    ctl_exit status = CTL_DONE;
+    for (size_t i = 0; i < of.people.size() && status == CTL_DONE; ++i) {
+        const person_history &person = of.people[i];
+        if (call.options.has(CTL_OPTION_APPS) && person.part.count != 0) {
+            status = print_chart_per_app(call, of, person, i == 0);
+            continue;
+        }
+        ctl_print_heading(call, person.number, i == 0);
+        status = print_chart(call, of, of.sum(person));
+    }
+    return status;
+}
+
+void add_history(const ctl_call &call, const history &of, const person_history &person,
+                 ctl_document *document) {
+    document->add_text("unit", of.unit->name);
+    document->add_minutes("minutes", of.sum(person).minutes, of.unit->periods);
+    json_object *apps = document->add_array("applications");
+    for (const app_history &app : of.records(person)) {
         ctl_document element;
         element.add_app(call.names, app.app_id);
         element.add_minutes("minutes", app.minutes, of.unit->periods);
-        document.append(apps, &element);
+        document->append(apps, &element);
     }
-    return document.print();
+}
+
+/// Prints a line for each period.
+/// @param has_app  else it is the total of all applications
+void print_periods_csv(const ctl_call &call, const history &of, int32_t number,
+                       const app_history &minutes, bool has_app, ctl_csv *csv) {
+    for (size_t i = 0; i < of.unit->periods; ++i) {
+        const int ago = static_cast<int>(of.unit->periods - 1 - i);
+        ctl_add_person(csv, call, number);
+        csv->add_text(of.unit->name);
+        csv->add_int(ago);
+        csv->add_text(first_day(of, ago).text);
+        if (has_app) {
+            csv->add_int(minutes.app_id);
+            csv->add_text(ctl_find_name(call.names, minutes.app_id));
+        }
+        csv->add_int(minutes.minutes[i]);
+        csv->end_line();
+    }
+}
+
+ctl_exit print_csv(const ctl_call &call, const history &of) {
+    const bool has_app = call.options.has(CTL_OPTION_APPS);
+    ctl_csv csv(has_app ? "profile,person,unit,ago,date,app,application,minutes"
+                        : "profile,person,unit,ago,date,minutes");
+    for (const person_history &person : of.people) {
+        if (!has_app)
+            print_periods_csv(call, of, person.number, of.sum(person), false, &csv);
+        else
+            for (const app_history &app : of.records(person))
+                print_periods_csv(call, of, person.number, app, true, &csv);
+    }
+    return CTL_DONE;
 }
 
 } // namespace
@@ -141,8 +225,9 @@ ctl_exit ctl_history(const ctl_call &call) {
     if (status != CTL_DONE)
         return status;
     if (call.json())
-        return print_json(call, of);
-    if (call.options.has(CTL_OPTION_APPS) && !of.apps.empty())
-        return print_chart_per_app(call, of);
-    return print_chart(call, of, of.sum());
+        return ctl_print_documents(call, of.people,
+                                   [&](const person_history &person, ctl_document *document) {
+                                       add_history(call, of, person, document);
+                                   });
+    return call.options.has(CTL_OPTION_CSV) ? print_csv(call, of) : print_charts(call, of);
 }

@@ -38,6 +38,7 @@ constexpr operand_form forms[] = {
     {"FILE", "a household file; - is standard input"},
     {"PATH", "a file; but for report it is the daemon that opens it, as root"},
     {"on|off", "yes and no will do, too"},
+    {"WORD", "a word behind utm_appctl; the last one is still being typed"},
 };
 
 constexpr char exit_statuses[] =

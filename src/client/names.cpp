@@ -11,6 +11,9 @@
 
 namespace {
 
+/// The DPI engine's number for what it has not recognised.
+constexpr int32_t unrecognised_app = 0;
+
 constexpr char blanks[] = " \t\r\n";
 
 /// Reads a line's number and name; what is neither blank nor a comment must have both.
@@ -84,7 +87,7 @@ const char *ctl_find_name(const ctl_app_names &names, int32_t app_id) {
     for (const ctl_app_name &entry : names)
         if (entry.app_id == app_id)
             return entry.name;
-    return nullptr;
+    return app_id == unrecognised_app ? "not recognised" : nullptr;
 }
 
 bool ctl_find_app(const ctl_app_names &names, const char *text, int32_t *app_id) {

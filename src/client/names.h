@@ -29,7 +29,7 @@ using ctl_app_names = plain_vector<ctl_app_name>;
 ///         that cannot be opened is reported and skipped
 [[nodiscard]] ctl_exit ctl_read_names(const char *path, ctl_app_names *names);
 
-/// @return the application's name, or null
+/// @return the application's name, or null; application 0 is "not recognised" unless it is named
 [[nodiscard]] const char *ctl_find_name(const ctl_app_names &names, int32_t app_id);
 
 /// Finds an application by its number or, whatever the case, its name.

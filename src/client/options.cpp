@@ -15,17 +15,7 @@ constexpr int32_t timeout_max_s = 3600;
 constexpr int32_t day_max = UTM_APP_CONFIG_PERIOD_OLDEST_DAY;
 constexpr int32_t week_max = UTM_APP_CONFIG_PERIOD_OLDEST_WEEK - UTM_APP_CONFIG_PERIOD_WEEK;
 
-/// One option: the library's table, the help and the manual's test are made from these rows.
-struct option_row {
-    ctl_option bit;
-    const char *name;
-    char letter; ///< or 0
-    int argument_kind;
-    const char *argument; ///< as help shows it
-    const char *help;
-};
-
-constexpr option_row rows[] = {
+constexpr ctl_option_row rows[] = {
     {CTL_OPTION_ASCII, "ascii", 'a', no_argument, "", "draw charts in plain ASCII"},
     {CTL_OPTION_NAMES, "names", 'n', required_argument, " FILE",
      "application names: lines such as \"305 video\""},
@@ -47,6 +37,7 @@ constexpr option_row rows[] = {
     {CTL_OPTION_PRUNE, "prune", 0, no_argument, "", "delete who is not of the household"},
     {CTL_OPTION_RESTORE, "restore", 0, required_argument, " PATH",
      "import a usage file, if nothing was counted"},
+    {CTL_OPTION_CSV, "csv", 0, no_argument, "", "print lines of comma-separated values"},
     {CTL_OPTION_YES, "yes", 'y', no_argument, "", "delete the history, too, without asking"},
     {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
@@ -63,16 +54,16 @@ constexpr int first_value = 1000;
 /// getopt_long's sign for a word that is no option.
 constexpr int operand_value = 1;
 
-const option_row *row_of(int value) {
+const ctl_option_row *row_of(int value) {
     if (value >= first_value)
         return &rows[value - first_value];
-    for (const option_row &row : rows)
+    for (const ctl_option_row &row : rows)
         if (row.letter != 0 && row.letter == value)
             return &row;
     return nullptr;
 }
 
-bool read_bounded(const char *text, const option_row &row, int32_t least, int32_t most,
+bool read_bounded(const char *text, const ctl_option_row &row, int32_t least, int32_t most,
                   int32_t *number) {
     if (spelling_number(text, number) && *number >= least && *number <= most)
         return true;
@@ -81,7 +72,7 @@ bool read_bounded(const char *text, const option_row &row, int32_t least, int32_
     return false;
 }
 
-bool take_option(const option_row &row, ctl_options *options) {
+bool take_option(const ctl_option_row &row, ctl_options *options) {
     options->given |= row.bit;
     switch (row.bit) {
     case CTL_OPTION_SOCKET:
@@ -176,6 +167,10 @@ bool has_more_than_one(unsigned bits) {
 
 } // namespace
 
+std::span<const ctl_option_row> ctl_option_rows() {
+    return rows;
+}
+
 ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
     option longs[row_count + 1];
     char letters[row_count * 2 + 3];
@@ -203,7 +198,7 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
             unit_may_follow = false;
             continue;
         }
-        const option_row *row = row_of(value);
+        const ctl_option_row *row = row_of(value);
         unit_may_follow = row != nullptr && row->bit == CTL_OPTION_HISTORY && optarg == nullptr;
         // The first complaint is the last. What follows may ask for it as a document.
         if (status != CTL_DONE)
@@ -226,6 +221,8 @@ bool ctl_options_agree(const ctl_options &options) {
     if (has_more_than_one(periods))
         ctl_say("--%s and --%s cannot be combined\nGive one of them", ctl_option_name(periods),
                 ctl_option_name(periods & (periods - 1)));
+    else if (options.has(CTL_OPTION_CSV) && options.has(CTL_OPTION_JSON))
+        ctl_say("--csv and --json cannot be combined\nGive one of them");
     else if (periods != 0 && history)
         ctl_say("--%s and --history cannot be combined\nGive one of them",
                 ctl_option_name(periods));
@@ -240,14 +237,14 @@ bool ctl_options_agree(const ctl_options &options) {
 }
 
 const char *ctl_option_name(unsigned bits) {
-    for (const option_row &row : rows)
+    for (const ctl_option_row &row : rows)
         if ((bits & row.bit) != 0)
             return row.name;
     return "";
 }
 
 void ctl_write_options(FILE *out, unsigned bits) {
-    for (const option_row &row : rows) {
+    for (const ctl_option_row &row : rows) {
         if ((bits & row.bit) == 0)
             continue;
         const char letter[] = {'-', row.letter, ',', '\0'};

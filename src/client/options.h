@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <span>
 
 /// A bit per option, so that a verb can say which ones it takes.
 enum ctl_option : unsigned {
@@ -31,6 +32,7 @@ enum ctl_option : unsigned {
     CTL_OPTION_REPAIR = 1U << 21,
     CTL_OPTION_PRUNE = 1U << 22,
     CTL_OPTION_RESTORE = 1U << 23,
+    CTL_OPTION_CSV = 1U << 17,
 };
 
 /// Those that ask for a period; only one may be given.
@@ -54,6 +56,20 @@ struct ctl_options {
 
     bool has(ctl_option option) const { return (given & option) != 0; }
 };
+
+/// One option: the library's table, the help, the completion and the manual's test are made from
+/// such rows.
+struct ctl_option_row {
+    ctl_option bit;
+    const char *name;
+    char letter; ///< or 0
+    int argument_kind;
+    const char *argument; ///< as help shows it
+    const char *help;
+};
+
+/// @return all options, in the order of the help
+[[nodiscard]] std::span<const ctl_option_row> ctl_option_rows();
 
 /// Takes a command line apart. Options may stand anywhere before "--".
 /// @return CTL_DONE, or CTL_USAGE after a message

@@ -19,34 +19,34 @@ namespace {
 bool is_printed = false;
 
 struct widths {
-    size_t of[ctl_table_columns];
+    size_t of[ctl_table_columns_max];
 };
 
 widths widths_of(const ctl_table &table) {
     widths widest = {};
-    for (const ctl_table::row &row : table.rows)
-        for (int i = 0; i < ctl_table_columns; ++i)
-            widest.of[i] = std::max(widest.of[i], text_width(row.cells[i].text));
+    for (size_t i = 0; i < table.cells.size(); ++i) {
+        size_t &width = widest.of[i % static_cast<size_t>(table.columns)];
+        width = std::max(width, text_width(table.cells[i].text));
+    }
     return widest;
 }
 
 /// @return columns up to the last cell with text: a line ends without blanks
-int filled_columns(const ctl_table::row &row) {
-    int count = ctl_table_columns;
-    while (count > 1 && row.cells[count - 1].text[0] == '\0')
+int filled_columns(const ctl_cell *row, int columns) {
+    int count = columns;
+    while (count > 1 && row[count - 1].text[0] == '\0')
         --count;
     return count;
 }
 
-void print_row(const ctl_table::row &row, const widths &widest) {
-    const int count = filled_columns(row);
+void print_row(const ctl_table &table, const ctl_cell *row, const widths &widest) {
+    const int count = filled_columns(row, table.columns);
     for (int i = 0; i < count; ++i) {
-        const char *text = row.cells[i].text;
-        const int padding = static_cast<int>(widest.of[i] - text_width(text));
-        if (i == 0)
-            printf("%s%*s", text, count > 1 ? padding : 0, "");
-        else
-            printf("  %*s%s", padding, "", text);
+        const int padding = static_cast<int>(widest.of[i] - text_width(row[i].text));
+        const bool is_left = (table.left >> i & 1U) != 0;
+        const int behind = is_left && i + 1 < count ? padding : 0;
+        printf("%s%*s%s%*s", i == 0 ? "" : "  ", is_left ? 0 : padding, "", row[i].text, behind,
+               "");
     }
     putchar('\n');
 }
@@ -143,11 +143,17 @@ void print_line(const ctl_bar &bar, const layout &of, const ctl_style &style) {
 } // namespace
 
 ctl_cell *ctl_add_row(ctl_table *table) {
-    static ctl_table::row nowhere;
-    if (table->rows.add({}))
-        return table->rows[table->rows.size() - 1].cells;
-    table->complete = false;
-    return nowhere.cells;
+    static ctl_cell nowhere[ctl_table_columns_max];
+    const size_t first = table->cells.size();
+    for (int i = 0; i < table->columns; ++i)
+        table->complete = table->complete && table->cells.add({});
+    return table->complete ? &table->cells[first] : nowhere;
+}
+
+void ctl_add_texts(ctl_table *table, std::initializer_list<const char *> texts) {
+    ctl_cell *cell = ctl_add_row(table);
+    for (const char *text : texts)
+        ctl_fill(cell++, "%s", text);
 }
 
 void ctl_fill(ctl_cell *cell, const char *format, ...) {
@@ -187,9 +193,46 @@ ctl_exit ctl_print(const ctl_table &table) {
     if (!table.complete)
         return ctl_fail(CTL_BROKEN, "out of memory");
     const widths widest = widths_of(table);
-    for (const ctl_table::row &row : table.rows)
-        print_row(row, widest);
+    const size_t columns = static_cast<size_t>(table.columns);
+    for (size_t first = 0; first < table.cells.size(); first += columns)
+        print_row(table, &table.cells[first], widest);
     return CTL_DONE;
+}
+
+ctl_csv::ctl_csv(const char *heading) {
+    printf("%s\r\n", heading);
+}
+
+void ctl_csv::separate() {
+    if (is_begun_)
+        putchar(',');
+    is_begun_ = true;
+}
+
+void ctl_csv::add_text(const char *text) {
+    separate();
+    if (text == nullptr)
+        return;
+    const bool is_quoted = strpbrk(text, ",\"\r\n") != nullptr;
+    if (is_quoted)
+        putchar('"');
+    for (; *text != '\0'; ++text) {
+        if (*text == '"')
+            putchar('"');
+        putchar(*text);
+    }
+    if (is_quoted)
+        putchar('"');
+}
+
+void ctl_csv::add_int(int64_t value) {
+    separate();
+    printf("%lld", static_cast<long long>(value));
+}
+
+void ctl_csv::end_line() {
+    fputs("\r\n", stdout);
+    is_begun_ = false;
 }
 
 void ctl_document::add(const char *key, json_object *value) {

@@ -7,8 +7,9 @@
 #include "core/vector.h"
 
 #include <cstdint>
+#include <initializer_list>
 
-inline constexpr int ctl_table_columns = 3;
+inline constexpr int ctl_table_columns_max = 6;
 
 struct ctl_cell {
     char text[ctl_name_size + 16];
@@ -23,13 +24,11 @@ void ctl_fill_minutes(ctl_cell *cells, int64_t minutes);
 /// Fills a cell with an application's name, or its number.
 void ctl_fill_app(ctl_cell *cell, const ctl_app_names &names, int32_t app_id);
 
-/// A table of at most `ctl_table_columns` columns, each as wide as its widest cell. The first
-/// column stands left, the others right.
+/// A table, each column as wide as its widest cell.
 struct ctl_table {
-    struct row {
-        ctl_cell cells[ctl_table_columns];
-    };
-    plain_vector<row> rows = {};
+    int columns = 3;   ///< at most `ctl_table_columns_max`
+    unsigned left = 1; ///< a bit for each column that stands left, as the first does
+    plain_vector<ctl_cell> cells = {};
     bool complete = true; ///< false once memory ran out
 };
 
@@ -44,9 +43,29 @@ void ctl_add_minutes(ctl_table *table, const char *name, int64_t minutes);
 /// @param first  what the first column has
 void ctl_add_heading(ctl_table *table, const char *first);
 
+/// Adds a row of texts, one for each column.
+void ctl_add_texts(ctl_table *table, std::initializer_list<const char *> texts);
+
 /// Prints the table on standard output.
 /// @return CTL_DONE, or CTL_BROKEN, after a message, when memory ran out
 [[nodiscard]] ctl_exit ctl_print(const ctl_table &table);
+
+/// Prints a table for other programs as RFC 4180 has it: fields that commas separate, in quotes
+/// where they need them; lines end with CR and LF. The first line names the fields.
+class ctl_csv {
+public:
+    /// @param heading  the fields' names, with commas
+    explicit ctl_csv(const char *heading);
+
+    void add_text(const char *text); ///< null: an empty field
+    void add_int(int64_t value);
+    void end_line();
+
+private:
+    void separate();
+
+    bool is_begun_ = false; ///< the line has a field
+};
 
 /// A bar of a chart: the oldest first, a line each.
 struct ctl_bar {

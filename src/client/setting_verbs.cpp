@@ -2,6 +2,7 @@
 
 #include "client/arguments.h"
 #include "client/output.h"
+#include "client/people.h"
 #include "client/reason.h"
 #include "client/text.h"
 #include "client/verbs.h"
@@ -35,17 +36,18 @@ struct weekday_limit {
 
 using weekday_limits = plain_vector<weekday_limit>;
 
-ctl_exit print_weekdays(const weekday_limits &limits) {
+ctl_exit print_weekdays(const ctl_call &call, const weekday_limits &limits) {
     ctl_table table;
+    ctl_print_heading(call, call.profile_id(), true);
     ctl_add_heading(&table, "DAY");
     for (const weekday_limit &limit : limits)
         ctl_add_minutes(&table, spelling_weekday(limit.day), limit.minutes);
     return ctl_print(table);
 }
 
-ctl_exit print_weekdays_json(int32_t profile_id, const weekday_limits &limits) {
+ctl_exit print_weekdays_json(const ctl_call &call, const weekday_limits &limits) {
     ctl_document document;
-    document.add_int("profile", profile_id);
+    ctl_add_person(&document, call, call.profile_id());
     json_object *days = document.add_array("weekdays");
     for (const weekday_limit &limit : limits) {
         ctl_document day;
@@ -99,12 +101,13 @@ ctl_exit ctl_limit_show(const ctl_call &call) {
         return status;
     const bool is_enabled = enabled.daily_limit_enable != 0;
     if (!call.json()) {
+        ctl_print_heading(call, call.profile_id(), true);
         printf("limit    %d (%s)\nenabled  %s\n", limit.daily_limit,
                ctl_time_of(limit.daily_limit).text, is_enabled ? "yes" : "no");
         return CTL_DONE;
     }
     ctl_document document;
-    document.add_int("profile", call.profile_id());
+    ctl_add_person(&document, call, call.profile_id());
     document.add_bool("enabled", is_enabled);
     document.add_int("limit", limit.daily_limit);
     return document.print();
@@ -120,14 +123,14 @@ ctl_exit ctl_weekday_show(const ctl_call &call) {
         });
     if (status != CTL_DONE)
         return status == CTL_REFUSED ? ctl_explain(call, call.request) : status;
-    return call.json() ? print_weekdays_json(call.profile_id(), limits) : print_weekdays(limits);
+    return call.json() ? print_weekdays_json(call, limits) : print_weekdays(call, limits);
 }
 
 ctl_exit ctl_extend_show(const ctl_call &call) {
     utm_app_config_reply reply = {};
     const ctl_exit status = ctl_ask_each(call, {{call.verb.type, &reply}});
     ctl_document document;
-    document.add_int("profile", call.profile_id());
+    ctl_add_person(&document, call, call.profile_id());
     return status == CTL_DONE ? print_time(call, reply.extend, "extend", &document) : status;
 }
 

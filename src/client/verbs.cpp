@@ -9,9 +9,10 @@ namespace {
 
 using cmd = utm_app_config_cmd;
 
-constexpr unsigned usage_options =
-    CTL_OPTION_ASCII | CTL_OPTION_NAMES | CTL_OPTION_APPS | CTL_OPTION_DAY | CTL_OPTION_YESTERDAY |
-    CTL_OPTION_WEEK | CTL_OPTION_MONTH | CTL_OPTION_HISTORY | CTL_OPTION_DAYS | CTL_OPTION_WEEKS;
+constexpr unsigned usage_options = CTL_OPTION_ASCII | CTL_OPTION_CSV | CTL_OPTION_NAMES |
+                                   CTL_OPTION_APPS | CTL_OPTION_YESTERDAY | CTL_OPTION_DAY |
+                                   CTL_OPTION_WEEK | CTL_OPTION_MONTH | CTL_OPTION_HISTORY |
+                                   CTL_OPTION_DAYS | CTL_OPTION_WEEKS;
 
 // In the order of the help, which groups them. Dispatch, help and the number of operands all come
 // from here; a row without `run` sends one request and shows nothing.
@@ -47,7 +48,12 @@ constexpr ctl_verb verbs[] = {
      .run = ctl_apply},
 
     {.group = "People",
-     .noun = "profile",
+     .noun = "people",
+     .help = "show everybody: used, limit, left, blocked",
+     .example = "people",
+     .options = CTL_OPTION_NAMES,
+     .run = ctl_people},
+    {.noun = "profile",
      .word = "add",
      .synopsis = "ID",
      .help = "create a profile without limits",
@@ -146,7 +152,7 @@ constexpr ctl_verb verbs[] = {
 
     {.group = "Usage",
      .noun = "usage",
-     .synopsis = "ID",
+     .synopsis = "[ID]",
      .help = "show usage: totals, applications or a chart",
      .example = "usage mia --history",
      .options = usage_options,
@@ -218,6 +224,14 @@ constexpr ctl_verb verbs[] = {
      .help = "have the daemon read a usage file",
      .example = "import /tmp/usage.json",
      .type = UTM_APP_CONFIG_IMPORT_STATISTICS},
+
+    {.group = "For shells",
+     .noun = "completion",
+     .synopsis = "WORD...",
+     .help = "print what may stand for the last word",
+     .example = "completion limit s",
+     .options = CTL_OPTION_NAMES,
+     .run = ctl_completion},
 };
 
 } // namespace

@@ -83,9 +83,11 @@ ctl_exit ctl_limit_enable(const ctl_call &call);
 ctl_exit ctl_weekday_show(const ctl_call &call);
 ctl_exit ctl_weekday_set(const ctl_call &call);
 ctl_exit ctl_extend_show(const ctl_call &call);
+ctl_exit ctl_people(const ctl_call &call);
 ctl_exit ctl_usage(const ctl_call &call);
 ctl_exit ctl_history(const ctl_call &call); ///< `usage --history`
 ctl_exit ctl_report(const ctl_call &call);
 ctl_exit ctl_policy_rule(const ctl_call &call);
 ctl_exit ctl_signature_load(const ctl_call &call);
 ctl_exit ctl_interval_show(const ctl_call &call);
+ctl_exit ctl_completion(const ctl_call &call);

@@ -58,6 +58,7 @@ TEST(ClientTable, ThatIsNotCompleteIsNotPrinted) {
 
 /// @return what a document prints, which it does
 std::string print(ctl_document &document) {
+    ctl_said().clear(); // by other tests
     testing::internal::CaptureStdout();
     EXPECT_EQ(document.print(), CTL_DONE);
     return testing::internal::GetCapturedStdout();

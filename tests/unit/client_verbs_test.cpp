@@ -1,10 +1,9 @@
-/// The manual page and the shell's completion have the verbs and options of the command line: all
+/// The manual page and the shells' completion have the verbs and options of the command line: all
 /// of them, and no other.
 
 #include "client/verbs.h"
 
 #include "sim/harness/files.h"
-#include "tests/lib/program.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -79,15 +78,24 @@ words_t options_in_help() {
 
 /// Completes the last of the words that follow "utm_appctl".
 words_t complete(const words_t &words) {
-    const std::string script = "source \"$1\"; shift\n"
-                               "COMP_WORDS=(utm_appctl \"$@\"); COMP_CWORD=$#\n"
-                               "_utm_appctl utm_appctl \"${@: -1}\"\n"
-                               "(( ${#COMPREPLY[@]} == 0 )) || printf '%s\\n' \"${COMPREPLY[@]}\"";
-    words_t command = {"bash", "-c", script, "bash", UTM_SOURCE_DIR "/completion/utm_appctl"};
-    command.insert(command.end(), words.begin(), words.end());
-    const program_end result = run_program(command);
-    EXPECT_EQ(result.status, 0);
-    return sim_split_lines(result.out);
+    std::vector<const char *> operands;
+    for (const std::string &word : words)
+        operands.push_back(word.c_str());
+    const ctl_options options;
+    const ctl_app_names names;
+    const household_t household = {};
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(ctl_completion({.verb = ctl_verbs().front(),
+                              .options = options,
+                              .household = household,
+                              .names = names,
+                              .operands = operands,
+                              .request = {}}),
+              CTL_DONE);
+    words_t offered;
+    for (const std::string &line : sim_split_lines(testing::internal::GetCapturedStdout()))
+        offered.push_back(line.substr(0, line.find('\t')));
+    return offered;
 }
 
 words_t sorted(words_t words) {
@@ -144,8 +152,7 @@ TEST(ClientCompletion, OffersEveryVerbItsOptions) {
     for (const ctl_verb &verb : ctl_verbs()) {
         words_t words = words_of(verb);
         words.push_back("-");
-        EXPECT_EQ(sorted(complete(words)), names_of_options(ctl_options_of(verb)))
-            << name_of(verb);
+        EXPECT_EQ(sorted(complete(words)), names_of_options(ctl_options_of(verb))) << name_of(verb);
     }
     EXPECT_EQ(sorted(complete({"--"})), names_of_options(ctl_common_options));
 }

@@ -27,7 +27,7 @@ Thirty days of history do not go by a slip of the hand. No terminal is here, so 
   Say --yes if it may go; to keep it, export it to a file first
   [2]
   $ utm_appctl usage 3 --json
-  {"profile":3,"today":25,"week":25,"month":25,"enabled":false,"limit":1440,"extend":0,"left":1415}
+  {"profile":3,"person":null,"today":25,"week":25,"month":25,"enabled":false,"limit":1440,"extend":0,"left":1415}
   $ utm_appctl profile del 3 --yes
   $ utm_appctl usage 3
   utm_appctl: the daemon refused: no such profile; create it with profile add
@@ -40,7 +40,7 @@ Neither do earlier days, when there is nothing of today.
   $ use 25 305=20
   $ for day in 02-05 02-12 02-13; do clock set "2030-$day 12:00" && tick; done
   $ utm_appctl usage 3 --json
-  {"profile":3,"today":0,"week":25,"month":25,"enabled":false,"limit":1440,"extend":0,"left":1440}
+  {"profile":3,"person":null,"today":0,"week":25,"month":25,"enabled":false,"limit":1440,"extend":0,"left":1440}
   $ utm_appctl profile del 3
   utm_appctl: the history of profile 3 would be deleted, too
   Say --yes if it may go; to keep it, export it to a file first
@@ -84,7 +84,7 @@ On a terminal it asks.
   utm_appctl: nothing is deleted
   status 1
   $ utm_appctl usage 3 --json
-  {"profile":3,"today":25,"week":25,"month":25,"enabled":false,"limit":1440,"extend":0,"left":1415}
+  {"profile":3,"person":null,"today":25,"week":25,"month":25,"enabled":false,"limit":1440,"extend":0,"left":1415}
   $ typed Yes
   Delete profile 3, and the history of up to thirty days with it? [y/N] Yes
   status 0

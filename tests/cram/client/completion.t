@@ -1,8 +1,24 @@
-What the shell offers for the last word of a command line, which readline has cut into these words.
-(The nouns, verbs and options are compared with the help's by a unit test.)
+What the shells offer for the last word of a command line. The client says what fits, and its unit
+test compares that with the help; no daemon is needed.
+
+  $ export UTM_APPCTL_HOUSEHOLD=$PWD/household.json
+  $ cat >$UTM_APPCTL_HOUSEHOLD <<'END'
+  > {"applications": [{"number": 305, "name": "video"}, {"number": 306, "name": "board games"}],
+  >  "people": [{"number": 3, "name": "Mia"}, {"number": 4, "name": "Mike O'Neill"}]}
+  > END
+  $ utm_appctl completion -- usage mi
+  Mia\t (esc)
+  Mike O'Neill\t (esc)
+  $ utm_appctl completion -- policy rule 7 ''
+  video=\t (esc)
+  board games=\t (esc)
+  $ utm_appctl completion --json -- export ''
+  {"words":[],"files":true}
+
+Bash gets the line from readline, which has cut it into these words.
 
   $ cat >/tmp/complete.sh <<'END'
-  > compopt() { [[ $* == '-o default' ]] && echo 'names of files'; }
+  > compopt() { case $2 in default) echo 'names of files' ;; nospace) echo 'without a blank:' ;; esac; }
   > COMP_WORDBREAKS=${BREAKS-$' \t\n"\'><=;|&(:'}
   > source "$SOURCE/completion/utm_appctl"
   > COMP_WORDS=(utm_appctl "$@")
@@ -48,7 +64,7 @@ Options and their values.
   $ complete usage 3 --history --w
   --week --weeks
   $ complete usage 3 --history --
-  --json --socket --timeout --help --version --ascii --names --household --apps --day --yesterday --week --month --history --days --weeks
+  --ascii --names --household --apps --day --yesterday --week --month --history --days --weeks --csv --json --socket --timeout --help --version
   $ complete usage --history = weeks 3 --as
   --ascii
   $ complete status -t 5 --j
@@ -83,7 +99,7 @@ Nothing is offered where nothing fits.
   $ complete usage 3 --history w
   $ complete usage 3 --history =
   $ complete usage 3 ''
-  $ complete policy rule 7 video
+  $ complete policy rule 7 nothing
   $ complete device add 3 02 : 00 : ''
   $ complete status -t ''
   $ complete status -- -
@@ -101,3 +117,25 @@ Some people take the equals sign out of COMP_WORDBREAKS; then the whole word is 
   $ complete report --names=a
   names of files
   $ complete device add 3 02:00:
+
+Names come whatever the case is, and in a form that bash takes.
+
+  $ unset BREAKS
+  $ complete usage m
+  Mia Mike\ O\'Neill
+  $ complete usage 'mike\ o'
+  Mike\ O\'Neill
+  $ complete usage '"Mik'
+  Mike O'Neill
+  $ complete policy rule 7 'board\ g'
+  without a blank:
+  board\ games=
+  $ complete policy rule 7 'board\ games' = bl
+  block
+
+Without a household there are no names, and nothing is said about it.
+
+  $ UTM_APPCTL_HOUSEHOLD=$PWD/none.json complete usage m
+  $ echo '{' >broken.json
+  $ UTM_APPCTL_HOUSEHOLD=$PWD/broken.json complete limit s
+  show set

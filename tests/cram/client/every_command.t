@@ -21,6 +21,7 @@ line shows what it says to no word, one word, and so on.
   status: right many many many many
   activate: few right many many many
   debug: few right many many many
+  people: right many many many many
   profile add: few right many many many
   profile del: few right many many many
   device add: few few right right right
@@ -34,7 +35,7 @@ line shows what it says to no word, one word, and so on.
   extend show: few right many many many
   extend add: few few right many many
   extend reset: few right many many many
-  usage: few right many many many
+  usage: right right many many many
   report: right right many many many
   policy create: few right many many many
   policy rule: few few right right right
@@ -45,6 +46,7 @@ line shows what it says to no word, one word, and so on.
   interval set: few right many many many
   export: few right many many many
   import: few right many many many
+  completion: few right right right right
 
 An option goes with the commands that take it. With others it is answered with what
 the command takes.
@@ -96,6 +98,7 @@ These are all that each command takes: with any other its answer is of that kind
   status:
   activate:
   debug:
+  people: --names /dev/null -n/dev/null --household /tmp/empty.json
   profile add: --household /tmp/empty.json
   profile del: --household /tmp/empty.json --yes -y
   device add: --household /tmp/empty.json
@@ -120,3 +123,4 @@ These are all that each command takes: with any other its answer is of that kind
   interval set:
   export:
   import:
+  completion: --names /dev/null -n/dev/null --household /tmp/empty.json

@@ -9,7 +9,7 @@ Today's bonus adds up and is taken back.
   $ utm_appctl extend show 3
   75 (1h15m)
   $ utm_appctl extend show 3 --json
-  {"profile":3,"extend":75}
+  {"profile":3,"person":null,"extend":75}
   $ utm_appctl extend reset 3
   $ utm_appctl extend show 3
   0 (0m)

@@ -15,13 +15,13 @@ everything, with the largest number wherever a profile's figures stand.
   extend      2147483647    35791394h7m
   left        2147483647    35791394h7m
   $ utm_appctl -s $fake usage 3 -j
-  {"profile":3,"today":2147483647,"week":4294967294,"month":6442450941,"enabled":true,"limit":2147483647,"extend":2147483647,"left":2147483647}
+  {"profile":3,"person":null,"today":2147483647,"week":4294967294,"month":6442450941,"enabled":true,"limit":2147483647,"extend":2147483647,"left":2147483647}
 
 The smallest ones.
 
   $ figures -2147483648
   $ utm_appctl -s $fake usage 3 -j
-  {"profile":3,"today":-2147483648,"week":-4294967296,"month":-6442450944,"enabled":true,"limit":-2147483648,"extend":-2147483648,"left":0}
+  {"profile":3,"person":null,"today":-2147483648,"week":-4294967296,"month":-6442450944,"enabled":true,"limit":-2147483648,"extend":-2147483648,"left":0}
   $ utm_appctl -s $fake limit show 3
   limit    -2147483648 (-35791394h8m)
   enabled  yes
@@ -38,7 +38,7 @@ Weekdays that do not exist have no name.
   ?     2147483647   35791394h7m
   ?    -2147483648  -35791394h8m
   $ utm_appctl -s $fake weekday show 3 -j
-  {"profile":3,"weekdays":[{"day":99,"name":"?","minutes":2147483647},{"day":-1,"name":"?","minutes":-2147483648}]}
+  {"profile":3,"person":null,"weekdays":[{"day":99,"name":"?","minutes":2147483647},{"day":-1,"name":"?","minutes":-2147483648}]}
 
 Applications of any number add up.
 
@@ -64,6 +64,6 @@ A history of the largest numbers adds up.
   $ entry() { reply 2 80=305 84=2147483647 96=-2147483648; }
   $ { entry; entry; reply 0; } >answer
   $ utm_appctl -s $fake usage 3 --history=weeks -j
-  {"profile":3,"unit":"week","minutes":[-4294967296,0,0,4294967294],"applications":[{"app":305,"name":null,"minutes":[-2147483648,0,0,2147483647]},{"app":305,"name":null,"minutes":[-2147483648,0,0,2147483647]}]}
+  {"profile":3,"person":null,"unit":"week","minutes":[-4294967296,0,0,4294967294],"applications":[{"app":305,"name":null,"minutes":[-2147483648,0,0,2147483647]},{"app":305,"name":null,"minutes":[-2147483648,0,0,2147483647]}]}
 
   $ stop_fake_server

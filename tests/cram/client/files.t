@@ -27,7 +27,7 @@ Usage moves from one life of a profile to the next.
   $ utm_appctl profile del 3 --yes
   $ utm_appctl import /tmp/here/usage.json
   $ utm_appctl usage 3 --apps --json
-  {"profile":3,"unit":"day","ago":0,"applications":[{"app":305,"name":null,"minutes":20}]}
+  {"profile":3,"person":null,"unit":"day","ago":0,"applications":[{"app":305,"name":null,"minutes":20}]}
 
 A file that cannot be is refused.
 

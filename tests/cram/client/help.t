@@ -13,6 +13,7 @@ Help needs no daemon.
     debug on|off                    have the daemon log what it does
   
   People
+    people                          show everybody: used, limit, left, blocked
     profile add ID                  create a profile without limits
     profile del ID                  delete a profile and release its devices
     device add ID MAC...            add devices to a profile
@@ -30,7 +31,7 @@ Help needs no daemon.
     extend reset ID                 cancel today's bonus
   
   Usage
-    usage ID                        show usage: totals, applications or a chart
+    usage [ID]                      show usage: totals, applications or a chart
     report [PATH]                   write an HTML page, of now or of a usage file
   
   Applications
@@ -46,6 +47,9 @@ Help needs no daemon.
     export PATH                     have the daemon write a usage file
     import PATH                     have the daemon read a usage file
   
+  For shells
+    completion WORD...              print what may stand for the last word
+  
   Options (COMMAND --help lists those of a command)
     -a, --ascii                    draw charts in plain ASCII
     -n, --names FILE               application names: lines such as "305 video"
@@ -58,6 +62,7 @@ Help needs no daemon.
         --history                  a chart, of days unless --weeks is given
         --days                     with --history: today and 30 days before
         --weeks                    with --history: this week and 3 before
+        --csv                      print lines of comma-separated values
     -y, --yes                      delete the history, too, without asking
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
@@ -75,6 +80,7 @@ Help needs no daemon.
               applications go by number, or by their name in the household
     PATH      a file; but for report it is the daemon that opens it, as root
     on|off    yes and no will do, too
+    WORD      a word behind utm_appctl; the last one is still being typed
   
   Exit status: 0 done, 1 the daemon refused, 2 wrong usage, 3 no daemon,
   4 timeout, a broken reply, or output that could not be written.
@@ -192,6 +198,17 @@ Each command has help, which ends with the same four options.
     utm_appctl debug on
   
   Options:
+    -j, --json                     print one JSON document
+  Usage: utm_appctl people [OPTIONS]
+  
+    show everybody: used, limit, left, blocked
+  
+  Example:
+    utm_appctl people
+  
+  Options:
+    -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
   Usage: utm_appctl profile add ID [OPTIONS]
   
@@ -369,7 +386,7 @@ Each command has help, which ends with the same four options.
   Options:
         --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
-  Usage: utm_appctl usage ID [OPTIONS]
+  Usage: utm_appctl usage [ID] [OPTIONS]
   
     show usage: totals, applications or a chart
   
@@ -391,6 +408,7 @@ Each command has help, which ends with the same four options.
         --history                  a chart, of days unless --weeks is given
         --days                     with --history: today and 30 days before
         --weeks                    with --history: this week and 3 before
+        --csv                      print lines of comma-separated values
     -j, --json                     print one JSON document
   Usage: utm_appctl report [PATH] [OPTIONS]
   
@@ -516,6 +534,20 @@ Each command has help, which ends with the same four options.
     utm_appctl import /tmp/usage.json
   
   Options:
+    -j, --json                     print one JSON document
+  Usage: utm_appctl completion WORD... [OPTIONS]
+  
+    print what may stand for the last word
+  
+  Operands:
+    WORD      a word behind utm_appctl; the last one is still being typed
+  
+  Example:
+    utm_appctl completion limit s
+  
+  Options:
+    -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
 
 All of it fits into 80 columns.

@@ -13,7 +13,7 @@ Who used nothing has an empty chart.
   last week    0  0m
   this week    0  0m
   $ utm_appctl usage 3 --history=weeks --json
-  {"profile":3,"unit":"week","minutes":[0,0,0,0],"applications":[]}
+  {"profile":3,"person":null,"unit":"week","minutes":[0,0,0,0],"applications":[]}
 
 Two hours on Tuesday, nothing on Wednesday, 45 minutes on Thursday: thirty days and today are a
 chart that ends with today.
@@ -110,7 +110,7 @@ Applications have charts of their own. December is left out here: nothing was us
 The document has the newest day last.
 
   $ utm_appctl usage 3 --history -j
-  {"profile":3,"unit":"day","minutes":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,120,0,45],"applications":[{"app":306,"name":null,"minutes":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,30,0,0]},{"app":305,"name":null,"minutes":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,90,0,45]}]}
+  {"profile":3,"person":null,"unit":"day","minutes":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,120,0,45],"applications":[{"app":306,"name":null,"minutes":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,30,0,0]},{"app":305,"name":null,"minutes":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,90,0,45]}]}
 
 Four weeks are a chart that ends with this one.
 
@@ -142,7 +142,7 @@ A week that is over moves up. This is a Monday.
   Mon 2030-01-07 12:08:00 CET
   $ use 15 306=15
   $ utm_appctl usage 3 --history=weeks --json
-  {"profile":3,"unit":"week","minutes":[0,0,165,15],"applications":[{"app":306,"name":null,"minutes":[0,0,30,15]},{"app":305,"name":null,"minutes":[0,0,135,0]}]}
+  {"profile":3,"person":null,"unit":"week","minutes":[0,0,165,15],"applications":[{"app":306,"name":null,"minutes":[0,0,30,15]},{"app":305,"name":null,"minutes":[0,0,135,0]}]}
 
 Days and weeks are all the units. The daemon is not asked for others.
 
@@ -166,7 +166,7 @@ A unit stands right behind its option; elsewhere it is one operand too many.
   [2]
   $ head -n 3 /tmp/too_many
   utm_appctl: "usage" has too many operands
-  Usage: utm_appctl usage ID; see utm_appctl usage --help
+  Usage: utm_appctl usage [ID]; see utm_appctl usage --help
   $ too_many() {
   >   utm_appctl usage "$@" 2>/tmp/messages && echo accepted
   >   echo "$?"
@@ -179,7 +179,7 @@ A unit stands right behind its option; elsewhere it is one operand too many.
   $ too_many 3 weeks --history
   2
   $ too_many 3 --history -j weeks
-  {"error":"\"usage\" has too many operands. Usage: utm_appctl usage ID; see utm_appctl usage --help"}
+  {"error":"\"usage\" has too many operands. Usage: utm_appctl usage [ID]; see utm_appctl usage --help"}
   2
   $ too_many 3 --history=days weeks
   2

@@ -8,14 +8,14 @@ People go by the names of the household, whatever the case; numbers go on workin
   $ utm_appctl profile add mia
   $ utm_appctl extend add MIA 30m
   $ utm_appctl extend show 3 --json
-  {"profile":3,"extend":30}
+  {"profile":3,"person":"Mia","extend":30}
   $ utm_appctl extend add mia 1h 15m
   $ utm_appctl extend show Mia
   105 (1h45m)
   $ utm_appctl profile add 'leo émile'
   $ utm_appctl weekday set 'Leo Émile' sat,sun 3h
   $ utm_appctl weekday show -j -- -4
-  {"profile":-4,"weekdays":[{"day":0,"name":"Sunday","minutes":180},{"day":1,"name":"Monday","minutes":1440},{"day":2,"name":"Tuesday","minutes":1440},{"day":3,"name":"Wednesday","minutes":1440},{"day":4,"name":"Thursday","minutes":1440},{"day":5,"name":"Friday","minutes":1440},{"day":6,"name":"Saturday","minutes":180}]}
+  {"profile":-4,"person":"Leo \xc3\x89mile","weekdays":[{"day":0,"name":"Sunday","minutes":180},{"day":1,"name":"Monday","minutes":1440},{"day":2,"name":"Tuesday","minutes":1440},{"day":3,"name":"Wednesday","minutes":1440},{"day":4,"name":"Thursday","minutes":1440},{"day":5,"name":"Friday","minutes":1440},{"day":6,"name":"Saturday","minutes":180}]} (esc)
 
 Nobody has such a name.
 

@@ -9,20 +9,20 @@ a command, and keys and types of what it prints.
   > done | uniq >described
   $ commands | diff - described
 
-Somebody has used something, so that no array is empty; and applications have names.
+Somebody has used something, so that no array is empty; and people and applications have names.
 
+  $ export UTM_APPCTL_HOUSEHOLD=/tmp/household.json
+  $ cat >$UTM_APPCTL_HOUSEHOLD <<END
+  > {"applications": [{"number": 305, "name": "video"}, {"number": 306, "name": "games"}],
+  >  "people": [{"number": 3, "name": "Mia", "applications": [{"name": "video", "rule": "45m"}]}]}
+  > END
+  $ utm_appctl activate on
   $ add_mia
-  $ utm_appctl limit enable 3
-  utm_appctl: note: limits are off for everybody; turn them on with activate on
+  $ utm_appctl limit enable mia
   $ use 75 305=60 306=15
-  $ printf '305 video\n306 games\n' >/tmp/names
   $ echo rules >/tmp/signatures
   $ echo '{"people":[{"number":3,"name":"Mia","limit":"2h"}]}' >/tmp/mia.json
-  $ run_row() {
-  >   names=
-  >   case $command in usage*--* | report | "policy rule"*) names='--names /tmp/names' ;; esac
-  >   utm_appctl $command $names --json "$@" >printed 2>messages
-  > }
+  $ run_row() { utm_appctl $command --json "$@" >printed 2>messages; }
   $ while IFS='	' read -r command expected; do
   >   run_row
   >   status=$?
@@ -44,18 +44,18 @@ with which status.
   >   while IFS='	' read -r command expected; do
   >     run_row "$@"
   >     outcome
-  >   done <rows | grep -v '^--version: ' | sort | uniq -c
+  >   done <needing | sort | uniq -c
   > }
 
-A command that nobody knows, or that lacks its operands.
+A command that nobody knows, or that lacks its operands. (Completion takes any words.)
 
-  $ commands | while read -r command; do
+  $ commands | grep -v completion | while read -r command; do
   >   utm_appctl $command --nonsense -j >printed 2>messages
   >   outcome
   >   utm_appctl -j $command one two three four five -- >printed 2>messages
   >   outcome
   > done | sort | uniq -c
-       56 status 2
+       58 status 2
   $ for command in pong limit 'limit raise' '' 'help pong' 'usage 3 --day 99' '--js -t' '-xj' '-jx'; do
   >   utm_appctl -j $command >printed 2>messages
   >   outcome
@@ -72,22 +72,24 @@ A command that nobody knows, or that lacks its operands.
 
 The daemon is not there, refuses, or answers nonsense.
 
+  $ grep -v -e '^--version' -e '^completion' rows >needing
   $ outcomes -s /tmp/nobody
-       30 status 3
+       32 status 3
   $ start_fake_server
   $ reply 1 >answer
   $ outcomes -s $fake
-       30 status 1
+       31 status 1
+        1 usage: no error: {people: [], warnings: [text]}: status 0
   $ : >answer
   $ outcomes -s $fake
-       30 status 4
+       32 status 4
   $ reply 7 >answer
   $ outcomes -s $fake
-       30 status 4
+       32 status 4
   $ { reply 2; reply 2; head -c 100 answer; } >half
   $ mv half answer
   $ outcomes -s $fake
-       30 status 4
+       32 status 4
   $ stop_fake_server
 
 A text from outside is clean, and in one line.
@@ -106,12 +108,12 @@ What is said beside an answer goes along with it.
   $ utm_appctl usage 3 --apps -n /tmp/apps --json
   utm_appctl: /tmp/apps, line 1: expected a number and a name, such as "305 video"; line skipped
   utm_appctl: /tmp/apps, line 2: expected a number and a name, such as "305 video"; line skipped
-  {"profile":3,"unit":"day","ago":0,"applications":[{"app":305,"name":null,"minutes":60},{"app":306,"name":null,"minutes":15}],"warnings":["\/tmp\/apps, line 1: expected a number and a name, such as \"305 video\"; line skipped","\/tmp\/apps, line 2: expected a number and a name, such as \"305 video\"; line skipped"]}
+  {"profile":3,"person":"Mia","unit":"day","ago":0,"applications":[{"app":305,"name":"video","minutes":60},{"app":306,"name":"games","minutes":15}],"warnings":["\/tmp\/apps, line 1: expected a number and a name, such as \"305 video\"; line skipped","\/tmp\/apps, line 2: expected a number and a name, such as \"305 video\"; line skipped"]}
   $ utm_appctl usage 9 --apps -n /tmp/apps --json
   utm_appctl: /tmp/apps, line 1: expected a number and a name, such as "305 video"; line skipped
   utm_appctl: /tmp/apps, line 2: expected a number and a name, such as "305 video"; line skipped
-  utm_appctl: the daemon refused: no such profile; create it with profile add
-  {"error":"the daemon refused: no such profile; create it with profile add","messages":["\/tmp\/apps, line 1: expected a number and a name, such as \"305 video\"; line skipped","\/tmp\/apps, line 2: expected a number and a name, such as \"305 video\"; line skipped","the daemon refused: no such profile; create it with profile add"]}
+  utm_appctl: the daemon refused: no such profile; in the household Mia is 3
+  {"error":"the daemon refused: no such profile; in the household Mia is 3","messages":["\/tmp\/apps, line 1: expected a number and a name, such as \"305 video\"; line skipped","\/tmp\/apps, line 2: expected a number and a name, such as \"305 video\"; line skipped","the daemon refused: no such profile; in the household Mia is 3"]}
   [1]
 
 Help stays text, and a document that cannot be written is no success.

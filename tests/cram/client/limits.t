@@ -10,20 +10,20 @@ Minutes may be written in many ways.
   >   utm_appctl limit set 3 "$text"
   >   utm_appctl limit show 3 --json
   > done
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
-  {"profile":3,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
+  {"profile":3,"person":null,"enabled":false,"limit":90}
 
 At the end of a command the words of a time need no quotes. Others are still one too many.
 
   $ utm_appctl limit set 3 2h 15m
   $ utm_appctl limit show 3 --json
-  {"profile":3,"enabled":false,"limit":135}
+  {"profile":3,"person":null,"enabled":false,"limit":135}
   $ utm_appctl limit set 3 2h 15h
   utm_appctl: "limit set" has too many operands
   Usage: utm_appctl limit set ID MINUTES; see utm_appctl limit set --help
@@ -93,7 +93,7 @@ It is enabled and disabled.
   $ utm_appctl limit enable 3
   utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ utm_appctl limit show 3 --json
-  {"profile":3,"enabled":true,"limit":90}
+  {"profile":3,"person":null,"enabled":true,"limit":90}
 
 A profile whose limit is used up is cut off at once, whichever command makes it so.
 

@@ -12,7 +12,7 @@ A profile without a limit has no time left to show.
   APPLICATION  MINUTES  TIME
   total              0    0m
   $ utm_appctl usage 3 --month --json
-  {"profile":3,"unit":"month","ago":0,"applications":[]}
+  {"profile":3,"person":null,"unit":"month","ago":0,"applications":[]}
 
 Days add up to weeks and months. This is a Tuesday, and 75 minutes of the Wednesday behind it.
 
@@ -22,7 +22,7 @@ Days add up to weeks and months. This is a Tuesday, and 75 minutes of the Wednes
   $ utm_appctl extend add 3 10
   $ use 75 306=75 307=5
   $ utm_appctl usage 3 --json
-  {"profile":3,"today":75,"week":205,"month":205,"enabled":false,"limit":120,"extend":10,"left":55}
+  {"profile":3,"person":null,"today":75,"week":205,"month":205,"enabled":false,"limit":120,"extend":10,"left":55}
   $ utm_appctl limit enable 3
   utm_appctl: note: limits are off for everybody; turn them on with activate on
   $ utm_appctl usage 3
@@ -72,7 +72,7 @@ Each period has its applications.
   307                5     5m
   total            215  3h35m
   $ utm_appctl usage 3 --week 0 -j
-  {"profile":3,"unit":"week","ago":0,"applications":[{"app":306,"name":null,"minutes":120},{"app":305,"name":null,"minutes":90},{"app":307,"name":null,"minutes":5}]}
+  {"profile":3,"person":null,"unit":"week","ago":0,"applications":[{"app":306,"name":null,"minutes":120},{"app":305,"name":null,"minutes":90},{"app":307,"name":null,"minutes":5}]}
   $ for quiet in --day=2 --day=30 --week=1 --week=3; do
   >   utm_appctl usage 3 $quiet
   > done
@@ -95,7 +95,7 @@ names for one number the first holds; empty lines and comments are skipped.
   Caf\xc3\xa9 chat         45    45m (esc)
   total            135  2h15m
   $ utm_appctl usage 3 --day 1 -j -n /tmp/apps
-  {"profile":3,"unit":"day","ago":1,"applications":[{"app":305,"name":"Vid?[31meo","minutes":90},{"app":306,"name":"Caf\xc3\xa9 chat","minutes":45}]} (esc)
+  {"profile":3,"person":null,"unit":"day","ago":1,"applications":[{"app":305,"name":"Vid?[31meo","minutes":90},{"app":306,"name":"Caf\xc3\xa9 chat","minutes":45}]} (esc)
 
 A line without a name is told on standard error and left out.
 
@@ -157,7 +157,7 @@ Yesterday is the day one day ago.
   $ utm_appctl usage 3 --yesterday >/tmp/yesterday
   $ utm_appctl usage 3 --day 1 | cmp - /tmp/yesterday
   $ utm_appctl usage 3 --yesterday --json
-  {"profile":3,"unit":"day","ago":1,"applications":[{"app":305,"name":null,"minutes":90},{"app":306,"name":null,"minutes":45}]}
+  {"profile":3,"person":null,"unit":"day","ago":1,"applications":[{"app":305,"name":null,"minutes":90},{"app":306,"name":null,"minutes":45}]}
 
 Periods do not combine.
 

@@ -4,7 +4,7 @@ Every weekday has a limit of its own. It goes by its name, a short name or its n
   $ utm_appctl profile add 3
   $ utm_appctl weekday set 3 wed 75
   $ utm_appctl weekday show 3 --json
-  {"profile":3,"weekdays":[{"day":0,"name":"Sunday","minutes":1440},{"day":1,"name":"Monday","minutes":1440},{"day":2,"name":"Tuesday","minutes":1440},{"day":3,"name":"Wednesday","minutes":75},{"day":4,"name":"Thursday","minutes":1440},{"day":5,"name":"Friday","minutes":1440},{"day":6,"name":"Saturday","minutes":1440}]}
+  {"profile":3,"person":null,"weekdays":[{"day":0,"name":"Sunday","minutes":1440},{"day":1,"name":"Monday","minutes":1440},{"day":2,"name":"Tuesday","minutes":1440},{"day":3,"name":"Wednesday","minutes":75},{"day":4,"name":"Thursday","minutes":1440},{"day":5,"name":"Friday","minutes":1440},{"day":6,"name":"Saturday","minutes":1440}]}
   $ utm_appctl limit set 3 2h
   $ utm_appctl weekday set 3 0 3h
   $ utm_appctl weekday set 3 Monday 45
@@ -63,9 +63,9 @@ Two profiles keep theirs apart. Today is a Tuesday.
   $ utm_appctl profile add -- -4
   $ utm_appctl weekday set 3 2 90
   $ utm_appctl weekday show 3 -j
-  {"profile":3,"weekdays":[{"day":0,"name":"Sunday","minutes":180},{"day":1,"name":"Monday","minutes":45},{"day":2,"name":"Tuesday","minutes":90},{"day":3,"name":"Wednesday","minutes":120},{"day":4,"name":"Thursday","minutes":120},{"day":5,"name":"Friday","minutes":120},{"day":6,"name":"Saturday","minutes":180}]}
+  {"profile":3,"person":null,"weekdays":[{"day":0,"name":"Sunday","minutes":180},{"day":1,"name":"Monday","minutes":45},{"day":2,"name":"Tuesday","minutes":90},{"day":3,"name":"Wednesday","minutes":120},{"day":4,"name":"Thursday","minutes":120},{"day":5,"name":"Friday","minutes":120},{"day":6,"name":"Saturday","minutes":180}]}
   $ utm_appctl weekday show -j -- -4
-  {"profile":-4,"weekdays":[{"day":0,"name":"Sunday","minutes":1440},{"day":1,"name":"Monday","minutes":1440},{"day":2,"name":"Tuesday","minutes":1440},{"day":3,"name":"Wednesday","minutes":1440},{"day":4,"name":"Thursday","minutes":1440},{"day":5,"name":"Friday","minutes":1440},{"day":6,"name":"Saturday","minutes":1440}]}
+  {"profile":-4,"person":null,"weekdays":[{"day":0,"name":"Sunday","minutes":1440},{"day":1,"name":"Monday","minutes":1440},{"day":2,"name":"Tuesday","minutes":1440},{"day":3,"name":"Wednesday","minutes":1440},{"day":4,"name":"Thursday","minutes":1440},{"day":5,"name":"Friday","minutes":1440},{"day":6,"name":"Saturday","minutes":1440}]}
   $ utm_appctl limit show 3
   limit    90 (1h30m)
   enabled  no

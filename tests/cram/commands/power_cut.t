@@ -23,7 +23,7 @@ Usage survives a power cut when it was exported before, and what was blocked for
   $ daemon start
   $ set_up
   $ utm_appctl usage 1 --json
-  {"profile":1,"today":0,"week":0,"month":0,"enabled":true,"limit":30,"extend":0,"left":30}
+  {"profile":1,"person":null,"today":0,"week":0,"month":0,"enabled":true,"limit":30,"extend":0,"left":30}
   $ forget
   $ utm_appctl import /tmp/ApplicationData/app_usage.json
   $ journal

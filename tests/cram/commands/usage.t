@@ -6,7 +6,7 @@ Usage adds up over minutes and days. Nothing was used yet:
   APPLICATION  MINUTES  TIME
   total              0    0m
   $ utm_appctl usage 3 --history=weeks --json
-  {"profile":3,"unit":"week","minutes":[0,0,0,0],"applications":[]}
+  {"profile":3,"person":null,"unit":"week","minutes":[0,0,0,0],"applications":[]}
 
 Two minutes on Tuesday and one on Wednesday, each of which brings 25 minutes.
 

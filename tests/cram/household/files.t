@@ -25,7 +25,7 @@ The daemon's files are at its own paths, and begin empty.
   [1]
   $ utm_appctl import /tmp/usage.json
   $ utm_appctl usage 1 --json
-  {"profile":1,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
+  {"profile":1,"person":null,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
 
 A shell makes, moves and removes files beside them.
 

@@ -72,9 +72,9 @@ Another household: nobody, or who is in a file.
   > online laptop 17:00 17:04
   > END
   $ utm_sandbox --scenario none sh ./ask.sh
-  {"profile":1,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
+  {"profile":1,"person":null,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
   $ utm_sandbox --scenario one.scenario sh ./ask.sh
-  {"profile":1,"today":4,"week":4,"month":4,"enabled":false,"limit":1440,"extend":0,"left":1436}
+  {"profile":1,"person":null,"today":4,"week":4,"month":4,"enabled":false,"limit":1440,"extend":0,"left":1436}
 
 The commands of a sandbox are for use in one.
 

@@ -28,7 +28,7 @@ limit left her flag as it was, and who has it is not blocked a second time.
   $ utm_appctl limit enable 1
   $ use 30
   $ utm_appctl usage 1 --json
-  {"profile":1,"today":90,"week":90,"month":90,"enabled":true,"limit":60,"extend":0,"left":0}
+  {"profile":1,"person":null,"today":90,"week":90,"month":90,"enabled":true,"limit":60,"extend":0,"left":0}
   $ journal
   $ simrouter blocked
   nothing is blocked
