@@ -15,7 +15,7 @@ ctl_time_text ctl_time_of(int64_t minutes) {
     else if (rest == 0)
         snprintf(time.text, sizeof(time.text), "%s%lluh", sign, hours);
     else
-        snprintf(time.text, sizeof(time.text), "%s%lluh%um", sign, hours, rest);
+        snprintf(time.text, sizeof(time.text), "%s%lluh%02um", sign, hours, rest);
     return time;
 }
 

@@ -4,12 +4,12 @@
 #include <cstdint>
 #include <ctime>
 
-/// Room for a time as text, its NUL included: "-153722867280912930h7m".
+/// Room for a time as text, its NUL included: "-153722867280912930h07m".
 struct ctl_time_text {
-    char text[28];
+    char text[29];
 };
 
-/// @return "1h30m", "2h", "45m", "0m"
+/// @return "1h30m", "2h07m", "2h", "45m", "0m"
 ctl_time_text ctl_time_of(int64_t minutes);
 
 /// A date's text: "Wednesday, 4 March 2026, 12:00" and room for any year.

@@ -27,6 +27,7 @@ struct parsed {
         testing::internal::CaptureStderr();
         status = ctl_parse_options(static_cast<int>(words.size()), argv.data() + 1, &options);
         said = testing::internal::GetCapturedStderr();
+        ctl_said().clear(); // another test's document would repeat it
         for (const char *operand : options.operands)
             operands.emplace_back(operand);
         socket_path = options.daemon.socket_path;

@@ -139,7 +139,7 @@ TEST_F(ClientReport, ShowsTodayAgainstItsAllowance) {
          "<strong title=\"75 min\">1h15m</strong> <span>of 1h15m today</span> "
          "<span class=\"soft\">0m left</span>"},
         {R"(,"thur":60,"daily_used":61)",
-         "<strong title=\"61 min\">1h1m</strong> <span>of 1h today</span> "
+         "<strong title=\"61 min\">1h01m</strong> <span>of 1h today</span> "
          "<span class=\"soft\">1m over</span>"},
         {R"(,"thur":-5,"daily_used":-9)",
          "<strong title=\"0 min\">0m</strong> <span>of 0m today</span> "
@@ -250,7 +250,7 @@ TEST_F(ClientReport, NamesTheDaysOnBothSidesOfAChangeOfTheClocks) {
     EXPECT_EQ(days.substr(0, days.find("Sun 27 Sep")),
               "Fri 25 Sep: 1h42m (102 min)\nSat 26 Sep: 1h43m (103 min)\n");
     EXPECT_EQ(days.substr(days.find("Thu 22 Oct")),
-              "Thu 22 Oct: 2h9m (129 min)\nFri 23 Oct: 1h40m (100 min)\n"
+              "Thu 22 Oct: 2h09m (129 min)\nFri 23 Oct: 1h40m (100 min)\n"
               "Sat 24 Oct: 1h41m (101 min)\ntoday: 9m (9 min)\n");
     EXPECT_EQ(count(days, "\n"), 31U);
 }

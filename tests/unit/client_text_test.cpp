@@ -10,10 +10,10 @@ TEST(ClientTimes, AreWrittenWithoutPartsOfNothingAndReadAgain) {
     const std::pair<const char *, int32_t> cases[] = {{"0m", 0},
                                                       {"59m", 59},
                                                       {"1h", 60},
-                                                      {"1h1m", 61},
+                                                      {"1h01m", 61},
                                                       {"23h59m", 1439},
                                                       {"24h", 1440},
-                                                      {"35791394h7m", 2147483647}};
+                                                      {"35791394h07m", 2147483647}};
     for (const auto &[text, minutes] : cases) {
         EXPECT_STREQ(ctl_time_of(minutes).text, text);
         int32_t read = -1;
@@ -23,8 +23,8 @@ TEST(ClientTimes, AreWrittenWithoutPartsOfNothingAndReadAgain) {
     EXPECT_STREQ(ctl_time_of(-1).text, "-1m");
     EXPECT_STREQ(ctl_time_of(-60).text, "-1h");
     EXPECT_STREQ(ctl_time_of(-90).text, "-1h30m");
-    EXPECT_STREQ(ctl_time_of(INT64_MAX).text, "153722867280912930h7m");
-    EXPECT_STREQ(ctl_time_of(INT64_MIN).text, "-153722867280912930h8m");
+    EXPECT_STREQ(ctl_time_of(INT64_MAX).text, "153722867280912930h07m");
+    EXPECT_STREQ(ctl_time_of(INT64_MIN).text, "-153722867280912930h08m");
 }
 
 TEST(ClientDays, LieSoManyDaysBeforeATime) {
