@@ -8,8 +8,7 @@ usage=/tmp/ApplicationData/app_usage.json
 saved=/etc/utm_appd/app_usage.json
 victim=/etc/victim # a file that nobody but its owner may change
 pending=/var/run/utm_appd/to_restore.json
-waiting=/var/run/utm_appd/waiting
-counted=/var/run/utm_appd/counted.json
+by_sections=/var/run/utm_appd/household.json
 init=/etc/init.d/utm_appd
 failures=0
 
@@ -17,7 +16,8 @@ failures=0
 
 fresh_router() {
     clear_memory
-    rm -rf /etc/utm_appd $victim* /test/transcript /test/after_export /test/stderr
+    rm -rf /etc/utm_appd $victim* /test/transcript /test/after_export /test/stderr /test/service*
+    rm -f /test/config.md5
     mkdir -p /etc/utm_appd
     : >/test/transcript
     configure
@@ -26,7 +26,7 @@ fresh_router() {
 # What a reboot does to files.
 clear_memory() {
     rm -rf /tmp/* /dev/utm_app_config_socket
-    mkdir -p /tmp/run /tmp/sim
+    mkdir -p /tmp/run /tmp/lock /tmp/sim
 }
 
 # configure [OPTION VALUE]...
@@ -36,6 +36,29 @@ configure() {
         echo "	option $1 '$2'" >>/etc/config/utm_appd
         shift 2
     done
+}
+
+# A household of one, by sections: profile 3 may use two hours a day.
+add_mia() {
+    cat >>/etc/config/utm_appd <<'END'
+config person 'mia'
+	option number '3'
+	option name 'Mia'
+
+config device
+	option person 'mia'
+	option mac '02:00:00:00:00:1A'
+
+config limit
+	option person 'mia'
+	option time '2h'
+END
+}
+
+# A front end of the firmware's own, which needs no household.
+switch_on_at_the_start() {
+    printf '%s\n' '#!/bin/sh' 'utm_appctl activate on' >/etc/utm_appd/started
+    chmod +x /etc/utm_appd/started
 }
 
 daemon_pids() {
@@ -139,66 +162,6 @@ let_uptime_pass() {
     mount -o bind /tmp/uptime /proc/uptime
 }
 
-# A household of one, by the simulated statistics service: ten minutes of video, ten of games.
-people_use_the_network_in_1970() {
-    cat >/tmp/sim/scenario <<END
-date 1970-01-05
-person mia 3 Mia
-device tablet mia 02:00:00:00:00:1A Mia's tablet
-app video 305 video
-app games 412 games
-use tablet video 12:05 12:15
-use tablet games 12:15 12:25
-END
-}
-
-# application ID TODAY WEEK MONTH NEXT RING: a record as the daemon writes it
-application() {
-    printf '{"app_id":%s,"daily_used":%s,"weekly_used":%s,"monthly_used":%s,' "$1" "$2" "$3" "$4"
-    printf '"next_day_idx":%s,"prev_30_days":[%s]}' "$5" "$6"
-}
-
-# document TODAY VIDEO GAMES WRITTEN: what profile 3 has used, as the daemon writes it. GAMES is the
-# record of another application, or empty.
-document() {
-    video=$(application 305 "$2" 6 7 4 "$(seq -s , 1 30)")
-    printf '{"user_profile_list":[{"user_profile_id":3,"mon":1440,"tues":1440,"wed":1440,'
-    printf '"thur":1440,"fri":1440,"sat":1440,"sun":1440,"daily_extend":0,"daily_used":%s,' "$1"
-    printf '"weekly_used":100,"monthly_used":200,"blocked":0,'
-    printf '"app_stat_list":[%s],' "${3:+$3,}$video"
-    printf '"device_list":["02:00:00:00:00:1A"]}],"timestamp":%s,' "$4"
-    printf '"global_stat":[%s]}\n' "$video${3:+,$3}"
-}
-
-games=$(application 412 10 0 0 0 "$(yes 0 | head -n 30 | tr '\n' , | sed 's/,$//')")
-
-boot_in_1970() {
-    configure activate 1
-    document 42 5 "" "$(local_time '2026-03-04 11:00')" >$saved
-    cp $saved /tmp/before
-    people_use_the_network_in_1970
-    start_clock_at '1970-01-05 12:00'
-    start_and_settle
-    ask profile add 3
-    ask device add 3 02:00:00:00:00:1a
-    ask interval set 1
-    until_true 10 asleep
-    pass 30
-}
-
-# The minute in which the clock is set closes the day in 1970, over whatever has been imported.
-time_arrives() {
-    put 0 "$(local_time "$1")"
-    until_true 20 told "the time is known:" || check "the watch sees it" yes no
-    pass 1
-    let_uptime_pass 180
-}
-
-exported_now() {
-    ask export /tmp/now
-    sed "s/\"timestamp\":[0-9]*/\"timestamp\":T/" /tmp/now
-}
-
 # --- comparing
 
 check() { # WHAT WANTED GOT
@@ -226,11 +189,11 @@ check_transcript_without_procd() {
 }
 
 nothing_runs() {
-    [ -z "$(daemon_pids)$(pidof utm_appd_watch)" ]
+    [ -z "$(daemon_pids)$(pidof utm_appd_watch)$(watch_pids)" ]
 }
 
 check_gone() {
-    check "nothing runs" "" "$(daemon_pids)$(pidof utm_appd_watch)"
+    check "nothing runs" "" "$(daemon_pids)$(pidof utm_appd_watch)$(watch_pids)"
 }
 
 case_of() { # NAME: starts it
@@ -242,7 +205,7 @@ case_of() { # NAME: starts it
     rm -f /test/procd.pid
     stop_clock
     umount /proc/uptime 2>/dev/null
-    for process in $(pidof utm_appd_watch) $(daemon_pids); do
+    for process in $(pidof utm_appd_watch flock) $(daemon_pids); do
         kill -9 "$process"
     done
     killall -9 sleep 2>/dev/null
@@ -262,16 +225,17 @@ case_of() { # NAME: starts it
 not_root_s="is not root's own: moved to"
 came_up="utm_appd daemon.notice: utm_appd has started"
 started="procd: command /usr/sbin/utm_appd_watch run
-procd: respawn 3600 10 0
+procd: respawn 3600 5 0
 procd: stderr 1
-procd: term_timeout 140
+procd: trigger utm_appd
 $came_up"
 
-switched_on="utm_appctl --timeout 20 activate on: 0"
-asked_status="utm_appctl --timeout 20 status --json: 0"
-restored="utm_appctl --timeout 20 import $pending: 0
+switched_on="utm_appctl activate on: 0"
+restored="utm_appctl --timeout 60 import $pending: 0
 utm_appd daemon.notice: restored what was used"
-exported="utm_appctl --timeout 20 export $usage: 0"
+exported="utm_appctl --timeout 5 export $usage: 0"
+limits_are_off="utm_appctl --timeout 5 export $usage: 1
+utm_appd daemon.info: limits are off: the last file is all there is to save"
 was_saved="utm_appd daemon.notice: saved what was used to $saved"
 ended="utm_appd daemon.notice: utm_appd has ended"
 
@@ -279,15 +243,20 @@ start_and_settle() {
     $init start
     check "start" 0 $?
     # What comes after the answer: a hook, switching on, restoring.
-    until_true 10 watch_naps || check "the watch waits for the end" yes no
+    until_true 10 watch_waits || check "the watch waits for the end" yes no
 }
 
-# Its child sleeps for as long as it does between two looks.
-watch_naps() {
-    for process in $(pidof sleep); do
-        [ "$(tr '\0' ' ' <"/proc/$process/cmdline")" != "sleep 5 " ] || return 0
+# All that is left of it then is a program that waits for the lock.
+watch_waits() {
+    [ -n "$(watch_pids)" ]
+}
+
+watch_pids() {
+    for process in $(pidof flock); do
+        case $(tr '\0' ' ' <"/proc/$process/cmdline") in
+        *"utm_appd_watch ended "*) echo "$process" ;;
+        esac
     done 2>/dev/null
-    return 1
 }
 
 modes_of_folders() {
@@ -329,8 +298,42 @@ END
     chmod +x /test/after_export
 }
 
-no_watch() {
-    ! pidof utm_appd_watch >/dev/null
+mode_of_socket() {
+    stat -c '%A %u %g' /dev/utm_app_config_socket
+}
+
+switched_on_twice() {
+    [ "$(grep -c "lcsh apg on" /tmp/sim/journal)" = 2 ]
+}
+
+# apply_line [OPTION...]: how the household of the sections is applied
+apply_line() {
+    echo "utm_appctl --timeout 60 apply $by_sections${1:+ $*}"
+}
+
+# Without what the client says for people: the client's own tests have that.
+check_transcript_without_words() {
+    sed -i '/^utm_appd daemon.info: /d' /test/transcript
+    check_transcript_without_procd
+}
+
+# The minutes of today that a person may use, or nothing where there is no such person.
+limit_of() {
+    ask limit show "$1" --json 2>/dev/null | sed -n 's/.*"limit": *\([0-9]*\).*/\1/p'
+}
+
+# Nothing that a command has left running keeps the next one waiting.
+check_lock_is_free() {
+    check "$1: the lock" free "$(flock -w 5 /var/lock/procd_utm_appd.lock echo free)"
+}
+
+daemon_runs() {
+    [ -n "$(daemon_pids)" ]
+}
+
+feed_test() {
+    sh /test/test.sh "$@" 2>&1
+    echo "status $?"
 }
 
 # --- the cases
@@ -341,6 +344,8 @@ a_fresh_start_creates_the_folder_and_waits_for_the_socket() {
     check "folder" "" "$(ls -A /tmp/ApplicationData)"
     check "whose" "drwx------ drwx------" "$(modes_of_folders)"
     check "one daemon" 1 "$(daemon_pids | wc -l)"
+    check "who may" "srw------- 0 0" "$(mode_of_socket)"
+    check "running" 0 "$($init running; echo $?)"
     check_transcript <<END
 $started
 END
@@ -366,10 +371,8 @@ a_save_and_a_stop_save_what_was_used_and_a_stop_lifts_blocks() {
     check "the router" "lcsh apg acl set 02:00:00:00:00:1A 306 0 18
 lcsh apg acl reset 02:00:00:00:00:1A" "$(grep 'acl' /tmp/sim/journal)"
     check_transcript <<END
-$asked_status
 $exported
 $was_saved
-$asked_status
 $exported
 $was_saved
 $ended
@@ -383,14 +386,14 @@ a_stop_saves_nothing_while_limits_are_off() {
     check_gone
     check "files" "" "$(find /etc/utm_appd /tmp/ApplicationData -type f)"
     check_transcript <<END
-$asked_status
-utm_appd daemon.info: limits are switched off: nothing to save
+$limits_are_off
 $ended
 END
 }
 
 a_copy_that_is_not_wanted_is_neither_read_nor_written() {
-    configure save 0 activate 1
+    configure save 0
+    switch_on_at_the_start
     usage_of 42 >$saved
     start_and_settle
     check "to restore" "no" "$([ -e $pending ] || echo no)"
@@ -399,7 +402,6 @@ a_copy_that_is_not_wanted_is_neither_read_nor_written() {
     $init stop
     check "saved" "42" "$(used_in $saved)"
     check_transcript <<END
-$asked_status
 $exported
 $ended
 END
@@ -418,7 +420,6 @@ a_signal_lost_to_a_command_line_is_sent_again() {
     wait
     check_gone
     check_transcript <<END
-$asked_status
 $exported
 $was_saved
 utm_appd daemon.info: utm_appd has not ended yet: asking again every second
@@ -436,7 +437,6 @@ a_daemon_that_cannot_end_is_killed() {
     check_gone
     touch /tmp/never
     check_transcript <<END
-$asked_status
 $exported
 $was_saved
 utm_appd daemon.info: utm_appd has not ended yet: asking again every second
@@ -445,7 +445,7 @@ END
 }
 
 a_boot_brings_back_what_was_saved() {
-    configure activate 1
+    switch_on_at_the_start
     usage_of 42 >$saved
     start_and_settle
     check "used" 42 "$(used_today)"
@@ -453,7 +453,6 @@ a_boot_brings_back_what_was_saved() {
     check_transcript <<END
 $started
 $switched_on
-$asked_status
 $restored
 END
     $init shutdown
@@ -477,8 +476,7 @@ the_front_end_restores_after_switching_on() {
     check "once more" 0 $?
     check_transcript <<END
 $started
-$asked_status
-utm_appctl --timeout 20 import $pending: 1
+utm_appctl --timeout 60 import $pending: 1
 utm_appd daemon.err: not restored: the import failed; keeping $pending
 $restored
 utm_appd daemon.info: nothing to restore
@@ -497,7 +495,6 @@ $started
 utm_appctl profile add 3: 0
 utm_appctl activate on: 0
 utm_appd daemon.warning: /etc/utm_appd/started failed with status 4
-$asked_status
 $restored
 END
 }
@@ -512,8 +509,7 @@ a_stop_does_not_wait_for_the_hook() {
     check_gone
     check "hook" "gone" "$([ -e "/proc/$(cat /tmp/hook)/exe" ] || echo gone)"
     check_transcript <<END
-$asked_status
-utm_appd daemon.info: limits are switched off: nothing to save
+$limits_are_off
 $ended
 END
 }
@@ -528,9 +524,8 @@ what_nobody_imported_is_not_lost() {
     check "the old" 42 "$(used_in $saved.unrestored)"
     check "the new" 0 "$(used_in $saved)"
     check_transcript <<END
-$asked_status
 $exported
-utm_appd daemon.warning: what was used before the start has not been restored; keeping it as $saved.unrestored
+utm_appd daemon.warning: what was used before the start is kept, not restored, as $saved.unrestored
 $was_saved
 $ended
 END
@@ -538,14 +533,14 @@ END
 
 # A folder whose place is taken by a file cannot be written, not even by root.
 a_folder_that_cannot_be_written_keeps_nobody_from_stopping() {
-    configure activate 1 folder /etc/utm_appd/taken
+    configure folder /etc/utm_appd/taken
+    switch_on_at_the_start
     touch /etc/utm_appd/taken
     start_and_settle
     transcript >/dev/null
     $init stop
     check_gone
     check_transcript <<END
-$asked_status
 $exported
 utm_appd daemon.err: not saved: cannot write /etc/utm_appd/taken/app_usage.json
 $ended
@@ -553,8 +548,8 @@ END
 }
 
 a_full_flash_leaves_the_old_copy() {
-    configure activate 1
     mount -t tmpfs -o size=16k tmpfs /etc/utm_appd
+    switch_on_at_the_start
     usage_of 42 >$saved
     start_and_settle
     dd if=/dev/urandom of=/etc/utm_appd/full bs=1024 count=64 2>/dev/null ||
@@ -564,9 +559,9 @@ a_full_flash_leaves_the_old_copy() {
     check_gone
     check "old" 42 "$(used_in $saved)"
     check "files" "$saved
-/etc/utm_appd/full" "$(find /etc/utm_appd -type f | sort)"
+/etc/utm_appd/full
+/etc/utm_appd/started" "$(find /etc/utm_appd -type f | sort)"
     check_transcript <<END
-$asked_status
 $exported
 utm_appd daemon.err: not saved: cannot write $saved
 $ended
@@ -575,12 +570,13 @@ END
 }
 
 a_crash_is_noticed_and_mended() {
-    configure activate 1
+    switch_on_at_the_start
     usage_of 42 >$saved
     start_and_settle
     killed=$(daemon_pids)
     transcript >/dev/null
     kill -KILL "$killed"
+    until_true 1 told "utm_appd is gone" || check "it is noticed at once" yes no
     until_true 20 told "restored what was used"
     check "used" 42 "$(used_today)"
     check "another" 1 "$(daemon_pids | grep -cvx "$killed")"
@@ -589,7 +585,6 @@ utm_appd daemon.err: utm_appd is gone; what it had blocked stays blocked until i
 procd: the instance has ended with status 1
 utm_appd daemon.notice: utm_appd has started
 $switched_on
-$asked_status
 $restored
 END
 }
@@ -599,33 +594,17 @@ a_watch_that_was_killed_finds_the_daemon_again() {
     ask activate on
     before=$(daemon_pids)
     transcript >/dev/null
-    kill -KILL "$(pidof utm_appd_watch)"
-    until_true 10 told "watching it as it is"
+    chmod 0777 /dev/utm_app_config_socket
+    kill -KILL "$(watch_pids)"
+    until_true 10 told "watching it"
+    until_true 10 watch_waits
     check "the same daemon" "$before" "$(daemon_pids)"
+    check "who may" "srw------- 0 0" "$(mode_of_socket)"
     $init stop
     check_gone
     check_transcript <<END
 procd: the instance has ended with status 137
-utm_appd daemon.warning: utm_appd runs already: watching it as it is
-$asked_status
-$exported
-$was_saved
-$ended
-END
-}
-
-# As when procd itself ends the instance, or when the system goes down without the script.
-sigterm_to_the_watch_is_a_stop() {
-    configure activate 1
-    start_and_settle
-    transcript >/dev/null
-    kill -KILL "$(cat /test/procd.pid)"
-    kill -TERM "$(pidof utm_appd_watch)"
-    until_true 10 told "has ended"
-    until_true 10 no_watch
-    check_gone
-    check_transcript <<END
-$asked_status
+utm_appd daemon.warning: utm_appd runs already: watching it
 $exported
 $was_saved
 $ended
@@ -638,9 +617,267 @@ a_daemon_without_a_watch_is_stopped_as_well() {
     $init stop
     check_gone
     check_transcript <<END
-$asked_status
-utm_appd daemon.info: limits are switched off: nothing to save
+$limits_are_off
 $ended
+END
+}
+
+# It takes the socket over from the first, and both count.
+a_stop_ends_every_daemon() {
+    start_and_settle
+    /usr/sbin/utm_appd
+    check "daemons" 2 "$(daemon_pids | wc -l)"
+    $init stop
+    check_gone
+}
+
+# Nobody could wait for the end of one that does not hold the lock.
+a_daemon_that_somebody_else_has_started_is_replaced() {
+    switch_on_at_the_start
+    /usr/sbin/utm_appd
+    before=$(daemon_pids)
+    ask activate on
+    ask profile add 3
+    start_and_settle
+    check "one daemon" 1 "$(daemon_pids | grep -cvx "$before")"
+    check "what it knew" 0 "$(used_in $usage)"
+    check_transcript_without_procd <<END
+utm_appd daemon.warning: utm_appd was started by somebody else: ending it
+utm_appctl --timeout 60 export $usage: 0
+$ended
+$came_up
+$switched_on
+$restored
+END
+}
+
+# As while a statistics service hangs. The transcript is in the order of the answers.
+a_daemon_that_is_slow_to_answer_is_waited_for() {
+    switch_on_at_the_start
+    usage_of 42 >$saved
+    start_and_settle
+    ask export $usage
+    rm $saved
+    transcript >/dev/null
+    echo "/tmp/open lcsh apg on" >/tmp/sim/gate
+    /usr/bin/utm_appctl activate off
+    /usr/bin/utm_appctl --timeout 60 activate on &
+    until_true 10 switched_on_twice
+    $init stop &
+    until_true 20 told "saved what was used" || check "the last file is saved" yes no
+    check "the last file" 42 "$(used_in $saved)"
+    touch /tmp/open
+    until_true 20 told "has ended"
+    until_true 10 nothing_runs
+    check_gone
+    check_transcript <<END
+utm_appctl --timeout 5 export $usage: 4
+utm_appd daemon.warning: utm_appd does not answer soon: saving the last file that it has written
+$was_saved
+utm_appctl --timeout 60 export $usage: 0
+$was_saved
+$ended
+END
+}
+
+what_a_daemon_that_is_gone_has_written_is_saved() {
+    switch_on_at_the_start
+    usage_of 42 >$saved
+    start_and_settle
+    rm $saved
+    kill -KILL "$(cat /test/procd.pid)" "$(watch_pids)" "$(daemon_pids)"
+    until_true 10 nothing_runs
+    $init stop
+    check "saved" 42 "$(used_in $saved)"
+}
+
+# A power cut may leave half of it where the folder is on flash.
+a_usage_file_that_is_torn_makes_way_for_the_saved_one() {
+    switch_on_at_the_start
+    usage_of 42 >$saved
+    mkdir -m 0700 /tmp/ApplicationData
+    usage_of 99 | cut -c 1-20 >$usage
+    torn=$(cat $usage)
+    start_and_settle
+    check "used" 42 "$(used_today)"
+    check "the torn one" "$torn" "$(cat $saved.unrestored)"
+    check "to restore" "no" "$([ -e $pending ] || echo no)"
+    check_transcript <<END
+$started
+$switched_on
+utm_appctl --timeout 60 import $pending: 1
+utm_appctl --timeout 60 import $saved: 0
+utm_appd daemon.warning: restored what was saved as $saved: what was used since is lost
+utm_appd daemon.warning: what was used before the start is kept, not restored, as $saved.unrestored
+END
+}
+
+# Whatever stays running, a hook or a daemon, would have the lock if it were left to it.
+no_command_keeps_the_next_one_waiting() {
+    printf '%s\n' '#!/bin/sh' 'exec sleep 1000' >/etc/utm_appd/started
+    chmod +x /etc/utm_appd/started
+    for command in start reload save restore running stop; do
+        $init $command
+        check_lock_is_free $command
+    done
+}
+
+an_upgrade_saves_what_was_used_and_keeps_it() {
+    switch_on_at_the_start
+    start_and_settle
+    ask profile add 3
+    transcript >/dev/null
+    rm -f $saved
+    # What sysupgrade does: its own list first, then whatever a package adds.
+    sysupgrade_init_conffiles=list_of_the_system
+    # shellcheck disable=SC2317
+    list_of_the_system() {
+        echo /etc/config/utm_appd >"$1"
+        echo /etc/utm_appd/started >>"$1"
+    }
+    # shellcheck source=package/openwrt/files/utm_appd.upgrade
+    . /lib/upgrade/utm_appd.sh
+    said=$(for hook in $sysupgrade_init_conffiles; do "$hook" /tmp/list; done)
+    check "what it says" "" "$said"
+    check "the list" "/etc/config/utm_appd
+$saved
+/etc/utm_appd/started" "$(cat /tmp/list)"
+    check "used" 0 "$(used_in $saved)"
+    check "what is kept without it" /etc/utm_appd/ "$(cat /lib/upgrade/keep.d/utm_appd)"
+    check_transcript <<END
+$exported
+$was_saved
+END
+}
+
+the_sections_make_a_household() {
+    cat >/etc/config/utm_appd <<'END'
+config utm_appd
+	option limits 'no'
+	option threshold '50000'
+	list free 'school.example'
+	list free '192.0.2.0/24'
+
+config application 'video'
+	option number '305'
+
+config application
+	option number '306'
+	option name 'Games & more'
+
+config person 'mia'
+	option number '1'
+	option name 'Mia'
+	option paused 'on'
+
+config device
+	option person 'mia'
+	option mac '02:00:00:00:00:1A'
+	option name 'Mia'\''s "new"  tablet, für $HOME \ `id`'
+
+config device 'pc'
+	option mac '02:00:00:00:00:1B'
+	option name ''
+	option person 'mia'
+
+config limit
+	option person 'mia'
+	option time '2h'
+
+config limit
+	option person 'mia'
+	list days 'sat'
+	list days 'sun'
+	option time '3h'
+
+config rule
+	option person 'mia'
+	option application 'video'
+	option rule '45m'
+
+config bedtime
+	option person 'mia'
+	option from '20:30'
+	option to '07:00'
+
+config school
+	option person 'mia'
+	option days 'weekdays'
+	option from '08:00'
+	option to '13:00'
+
+config person 'oma'
+	option name 'Oma Änne'
+	option enforced 'off'
+
+config person 'tom'
+	option number '1o'
+END
+    # shellcheck disable=SC2016 # nothing in a name is expanded
+    check "document" '{ "limits": false, "threshold": 50000, "free": [ "school.example", '\
+'"192.0.2.0/24" ], "applications": [ { "number": 305, "name": "video" }, { "number": 306, "name": '\
+'"Games & more" } ], "people": [ { "number": 1, "name": "Mia", "enforced": true, "paused": true, '\
+'"devices": [ { "mac": "02:00:00:00:00:1A", "name": "Mia'"'"'s \"new\"  tablet, für $HOME \\ '\
+'`id`" }, { "mac": "02:00:00:00:00:1B" } ], "limit": { "all": "2h", "sat,sun": "3h" }, '\
+'"applications": [ { "name": "video", "rule": "45m" } ], "bedtime": [ { "days": "all", "from": '\
+'"20:30", "to": "07:00" } ], "school": [ { "days": "weekdays", "from": "08:00", "to": "13:00" } ] '\
+'}, { "number": 11569436, "name": "Oma Änne", "enforced": false }, { "number": "1o", "name": '\
+'"tom", "enforced": true } ] }' "$(/usr/libexec/utm_appd/household)"
+    check_transcript </dev/null
+}
+
+without_a_person_there_is_no_household() {
+    check "document" "" "$(/usr/libexec/utm_appd/household)"
+}
+
+booleans_are_read_as_uci_reads_them() {
+    for word in 1 on true yes enabled maybe; do
+        configure
+        printf '%s\n' "config person 'mia'" "option enforced '$word'" >>/etc/config/utm_appd
+        check "$word" '"enforced": true' \
+            "$(/usr/libexec/utm_appd/household | grep -o '"enforced": [a-z]*')"
+    done
+    for word in 0 off false no disabled; do
+        configure
+        printf '%s\n' "config person 'mia'" "option enforced '$word'" >>/etc/config/utm_appd
+        check "$word" '"enforced": false' \
+            "$(/usr/libexec/utm_appd/household | grep -o '"enforced": [a-z]*')"
+    done
+}
+
+a_number_of_a_name_stays_whoever_comes_or_goes() {
+    for others in "" "config person 'anna'" "config person 'zoe'"; do
+        configure
+        printf '%s\n' "$others" "config person 'oma'" "option name 'oma'" >>/etc/config/utm_appd
+        check "with $others" '"number": 11569436, "name": "oma"' \
+            "$(/usr/libexec/utm_appd/household | grep -o '"number": [0-9]*, "name": "oma"')"
+    done
+}
+
+what_lacks_a_name_or_an_owner_gets_a_word() {
+    cat >/etc/config/utm_appd <<'END'
+config person
+	option name 'Mia'
+
+config person 'tom'
+
+config device
+	option person 'mia'
+	option mac '02:00:00:00:00:1A'
+
+config limit 'late'
+	option time '2h'
+
+config application
+	option number '305'
+END
+    check "document" '{ "applications": [ ], "people": [ '\
+'{ "number": 3454938, "name": "tom", "enforced": true } ] }' "$(/usr/libexec/utm_appd/household)"
+    check_transcript <<'END'
+utm_appd daemon.warning: an application without a name is left out
+utm_appd daemon.warning: a person (Mia) is left out: the section needs a name, as in config person 'mia'
+utm_appd daemon.warning: a device is left out: there is no person 'mia' (section cfg034a5b)
+utm_appd daemon.warning: a limit is left out: there is no person '' (section late)
 END
 }
 
@@ -675,17 +912,15 @@ a_second_start_and_a_reload_change_nothing() {
     $init start
     $init reload
     check "the same daemon" "$before" "$(daemon_pids)"
-    told_again="$(echo "$started" | sed '$d')
-procd: unchanged, left alone"
     check_transcript <<END
-$told_again
-$told_again
+$(echo "$started" | sed '$d')
+procd: unchanged, left alone
 END
-    utm_appd_watch run
-    check "a second watch" 1 $?
+    utm_appd_watch run &
+    until_true 10 told "watching it"
     check "the same daemon" "$before" "$(daemon_pids)"
     check_transcript <<END
-utm_appd daemon.err: already watched by process N
+utm_appd daemon.warning: utm_appd runs already: watching it
 END
 }
 
@@ -696,9 +931,24 @@ a_group_fences_the_socket() {
     chgrp $group /tmp/of_a_group 2>/dev/null || group=0
     configure group $group
     start_and_settle
-    check "who may" "srw-rw---- 0 $group" "$(stat -c '%A %u %g' /dev/utm_app_config_socket)"
-    echo "$started" >/tmp/started
-    check_transcript </tmp/started
+    check "who may" "srw-rw---- 0 $group" "$(mode_of_socket)"
+    check_transcript <<END
+$started
+END
+    configure
+    $init reload
+    check "who may after a reload" "srw------- 0 $group" "$(mode_of_socket)"
+    check_transcript </dev/null
+}
+
+a_group_that_does_not_exist_lets_nobody_in() {
+    configure group nobodys
+    start_and_settle
+    check "who may" "srw------- 0 0" "$(mode_of_socket)"
+    check_transcript_without_procd <<END
+utm_appd daemon.err: cannot let group nobodys use /dev/utm_app_config_socket: only root may
+$came_up
+END
 }
 
 a_time_that_is_no_number_keeps_nobody_from_stopping() {
@@ -709,15 +959,13 @@ a_time_that_is_no_number_keeps_nobody_from_stopping() {
     check_gone
     check_transcript <<END
 utm_appd daemon.warning: stop_seconds is no number: taking 60
-$asked_status
-utm_appd daemon.info: limits are switched off: nothing to save
-utm_appd daemon.warning: stop_seconds is no number: taking 60
+$limits_are_off
 $ended
 END
 }
 
 a_link_at_the_copy_to_be_is_not_followed() {
-    configure activate 1
+    switch_on_at_the_start
     usage_of 42 >$saved
     lay link $usage.new 0
     start_and_settle
@@ -727,7 +975,6 @@ a_link_at_the_copy_to_be_is_not_followed() {
     check_transcript <<END
 $started
 $switched_on
-$asked_status
 $restored
 END
 }
@@ -735,7 +982,7 @@ END
 only_a_file_of_root_s_own_is_taken_for_the_usage_file() {
     for laid in "fifo 0" "link 0" "dangling 0" "folder 0" "file 65534"; do
         fresh_router
-        configure activate 1
+        switch_on_at_the_start
         usage_of 42 >$saved
         lay "${laid% *}" $usage "${laid#* }" || continue
         start_and_settle
@@ -747,7 +994,6 @@ only_a_file_of_root_s_own_is_taken_for_the_usage_file() {
 utm_appd daemon.warning: $usage $not_root_s $usage.aside.X
 $came_up
 $switched_on
-$asked_status
 $restored
 END
         $init stop
@@ -758,7 +1004,7 @@ END
 a_folder_that_is_not_root_s_own_makes_way() {
     for laid in "fifo 0" "file 0" "folder 65534" "link 65534" "dangling 65534"; do
         fresh_router
-        configure activate 1
+        switch_on_at_the_start
         usage_of 42 >$saved
         lay "${laid% *}" /tmp/ApplicationData "${laid#* }" || continue
         lay "${laid% *}" /tmp/utm_log "${laid#* }"
@@ -773,7 +1019,6 @@ utm_appd daemon.warning: /tmp/ApplicationData $not_root_s /tmp/ApplicationData.a
 utm_appd daemon.warning: /tmp/utm_log $not_root_s /tmp/utm_log.aside.X
 $came_up
 $switched_on
-$asked_status
 $restored
 END
         $init stop
@@ -783,7 +1028,7 @@ END
 a_link_of_a_stranger_s_makes_way_and_what_it_leads_to_stays_as_it_is() {
     for target in /tmp/open /etc; do
         fresh_router
-        configure activate 1
+        switch_on_at_the_start
         usage_of 42 >$saved
         mkdir -m 1777 /tmp/open
         mode=$(stat -c %A $target)
@@ -801,7 +1046,6 @@ utm_appd daemon.warning: /tmp/ApplicationData $not_root_s /tmp/ApplicationData.a
 utm_appd daemon.warning: /tmp/utm_log $not_root_s /tmp/utm_log.aside.X
 $came_up
 $switched_on
-$asked_status
 $restored
 END
         $init stop
@@ -826,7 +1070,6 @@ utm_appd daemon.warning: others could write to /tmp/ApplicationData: not any mor
 utm_appd daemon.warning: $new $not_root_s $new.aside.X
 utm_appd daemon.warning: ${new}2 $not_root_s ${new}2.aside.X
 $came_up
-$asked_status
 $exported
 $was_saved
 END
@@ -838,15 +1081,14 @@ a_run_folder_that_is_not_root_s_own_is_not_read() {
         fresh_router
         lay folder /var/run/utm_appd $owner || continue
         chmod 0777 /var/run/utm_appd
-        mkfifo /var/run/utm_appd/watch.pid
+        mkfifo /var/run/utm_appd/lock
         start_and_settle
-        if [ -p /var/run/utm_appd/watch.pid ]; then
+        if [ -p /var/run/utm_appd/lock ]; then
             check "$owner: the watch starts" yes no
             return # a stop would wait as well
         fi
-        check "$owner: the watch" "$(pidof utm_appd_watch)" "$(cat /var/run/utm_appd/watch.pid)"
         if [ $owner = 0 ]; then
-            laid=/var/run/utm_appd/watch.pid
+            laid=/var/run/utm_appd/lock
             echo "utm_appd daemon.warning: others could write to /var/run/utm_appd: not any more"
         else
             laid=/var/run/utm_appd
@@ -872,7 +1114,7 @@ END
 }
 
 a_fifo_in_the_saved_file_s_place_keeps_nobody_from_saving() {
-    configure activate 1
+    switch_on_at_the_start
     start_and_settle
     transcript >/dev/null
     mkfifo $saved
@@ -880,14 +1122,13 @@ a_fifo_in_the_saved_file_s_place_keeps_nobody_from_saving() {
     until_true 10 told "saved what was used" || check "saves" yes no
     check "file" "regular file" "$(stat -c %F $saved)"
     check_transcript <<END
-$asked_status
 $exported
 $was_saved
 END
 }
 
 a_folder_of_root_s_that_others_could_write_is_closed_to_them() {
-    configure activate 1
+    switch_on_at_the_start
     usage_of 42 >$saved
     lay link $usage 0
     lay link /tmp/utm_log/utm_app_log 0
@@ -906,7 +1147,6 @@ utm_appd daemon.warning: others could write to /tmp/utm_log: not any more
 utm_appd daemon.warning: /tmp/utm_log/utm_app_log $not_root_s /tmp/utm_log/utm_app_log.aside.X
 $came_up
 $switched_on
-$asked_status
 $restored
 END
 }
@@ -914,7 +1154,7 @@ END
 a_link_of_root_s_own_to_flash_is_used() {
     for target in ../etc/utm_appd/flash /etc/utm_appd/flash//; do
         fresh_router
-        configure activate 1
+        switch_on_at_the_start
         usage_of 42 >$saved
         mkdir -m 0755 /etc/utm_appd/flash
         ln -s $target /tmp/ApplicationData
@@ -924,7 +1164,6 @@ a_link_of_root_s_own_to_flash_is_used() {
         check_transcript_without_procd <<END
 $came_up
 $switched_on
-$asked_status
 $restored
 END
         $init stop
@@ -935,7 +1174,7 @@ END
 a_link_of_root_s_own_by_way_of_a_stranger_s_is_not_used() {
     for target in /tmp/hop /tmp/hop/ ../tmp/hop//; do
         fresh_router
-        configure activate 1
+        switch_on_at_the_start
         usage_of 42 >$saved
         mkdir -m 0755 /etc/utm_appd/flash
         lay /etc/utm_appd/flash /tmp/hop 65534 || continue
@@ -953,7 +1192,7 @@ END
 
 # It is not for the package to close what root has opened elsewhere, nor to undo root's own link.
 a_link_of_root_s_own_to_where_others_may_write_is_left_alone() {
-    configure activate 1
+    switch_on_at_the_start
     usage_of 42 >$saved
     mkdir -m 0777 /etc/utm_appd/open
     ln -s /etc/utm_appd/open /tmp/ApplicationData
@@ -964,85 +1203,6 @@ utm_appd daemon.err: /tmp/ApplicationData does not lead to a folder that only ro
 $came_up
 $switched_on
 END
-}
-
-what_was_used_comes_back_when_a_router_that_booted_in_1970_learns_the_time() {
-    boot_in_1970
-    check "the daemon's file" '"daily_extend":0,"daily_used":20' \
-        "$(grep -o '"daily_extend":0,"daily_used":[0-9]*' $usage)"
-    $init restore
-    check "too early" 1 $?
-    $init save
-    check "saved" "$(cat /tmp/before)" "$(cat $saved)"
-    check_transcript_without_procd <<END
-utm_appd daemon.warning: what was used before the start is from the future: waiting for the time
-$came_up
-$switched_on
-utm_appd daemon.warning: not restored yet: waiting for the time
-$asked_status
-utm_appd daemon.warning: not restored yet: saving what was used before the start
-$was_saved
-END
-    time_arrives '2026-03-04 12:40'
-    until_true 20 told "restored what was used" || check "restored" yes no
-    check "used" "$(document 62 15 "$games" T)" "$(exported_now)"
-    check "files" "" "$(find /var/run/utm_appd -type f ! -name watch.pid)"
-    check_transcript <<END
-utm_appd daemon.notice: the time is known: restoring what was used in 180 seconds
-utm_appctl --timeout 20 export $counted: 0
-$asked_status
-utm_appctl --timeout 20 import $pending: 0
-utm_appctl --timeout 20 export $counted.now: 0
-utm_appctl --timeout 20 import $counted.sum: 0
-utm_appd daemon.notice: restored what was used
-END
-    $init save
-    check "saved" "$(document 62 15 "$games" T | cut -c 1-500)" "$(cut -c 1-500 $saved)"
-}
-
-limits_that_are_off_when_the_time_arrives_leave_the_restoring_to_the_front_end() {
-    boot_in_1970
-    ask activate off
-    time_arrives '2026-03-04 12:40'
-    until_true 20 [ ! -e $waiting ] || check "the watch waits no longer" yes no
-    transcript >/dev/null
-    ask activate on
-    $init restore
-    check "used" "$(document 42 5 "" T)" "$(exported_now)"
-    check_transcript <<END
-$restored
-END
-}
-
-a_watch_that_was_killed_goes_on_waiting_for_the_time() {
-    boot_in_1970
-    transcript >/dev/null
-    kill -KILL "$(pidof utm_appd_watch)"
-    until_true 10 told "watching it as it is" || check "another watch" yes no
-    until_true 10 watch_naps
-    time_arrives '2026-03-04 12:40'
-    until_true 20 told "restored what was used" || check "restored" yes no
-    check "used" "$(document 62 15 "$games" T)" "$(exported_now)"
-}
-
-# The saved file is worth more than what has been counted since the boot, and is there once more.
-a_stop_before_the_time_is_known_loses_nothing_that_was_saved() {
-    boot_in_1970
-    $init stop
-    check_gone
-    check "saved" "$(cat /tmp/before)" "$(cat $saved)"
-    stop_clock
-    clear_memory
-    start_clock_at '2026-03-04 13:00'
-    transcript >/dev/null
-    $init boot
-    until_true 10 told "restored what was used"
-    check "used" 42 "$(used_today)"
-}
-
-feed_test() {
-    sh /test/test.sh "$@" 2>&1
-    echo "status $?"
 }
 
 the_feed_s_own_test_passes() {
@@ -1097,7 +1257,7 @@ case ${1-1/1} in
 */*)
     part=${1-1/1}
     # shellcheck disable=SC2046 # names
-    set -- $(sed -n '/^# --- the cases/,$s/^\([a-z_]*\)() {.*/\1/p' "$0" |
+    set -- $(sed -n '/^# --- the cases/,$s/^\([a-z0-9_]*\)() {.*/\1/p' "$0" |
         awk -v part="${part%/*}" -v parts="${part#*/}" 'NR % parts == part % parts')
     ;;
 esac

@@ -108,7 +108,10 @@ echo libqvutm_notify.so >"$work/pkginfo/libqvutm-notify.provides"
 compare "with the vendor's" "" "$(sdk_make "$work/vendor" unpack-utm_appctl unpack-utm_appd 2>&1)"
 daemon_files="600 ./etc/config/utm_appd
 755 ./etc/init.d/utm_appd
+644 ./lib/upgrade/keep.d/utm_appd
+644 ./lib/upgrade/utm_appd.sh
 755 ./usr/bin/utm_appctl
+755 ./usr/libexec/utm_appd/household
 755 ./usr/sbin/utm_appd
 755 ./usr/sbin/utm_appd_watch"
 compare "the files with the vendor's" "$daemon_files" "$(files_of "$work/vendor")"
@@ -134,20 +137,28 @@ compare "CMake takes the substitute where the vendor's is in reach" \
 
 # The rest of the root: BusyBox, fakes, the simulated router, and the libraries of them all.
 busybox=$(command -v busybox)
-mkdir -p "$root/bin" "$root/sbin" "$root/dev" "$root/proc" "$root/tmp" "$root/test/bin" "$root/var"
-ln -s ../tmp/run "$root/var/run"
+for folder in bin sbin dev proc tmp var test/bin lib usr/share/libubox; do
+    mkdir -p "$root/$folder"
+done
+ln -s ../tmp/run ../tmp/lock "$root/var/"
 cp "$busybox" "$root/bin/busybox"
 for applet in $("$busybox" --list); do
     case $applet in
-    logger | uci | busybox) ;;
+    logger | busybox) ;;
     *) ln -s busybox "$root/bin/$applet" ;;
     esac
 done
 cp "$here/fakes/rc.common" "$root/etc/"
+cp "$here/fakes/functions.sh" "$root/lib/"
+cp "$here/fakes/jshn.sh" "$root/usr/share/libubox/"
+cp "$here/fakes/reload_config" "$root/sbin/"
 cp "$here/fakes/procd_instance" "$here/cases.sh" "$here/../test.sh" "$root/test/"
-cp "$here/fakes/uci" "$here/fakes/logger" "$here/fakes/utm_appctl" "$root/test/bin/"
+cp "$here/fakes/logger" "$here/fakes/utm_appctl" "$root/test/bin/"
+# OpenWrt's BusyBox has it, Debian's has not.
+flock=$(command -v flock)
+cp "$flock" "$root/usr/bin/"
 cp "$build"/sim/bin/* "$root/test/bin/"
-for program in "$busybox" $work/installed/usr/sbin/utm_appd "$build"/sim/bin/ubus; do
+for program in "$busybox" "$flock" $work/installed/usr/sbin/utm_appd "$build"/sim/bin/ubus; do
     for library in $(ldd "$program" | grep -o '/[^ ]*'); do
         case $library in *libqvutm_notify*) continue ;; esac
         mkdir -p "$root${library%/*}"
