@@ -5,6 +5,7 @@
 #include "client/household_file.h"
 #include "client/message.h"
 #include "client/output.h"
+#include "client/rpcd.h"
 #include "client/suggestion.h"
 #include "client/verbs.h"
 
@@ -320,8 +321,17 @@ int main(int argc, char **argv) {
     fill_standard_descriptors();
     setlocale(LC_CTYPE, ""); // tells whether the terminal takes UTF-8
     ctl_options options;
-    ctl_exit status = ctl_parse_options(argc, argv, &options);
-    if (status == CTL_DONE)
+    ctl_rpcd_line rpcd;
+    ctl_exit status = CTL_DONE;
+    if (ctl_is_rpcd(argc, argv)) {
+        options.given = CTL_OPTION_JSON; // for what is wrong before there is a command line
+        status = ctl_rpcd(argc, argv, &rpcd);
+        argc = rpcd.count;
+        argv = rpcd.words;
+    }
+    if (status == CTL_DONE && argc > 0)
+        status = ctl_parse_options(argc, argv, &options);
+    if (status == CTL_DONE && argc > 0)
         status = dispatch(options);
     if (ends_with_document(options, status))
         status = ctl_end_documents(status);

@@ -281,6 +281,11 @@ void ctl_document::append(json_object *array, ctl_document *element) {
     add_to(array, element->object_.release());
 }
 
+void ctl_document::add_document(const char *key, ctl_document *element) {
+    complete_ = complete_ && element->complete_;
+    add(key, element->object_.release());
+}
+
 void ctl_document::add_messages(const char *key) {
     if (ctl_said().empty())
         return;

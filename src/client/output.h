@@ -109,6 +109,10 @@ public:
     json_object *add_array(const char *key);
     /// Moves another object to the end of an array of this one.
     void append(json_object *array, ctl_document *element);
+    /// Moves another object into this one.
+    void add_document(const char *key, ctl_document *element);
+    /// Adds any other value, which it takes over; null for want of memory.
+    void add(const char *key, json_object *value);
 
     /// Adds an array of what was said, if anything was, and forgets it.
     void add_messages(const char *key);
@@ -118,7 +122,6 @@ public:
     [[nodiscard]] ctl_exit print();
 
 private:
-    void add(const char *key, json_object *value);
     void add_to(json_object *array, json_object *value);
 
     json_ptr object_;

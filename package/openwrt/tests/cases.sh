@@ -331,6 +331,11 @@ daemon_runs() {
     [ -n "$(daemon_pids)" ]
 }
 
+rpcd_asks() {
+    printf '%s' "$2" | env -i /usr/libexec/rpcd/utm_appd call "$1" 2>/dev/null
+    echo "status $?"
+}
+
 feed_test() {
     sh /test/test.sh "$@" 2>&1
     echo "status $?"
@@ -1203,6 +1208,38 @@ utm_appd daemon.err: /tmp/ApplicationData does not lead to a folder that only ro
 $came_up
 $switched_on
 END
+}
+
+rpcd_s_clients_look_and_change() {
+    $init start
+    until_true 10 told started
+    check "methods" "$(utm_appctl rpcd list)" "$(env -i /usr/libexec/rpcd/utm_appd list </dev/null)"
+    check "limits" '{"active":false,"debug":false}
+status 0' "$(rpcd_asks status '{}')"
+    ask profile add 3
+    check "time" '{"done":true}
+status 0' "$(rpcd_asks extend '{"person":3,"minutes":"1h30m","ubus_rpc_session":"0"}')"
+    check "it was given" "90 (1h30m)" "$(ask extend show 3)"
+    # shellcheck disable=SC2016 # it is meant to stay as it is
+    check "what a shell would run" "status 2" \
+        "$(rpcd_asks usage '{"person":"3;touch /tmp/x`touch /tmp/x`$(touch /tmp/x)"}' |
+            grep -v '^{"error":".*"}$')"
+    check "nothing was run" "" "$(find /tmp/x 2>/dev/null)"
+    $init stop
+    check "no daemon" "status 3" "$(rpcd_asks status '{}' | grep -v '^{"error":".*"}$')"
+}
+
+rpcd_hears_of_its_object() {
+    postinst=/test/postinst
+    check "not while the firmware is built" "" "$(IPKG_INSTROOT=/firmware sh $postinst; echo $? |
+        grep -v 0)"
+    check "nor without rpcd" 0 "$(sh $postinst; echo $?)"
+    printf '#!/bin/sh\necho "rpcd: $*"\n' >/etc/init.d/rpcd
+    chmod +x /etc/init.d/rpcd
+    check "not while the firmware is built, with rpcd" 0 "$(IPKG_INSTROOT=/firmware sh $postinst
+        echo $?)"
+    check "with rpcd" "rpcd: reload" "$(sh $postinst)"
+    rm /etc/init.d/rpcd
 }
 
 the_feed_s_own_test_passes() {

@@ -111,9 +111,11 @@ daemon_files="600 ./etc/config/utm_appd
 644 ./lib/upgrade/keep.d/utm_appd
 644 ./lib/upgrade/utm_appd.sh
 755 ./usr/bin/utm_appctl
+755 ./usr/libexec/rpcd/utm_appd
 755 ./usr/libexec/utm_appd/household
 755 ./usr/sbin/utm_appd
-755 ./usr/sbin/utm_appd_watch"
+755 ./usr/sbin/utm_appd_watch
+644 ./usr/share/rpcd/acl.d/utm_appd.json"
 compare "the files with the vendor's" "$daemon_files" "$(files_of "$work/vendor")"
 rm "$work/pkginfo/libqvutm-notify.provides"
 compare "with the substitute" "" "$(sdk_make "$root" unpack 2>&1)"
@@ -121,6 +123,20 @@ compare "the files of the substitute" "755 ./usr/lib/libqvutm_notify.so" \
     "$(files_of "$root.packages/libqvutm-notify-none")"
 compare "all files" "$(printf '%s\n755 ./usr/lib/libqvutm_notify.so\n' "$daemon_files" |
     sort -k 2)" "$(files_of "$root")"
+# acl GROUP ACCESS: the methods that the group may call
+acl() {
+    cat >"$work/acl.cmake" <<CMAKE
+file(READ "$root/usr/share/rpcd/acl.d/utm_appd.json" document)
+string(JSON methods GET "\${document}" "$1" "$2" ubus utm_appd)
+message("\${methods}")
+CMAKE
+    cmake -P "$work/acl.cmake" 2>&1 | tr -d '[]" \n'
+}
+compare "who looks" status,people,usage,history "$(acl utm_appd-look read)"
+compare "who changes" extend,apply "$(acl utm_appd-change write)"
+compare "one or the other for each method of the object" \
+    "$("$work/installed/usr/bin/utm_appctl" rpcd list | grep -o '"[a-z]*":{' | tr -d '":{')" \
+    "$({ acl utm_appd-look read && echo , && acl utm_appd-change write; } | tr , '\n' | sed '/^$/d')"
 
 # A CMake project that finds the vendor's library where it is, and not where it is ruled out.
 notification_library() {
@@ -149,6 +165,7 @@ for applet in $("$busybox" --list); do
     esac
 done
 cp "$here/fakes/rc.common" "$root/etc/"
+cp "$work/pkginfo/utm_appd.postinst" "$root/test/postinst"
 cp "$here/fakes/functions.sh" "$root/lib/"
 cp "$here/fakes/jshn.sh" "$root/usr/share/libubox/"
 cp "$here/fakes/reload_config" "$root/sbin/"

@@ -64,6 +64,7 @@ unpack-$(1):
 	mkdir -p $(PACKAGES)/$(1) $(ROOT)
 	$(call Package/$(1)/install,$(PACKAGES)/$(1))
 	$(CheckDependencies)
+	$$(file >$(PKG_INFO_DIR)/$(1).postinst,$$(Package/$(1)/postinst))
 	cd $(PACKAGES)/$(1) && find . ! -type d | while read -r file; do \
 		[ ! -e "$(ROOT)/$$$$file" ] || { echo "two packages have $$$$file" >&2; exit 1; }; done
 	cp -a $(PACKAGES)/$(1)/. $(ROOT)/
