@@ -44,9 +44,9 @@ ctl_exit ctl_apply(const ctl_call &call) {
     if (options.restore_path != nullptr && !ctl_read_path(options.restore_path, &usage))
         return CTL_USAGE;
     household_t household = {};
-    ctl_exit status =
-        ctl_read_whole_household(told != nullptr ? told : ctl_household_place_of(nullptr).path,
-                                 options.names_path, &household);
+    if (told == nullptr)
+        told = ctl_household_place_of(options.household_path).path;
+    ctl_exit status = ctl_read_whole_household(told, options.names_path, &household);
     if (status != CTL_DONE)
         return status;
     const ctl_apply_wish wish = {.dry_run = options.has(CTL_OPTION_DRY_RUN),

@@ -373,11 +373,12 @@ ctl_exit applier::run() {
     ctl_exit status = prepare();
     if (status == CTL_DONE)
         status = read_usage();
-    utm_app_config_reply reply = {};
-    if (status == CTL_DONE)
-        status = ctl_wire_ask(wire_, {.type = UTM_APP_CONFIG_GET_STATUS}, &reply);
     if (status != CTL_DONE)
         return status;
+    utm_app_config_reply reply = {};
+    status = ctl_wire_ask(wire_, {.type = UTM_APP_CONFIG_GET_STATUS}, &reply);
+    if (status != CTL_DONE)
+        return status == CTL_REFUSED ? ctl_refused(nullptr) : status;
     was_active_ = reply.activate != 0;
     bool is_done = false;
     if (!was_active_ && !household_.limits)

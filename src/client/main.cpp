@@ -226,7 +226,8 @@ private:
 /// Reads the household where the verb takes names.
 [[nodiscard]] ctl_exit read_household(const ctl_verb &verb, const ctl_options &options,
                                       household_t *household, ctl_app_names *names) {
-    if ((ctl_options_of(verb) & CTL_OPTION_HOUSEHOLD) == 0)
+    // What is applied is read as a whole, with all that is wrong with it.
+    if ((ctl_options_of(verb) & CTL_OPTION_HOUSEHOLD) == 0 || verb.run == ctl_apply)
         return CTL_DONE;
     const ctl_exit status =
         ctl_read_names_of_household(options.household_path, options.names_path, household);

@@ -127,7 +127,7 @@ TEST(ClientManual, MentionsNoOptionThatDoesNotExist) {
     const std::regex mention(R"(\\-\\-(\w+(\\-\w+)?))");
     std::set<std::string> mentioned;
     for (std::sregex_iterator it(text.begin(), text.end(), mention), end; it != end; ++it)
-        mentioned.insert(shown((*it)[0].str()));
+        mentioned.insert(shown(" " + (*it)[0].str()));
     EXPECT_EQ(words_t(mentioned.begin(), mentioned.end()), names_of_options(~0U));
 }
 

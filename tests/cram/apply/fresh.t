@@ -22,6 +22,7 @@ A household is applied to a daemon that was started just now. It is made so, and
   lcsh apg acl set 00:00:5E:00:53:1A 306 0 18
   lcsh apg acl set 00:00:5E:00:53:1B 306 0 18
   $ utm_appctl limit show 1
+  Mia
   limit    60 (1h)
   enabled  yes
 
@@ -46,6 +47,7 @@ With --dry-run nothing is sent but questions.
   $ utm_appctl apply --dry-run --json
   {"changed":true,"steps":[{"what":"Mia: limit 1h30m every day","person":1},{"what":"Mia: games free","person":1}]}
   $ utm_appctl limit show 1
+  Mia
   limit    60 (1h)
   enabled  yes
 
@@ -68,7 +70,6 @@ that comes and one that goes, enforcement on and off, and a person more.
   Mia: limit none Friday, 3h Saturday Sunday
   Mia: limit only counted
   Ben: limit enforced
-  Zoe: limit enforced
   Mia: application 306 30m, application 307 blocked, application 305 free
   $ journal
   lcsh apg acl reset 00:00:5E:00:53:1B
@@ -90,7 +91,7 @@ Somebody who is no longer of the household stays, with thirty days of history, u
   $ utm_appctl apply --prune
   person 3: deleted
   $ utm_appctl limit show 3
-  utm_appctl: the daemon refused: no such profile; create it with profile add
+  utm_appctl: the daemon refused: no such profile; in the household Mia is 1, Ben is 2
   [1]
   $ utm_appctl apply
   nothing to do
@@ -106,6 +107,7 @@ What somebody else has changed meanwhile is put right.
 
   $ utm_appctl device del 1 $tablet
   $ utm_appctl device add 2 $tablet
+  utm_appctl: note: 00:00:5E:00:53:1A is a device of Mia, too; what blocks either of them blocks it
   $ utm_appctl weekday set 1 tuesday 5m
   $ utm_appctl policy rule 1 306=remove 400=block
   $ utm_appctl limit disable 2

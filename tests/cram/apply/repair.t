@@ -1,4 +1,5 @@
-With --repair everything is sent that could be out of step, and nobody is the worse for it.
+With --repair everything is sent that could be out of step, the engine's guard included. Nobody is the
+worse for it.
 
   $ . "$SOURCE/tests/cram/apply/household.sh"
   $ family
@@ -16,6 +17,18 @@ With --repair everything is sent that could be out of step, and nobody is the wo
   $ utm_appctl apply --repair
   nothing to change; everything was sent again
   $ journal
+  lcsh apg off
+  notify status_changed 1 0
+  notify unblock profile 1
+  lcsh apg acl del 00:00:5E:00:53:1A 305 0
+  lcsh apg acl del 00:00:5E:00:53:1B 305 0
+  lcsh apg acl reset 00:00:5E:00:53:1A
+  lcsh apg acl reset 00:00:5E:00:53:1B
+  lcsh apg on
+  notify status_changed 1 1
+  notify block profile 1
+  lcsh apg acl set 00:00:5E:00:53:1A 305 0 18
+  lcsh apg acl set 00:00:5E:00:53:1B 305 0 18
   lcsh apg acl reset 00:00:5E:00:53:2A
   lcsh apg acl reset 00:00:5E:00:53:1A
   lcsh apg acl reset 00:00:5E:00:53:1B
@@ -72,6 +85,7 @@ The daemon is killed while Mia is cut off, and started the next day. Nobody has 
   games (306) is blocked on Mia's phone (00:00:5E:00:53:1B)
   the application guard is on
   $ utm_appctl usage 1
+  Mia
   today        0  0m
   this week   60  1h
   this month  60  1h
@@ -111,6 +125,7 @@ So it is where somebody else has set the daemon up again: --repair finds it.
   games (306) is blocked on Mia's phone (00:00:5E:00:53:1B)
   the application guard is on
   $ utm_appctl usage 1
+  Mia
   today        0  0m
   this week    0  0m
   this month   0  0m

@@ -35,6 +35,7 @@ After a restart the usage file comes back along with the household, with today's
   lcsh apg acl set 00:00:5E:00:53:1A 306 0 18
   lcsh apg acl set 00:00:5E:00:53:1B 306 0 18
   $ utm_appctl usage 1
+  Mia
   today       75  1h15m
   this week   75  1h15m
   this month  75  1h15m
@@ -62,7 +63,7 @@ Once something was counted, a file is not restored.
   $ utm_appctl apply --restore $usage
   utm_appctl: nothing is restored: the daemon has counted use already, which /tmp/ApplicationData/app_usage.json would replace. Apply without --restore
   [1]
-  $ utm_appctl usage 1 | head -1
+  $ utm_appctl usage 1 | grep today
   today        5     5m
 
 The next day's file has no bonus any more. Ben, who is of no household now, comes with it; he is

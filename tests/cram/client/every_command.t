@@ -21,6 +21,7 @@ line shows what it says to no word, one word, and so on.
   status: right many many many many
   activate: few right many many many
   debug: few right many many many
+  apply: right right many many many
   people: right many many many many
   profile add: few right many many many
   profile del: few right many many many
@@ -79,6 +80,10 @@ These are all that each command takes: with any other its answer is of that kind
   > history --history=weeks
   > days --days
   > weeks --weeks
+  > dry-run --dry-run
+  > repair --repair
+  > prune --prune
+  > restore --restore /tmp/usage.json
   > yes --yes
   > yes -y
   > OPTIONS
@@ -98,6 +103,7 @@ These are all that each command takes: with any other its answer is of that kind
   status:
   activate:
   debug:
+  apply: --names /dev/null -n/dev/null --household /tmp/empty.json --dry-run --repair --prune --restore /tmp/usage.json
   people: --names /dev/null -n/dev/null --household /tmp/empty.json
   profile add: --household /tmp/empty.json
   profile del: --household /tmp/empty.json --yes -y

@@ -12,6 +12,9 @@ Help needs no daemon.
     activate on|off                 enforce limits, or let everything pass
     debug on|off                    have the daemon log what it does
   
+  The household
+    apply [FILE]                    make everything as the household file has it
+  
   People
     people                          show everybody: used, limit, left, blocked
     profile add ID                  create a profile without limits
@@ -62,6 +65,10 @@ Help needs no daemon.
         --history                  a chart, of days unless --weeks is given
         --days                     with --history: today and 30 days before
         --weeks                    with --history: this week and 3 before
+        --dry-run                  only say what would be done
+        --repair                   send everything that could be out of step
+        --prune                    delete who is not of the household
+        --restore PATH             import a usage file, if nothing was counted
         --csv                      print lines of comma-separated values
     -y, --yes                      delete the history, too, without asking
     -j, --json                     print one JSON document
@@ -78,6 +85,7 @@ Help needs no daemon.
     MAC       02:00:00:00:00:1a, with or without separators
     APP=RULE  video=45m limits, video=block blocks, video=allow ends both;
               applications go by number, or by their name in the household
+    FILE      a household file; - is standard input
     PATH      a file; but for report it is the daemon that opens it, as root
     on|off    yes and no will do, too
     WORD      a word behind utm_appctl; the last one is still being typed
@@ -198,6 +206,24 @@ Each command has help, which ends with the same four options.
     utm_appctl debug on
   
   Options:
+    -j, --json                     print one JSON document
+  Usage: utm_appctl apply [FILE] [OPTIONS]
+  
+    make everything as the household file has it
+  
+  Operands:
+    FILE      a household file; - is standard input
+  
+  Example:
+    utm_appctl apply household.json --dry-run
+  
+  Options:
+    -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
+        --dry-run                  only say what would be done
+        --repair                   send everything that could be out of step
+        --prune                    delete who is not of the household
+        --restore PATH             import a usage file, if nothing was counted
     -j, --json                     print one JSON document
   Usage: utm_appctl people [OPTIONS]
   

@@ -55,7 +55,7 @@ A command that nobody knows, or that lacks its operands. (Completion takes any w
   >   utm_appctl -j $command one two three four five -- >printed 2>messages
   >   outcome
   > done | sort | uniq -c
-       58 status 2
+       60 status 2
   $ for command in pong limit 'limit raise' '' 'help pong' 'usage 3 --day 99' '--js -t' '-xj' '-jx'; do
   >   utm_appctl -j $command >printed 2>messages
   >   outcome
@@ -74,22 +74,32 @@ The daemon is not there, refuses, or answers nonsense.
 
   $ grep -v -e '^--version' -e '^completion' rows >needing
   $ outcomes -s /tmp/nobody
-       32 status 3
+       33 status 3
   $ start_fake_server
   $ reply 1 >answer
   $ outcomes -s $fake
-       31 status 1
+       32 status 1
         1 usage: no error: {people: [], warnings: [text]}: status 0
   $ : >answer
   $ outcomes -s $fake
-       32 status 4
+       33 status 4
   $ reply 7 >answer
   $ outcomes -s $fake
-       32 status 4
+       33 status 4
   $ { reply 2; reply 2; head -c 100 answer; } >half
   $ mv half answer
   $ outcomes -s $fake
-       32 status 4
+       33 status 4
+  $ : >answer
+  $ outcomes -s $fake
+       33 status 4
+  $ reply 7 >answer
+  $ outcomes -s $fake
+       33 status 4
+  $ { reply 2; reply 2; head -c 100 answer; } >half
+  $ mv half answer
+  $ outcomes -s $fake
+       33 status 4
   $ stop_fake_server
 
 A text from outside is clean, and in one line.
