@@ -103,7 +103,9 @@ fi
 
 unit=root/usr/lib/systemd/system/utm-appd.service
 start=$(sed -n 's/^ExecStart=//p' "$unit")
-stop=$(sed -n 's/^ExecStop=//p' "$unit")
+household=$(sed -n '/^ExecStartPost=-/,/[^\\]$/p' "$unit" | sed 's/^ExecStartPost=-//')
+save=$(sed -n 's/^ExecStop=-//p' "$unit")
+stop=$(sed -n 's/^ExecStop=\([^-]\)/\1/p' "$unit")
 forget=$(sed -n 's/^ExecStopPost=-//p' "$unit")
 compare "a service that cannot close the fence does not start" \
     "chown: invalid group: ‘root:utm-appd’
@@ -145,7 +147,8 @@ compare "nobody else does" "status 3" "$(as_user "" utm_appctl ping | grep statu
 compare "nor by its other name" "status 3" \
     "$(as_user "" utm_appctl --socket /run/utm_appd.dev/utm_app_config_socket ping | grep status)"
 compare "its folders" "drwx------ root:root" \
-    "$(inside stat -c '%A %U:%G' /tmp/ApplicationData /tmp/utm_log | sort -u)"
+    "$(inside stat -L -c '%A %U:%G' /tmp/ApplicationData /tmp/utm_log | sort -u)"
+compare "no household, nothing to do" "" "$(inside sh -c "$household")"
 first=$(daemon)
 compare "no second one" "utm_appd_fenced: a daemon runs already
 status 1" "$(inside sh -c "$start")"
@@ -153,17 +156,34 @@ compare "the first goes on" "$first" "$(daemon)"
 
 # --- and ended, started again after a kill, removed
 
+mkdir -p root/etc/utm_appd
+echo '{"people":[{"number":1,"name":"Mia","limit":"2h"}]}' >root/etc/utm_appd/household.json
+inside sh -c "$household" >/dev/null
+inside utm_appctl usage Mia --json >before
 kill -KILL "$first"
 while [[ -n $(daemon) ]]; do sleep 0.1; done
 compare "it starts after a kill" "" "$(inside sh -c "$start")"
 compare "and nobody else reaches it then" "status 3" "$(as_user "" utm_appctl ping | grep status)"
 compare "but the group does" "" "$(as_user "$group" utm_appctl ping | grep status)"
+compare "a household holds from the start" "" "$(inside sh -c "$household" | grep status)"
+compare "as it was" "$(cat before)" "$(inside utm_appctl usage Mia --json)"
+inside sh -c "$save"
+sed 's/"daily_used":0/"daily_used":42/' root/var/lib/utm_appd/app_usage.json >root/tmp/used.json
+inside utm_appctl import /tmp/used.json
+inside sh -c "$save"
+compare "what was used is saved at the end" '"daily_used":42' \
+    "$(grep -o '"daily_used":42' root/var/lib/utm_appd/app_usage.json)"
+MAINPID=$(daemon) timeout 30 sh -c "$stop" 2>&1
+compare "another start" "" "$(inside sh -c "$start; $household" | grep status)"
+compare "with what was used" '"today":42' \
+    "$(inside utm_appctl usage Mia --json | grep -o '"today":42')"
 compare "the service's end" "" "$(MAINPID=$(daemon) timeout 30 sh -c "$stop" 2>&1)"
 compare "no daemon is left" "" "$(daemon)"
 inside sh -c "$forget"
 compare "no name is left" "" "$(find root/dev root/run -name 'utm_app_config_socket')"
 compare "dpkg purges it" "" "$(inside dpkg --purge utm-appd | grep status)"
 compare "its files are gone" "" "$(find upper/usr/sbin upper/usr/lib/systemd -type f -o -type l)"
+compare "and what was used" "" "$(find root/var/lib/utm_appd 2>/dev/null)"
 compare "its group stays" "$group" "$(inside getent group utm-appd | cut -d: -f3)"
 
 [[ $failures == 0 ]]
