@@ -21,9 +21,34 @@ Time is given as a number of minutes or as people write it, to a person by numbe
   $ utm_appctl extend show 3
   120 (2h)
   $ call usage '{"person":3}'
-  {"profile":3,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":120,"left":1560}
+  {"profile":3,"person":null,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":120,"left":1560}
   $ call history '{"person":3,"weeks":true}'
-  {"profile":3,"unit":"week","minutes":[0,0,0,0],"applications":[]}
+  {"profile":3,"person":null,"unit":"week","minutes":[0,0,0,0],"applications":[]}
+
+A household is applied, and its people go by their names.
+
+  $ cat >/tmp/household.json <<END
+  > {"people": [{"number": 3, "name": "Mia", "limit": "2h"}, {"number": 4, "name": "--help"}]}
+  > END
+  $ call apply '{"dry_run":true}'
+  {"changed":true,"steps":[{"what":"--help: added as person 4","person":4},{"what":"Mia: limit 2h every day","person":3}]}
+  $ call apply '{}'
+  {"changed":true,"steps":[{"what":"--help: added as person 4","person":4},{"what":"Mia: limit 2h every day","person":3}]}
+  $ call apply '{"dry_run":false,"repair":false,"prune":false}'
+  {"changed":false,"steps":[]}
+  $ call extend '{"person":"mia","minutes":"2h 30m"}'
+  {"done":true}
+  $ call usage '{"person":"Mia"}'
+  {"profile":3,"person":"Mia","today":0,"week":0,"month":0,"enabled":false,"limit":120,"extend":270,"left":390}
+  $ call usage '{"person":"--help"}'
+  {"profile":4,"person":"--help","today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
+  $ call usage '{}' | tr '{' '\n' | grep -o '"person":"[^"]*"'
+  "person":"Mia"
+  "person":"--help"
+  $ call people '{}' | tr '{' '\n' | grep -o '"person":"[^"]*"'
+  "person":"Mia"
+  "person":"--help"
+  $ rm /tmp/household.json
 
 Whatever goes wrong is one JSON object, too: what the command itself says, or what is no call.
 
