@@ -9,6 +9,7 @@ saved=/etc/utm_appd/app_usage.json
 victim=/etc/victim # a file that nobody but its owner may change
 pending=/var/run/utm_appd/to_restore.json
 by_sections=/var/run/utm_appd/household.json
+household=/etc/utm_appd/household.json
 init=/etc/init.d/utm_appd
 failures=0
 
@@ -137,13 +138,15 @@ start_clock_at() {
 [ \$# != 1 ] || set -- -d "@\$(od -A n -t d8 -N 8 $clock_page | tr -d ' ')" "\$1"
 exec /bin/date "\$@"
 END
-    chmod +x /test/bin/date
+    # The watch waits by real time.
+    printf '%s\n' '#!/bin/sh' 'unset LD_PRELOAD' 'exec /bin/timeout "$@"' >/test/bin/timeout
+    chmod +x /test/bin/date /test/bin/timeout
     export LD_PRELOAD=/test/libsimpreload.so UTM_SIM_CLOCK=$clock_page UTM_SIM_SLEEPER=1
 }
 
 stop_clock() {
     unset LD_PRELOAD UTM_SIM_CLOCK UTM_SIM_SLEEPER
-    rm -f /test/bin/date
+    rm -f /test/bin/date /test/bin/timeout
 }
 
 asleep() {
@@ -154,12 +157,6 @@ asleep() {
 pass() {
     put 1 $(($(get 1) + $1 * 60))
     until_true 60 asleep || check "the daemon sleeps" yes no
-}
-
-# What the watch goes by does not jump with the clock.
-let_uptime_pass() {
-    echo "$(($(cut -d . -f 1 /proc/uptime) + $1)).00 0.00" >/tmp/uptime
-    mount -o bind /tmp/uptime /proc/uptime
 }
 
 # --- comparing
@@ -204,7 +201,6 @@ case_of() { # NAME: starts it
     [ ! -e /test/procd.pid ] || kill -9 "$(cat /test/procd.pid)" 2>/dev/null
     rm -f /test/procd.pid
     stop_clock
-    umount /proc/uptime 2>/dev/null
     for process in $(pidof utm_appd_watch flock) $(daemon_pids); do
         kill -9 "$process"
     done
@@ -884,6 +880,186 @@ utm_appd daemon.warning: a person (Mia) is left out: the section needs a name, a
 utm_appd daemon.warning: a device is left out: there is no person 'mia' (section cfg034a5b)
 utm_appd daemon.warning: a limit is left out: there is no person '' (section late)
 END
+}
+
+a_boot_makes_the_household_so_with_what_was_used() {
+    add_mia
+    usage_of 42 >$saved
+    start_and_settle
+    check "used" 42 "$(used_today)"
+    check "limit" 120 "$(limit_of 3)"
+    check "the clients find it" $by_sections "$(readlink $household)"
+    check "to restore" "no" "$([ -e $pending ] || echo no)"
+    check_transcript_without_words <<END
+$came_up
+$(apply_line --restore $pending): 0
+utm_appd daemon.notice: restored what was used
+END
+    $init stop
+    check "saved" 42 "$(used_in $saved)"
+}
+
+a_changed_configuration_is_applied_and_restarts_nothing() {
+    add_mia
+    start_and_settle
+    before="$(daemon_pids) $(watch_pids) $(cat /test/procd.pid)"
+    reload_config
+    reload_config
+    sleep 2
+    check "nothing has changed" "" "$(sed -n '2,/apply/d; /apply/p' /test/transcript)"
+    transcript >/dev/null
+    sed -i "s/'2h'/'3h'/" /etc/config/utm_appd
+    sed -i "/'main'/a option group '0'" /etc/config/utm_appd
+    reload_config
+    until_true 10 told "apply $by_sections: 0" || check "it is applied" yes no
+    until_true 10 flock -n /var/lock/procd_utm_appd.lock true
+    check "limit" 180 "$(limit_of 3)"
+    check "the same" "$before" "$(daemon_pids) $(watch_pids) $(cat /test/procd.pid)"
+    check "who may" "srw-rw---- 0 0" "$(mode_of_socket)"
+    check "who may know" "-rw-r----- 0 0" "$(stat -c '%A %u %g' $by_sections)"
+    check_transcript_without_words <<END
+$(apply_line): 0
+END
+}
+
+who_is_not_in_the_household_any_more_stays_unless_told_otherwise() {
+    add_mia
+    start_and_settle
+    for prune in 0 1; do
+        configure prune $prune
+        echo "config person 'tom'" >>/etc/config/utm_appd
+        $init reload
+        check "prune $prune" "$([ $prune = 1 ] || echo 120)" "$(limit_of 3)"
+    done
+}
+
+# Until it is mended, the daemon runs without a household, and what was used waits.
+a_household_with_a_mistake_is_reported() {
+    add_mia
+    sed -i "s/'2h'/'two'/" /etc/config/utm_appd
+    usage_of 42 >$saved
+    start_and_settle
+    told "daemon.err: the household was not applied" || check "it is reported" yes no
+    grep -q "daemon.err: .*people\[0\].limit" /test/transcript || check "with its place" yes no
+    check "to restore" 42 "$(used_in $pending)"
+    sed -i "s/'two'/'2h'/" /etc/config/utm_appd
+    $init reload
+    check "reload" 0 $?
+    check "limit" 120 "$(limit_of 3)"
+    check "used" 42 "$(used_today)"
+}
+
+a_household_by_hand_comes_before_the_sections() {
+    add_mia
+    echo '{"people":[{"number":4,"name":"Tom","limit":"1h"}]}' >$household
+    start_and_settle
+    check "limits" " 60" "$(limit_of 3) $(limit_of 4)"
+    check_transcript_without_words <<END
+$came_up
+utm_appd daemon.warning: $household was written by hand, and is used instead of $by_sections
+utm_appctl --timeout 60 apply $household: 0
+END
+}
+
+a_household_may_be_anywhere() {
+    configure household /etc/utm_appd/ours.json
+    echo '{"people":[{"number":4,"name":"Tom","limit":"1h"}]}' >/etc/utm_appd/ours.json
+    start_and_settle
+    check "limit" 60 "$(limit_of 4)"
+    check "the clients find it" /etc/utm_appd/ours.json "$(readlink $household)"
+    check_transcript_without_words <<END
+$came_up
+utm_appctl --timeout 60 apply /etc/utm_appd/ours.json: 0
+END
+}
+
+a_torn_file_does_not_keep_a_household_from_its_usage() {
+    add_mia
+    usage_of 42 >$saved
+    mkdir -m 0700 /tmp/ApplicationData
+    usage_of 99 | cut -c 1-20 >$usage
+    start_and_settle
+    check "used" 42 "$(used_today)"
+    check "limit" 120 "$(limit_of 3)"
+}
+
+# The daemon goes by the virtual clock, and so does everything else that asks for the time.
+what_was_used_comes_back_when_a_router_that_booted_in_1970_learns_the_time() {
+    start_clock_at '2026-03-04 11:00'
+    add_mia
+    usage_of 42 >$saved
+    cp $saved /tmp/before
+    put 0 "$(local_time '1970-01-05 12:00')"
+    cat >/tmp/sim/scenario <<'END'
+date 1970-01-05
+person mia 3 Mia
+device tablet mia 02:00:00:00:00:1A Mia's tablet
+app video 305 video
+use tablet video 12:05 12:15
+END
+    $init start
+    until_true 10 told "waiting for the time" || check "the watch waits" yes no
+    before=$(daemon_pids)
+    check "limit" 120 "$(limit_of 3)"
+    until_true 10 asleep
+    pass 30
+    check "used in 1970" 10 "$(used_today)"
+    $init restore
+    check "too early" 1 $?
+    $init save
+    check "saved" "$(cat /tmp/before)" "$(cat $saved)"
+    check_transcript_without_words <<END
+$came_up
+$(apply_line): 0
+utm_appd daemon.warning: what was used before the start is from the future: waiting for the time
+utm_appd daemon.warning: not restored yet: waiting for the time
+utm_appd daemon.warning: not restored yet: saving what was used before the start
+$was_saved
+END
+    put 0 "$(local_time '2026-03-04 12:40')"
+    until_true 60 told "restored what was used" || check "restored" yes no
+    until_true 10 watch_waits
+    check "another daemon" 1 "$(daemon_pids | grep -cvx "$before")"
+    check "used" 42 "$(used_today)"
+    check_transcript_without_words <<END
+utm_appd daemon.notice: the time is known: starting again, with what was used
+$ended
+$came_up
+$(apply_line --restore $pending): 0
+utm_appd daemon.notice: restored what was used
+END
+}
+
+a_daemon_that_ends_while_the_time_is_not_known_is_missed() {
+    start_clock_at '2026-03-04 11:00'
+    add_mia
+    usage_of 42 >$saved
+    put 0 "$(local_time '1970-01-05 12:00')"
+    $init start
+    until_true 10 told "waiting for the time"
+    kill -KILL "$(daemon_pids)"
+    until_true 2 told "utm_appd is gone" || check "it is noticed" yes no
+    until_true 10 daemon_runs || check "another one" yes no
+}
+
+# The saved file is worth more than what has been counted since the boot, and is there once more.
+a_stop_before_the_time_is_known_loses_nothing_that_was_saved() {
+    start_clock_at '2026-03-04 11:00'
+    add_mia
+    usage_of 42 >$saved
+    cp $saved /test/before
+    put 0 "$(local_time '1970-01-05 12:00')"
+    $init start
+    until_true 10 told "waiting for the time"
+    $init stop
+    check_gone
+    check "saved" "$(cat /test/before)" "$(cat $saved)"
+    stop_clock
+    clear_memory
+    start_clock_at '2026-03-04 13:00'
+    $init boot
+    until_true 10 told "restored what was used"
+    check "used" 42 "$(used_today)"
 }
 
 a_socket_that_cannot_be_bound_is_reported() {
