@@ -4,7 +4,6 @@
 #include "format/spelling.h"
 
 #include <bit>
-#include <strings.h>
 
 namespace {
 
@@ -37,9 +36,7 @@ weekday_set_t enter(limit_reading_t *reading, weekday_set_t days, int32_t minute
 /// @return minutes; a whole day after an objection
 int32_t read_time(household_reader_t *reader, const household_place_t &place, json_object *value) {
     int32_t minutes = household_no_limit;
-    const bool is_none = json_object_is_type(value, json_type_string) &&
-                         strcasecmp(json_object_get_string(value), "none") == 0;
-    if (!is_none)
+    if (!household_is_word(value, "none"))
         static_cast<void>(household_read_minutes(reader, place, value, "\"none\"", &minutes));
     return minutes;
 }

@@ -167,11 +167,9 @@ void read_rule_name(household_reader_t *reader, const household_place_t &place, 
 void read_rule_action(household_reader_t *reader, const household_place_t &place,
                       json_object *value, void *record) {
     config_policy_rule_t *rule = static_cast<config_policy_rule_t *>(record);
-    const char *word =
-        json_object_is_type(value, json_type_string) ? json_object_get_string(value) : "";
-    if (strcasecmp(word, "blocked") == 0)
+    if (household_is_word(value, "blocked"))
         rule->action = POLICY_ACTION_BLOCK;
-    else if (strcasecmp(word, "free") == 0)
+    else if (household_is_word(value, "free"))
         rule->action = POLICY_ACTION_REMOVE;
     else if (household_read_minutes(reader, place, value, "\"blocked\" or \"free\"",
                                     &rule->daily_limit))

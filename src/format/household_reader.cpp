@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <strings.h>
 
 namespace {
 
@@ -206,6 +207,12 @@ bool household_read_switch(household_reader_t *reader, const household_place_t &
         return false;
     *on = json_object_get_boolean(value) != 0;
     return true;
+}
+
+bool household_is_word(json_object *value, std::string_view word) {
+    return json_object_is_type(value, json_type_string) &&
+           static_cast<size_t>(json_object_get_string_len(value)) == word.size() &&
+           strncasecmp(json_object_get_string(value), word.data(), word.size()) == 0;
 }
 
 bool household_read_number(household_reader_t *reader, const household_place_t &place,

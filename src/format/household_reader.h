@@ -5,6 +5,8 @@
 #include "core/json.h"
 #include "format/household.h"
 
+#include <string_view>
+
 /// A value's place: a chain from the innermost to the document, each link on its reader's stack.
 struct household_place_t {
     const household_place_t *outer; ///< null: the document
@@ -91,6 +93,9 @@ void household_read_array(household_reader_t *reader, const household_place_t &p
 /// Reads true or false.
 bool household_read_switch(household_reader_t *reader, const household_place_t &place,
                            json_object *value, bool *on);
+
+/// @return whether a text is a word, whatever the case
+[[nodiscard]] bool household_is_word(json_object *value, std::string_view word);
 
 /// @param number  out: untouched after an objection
 [[nodiscard]] bool household_read_number(household_reader_t *reader, const household_place_t &place,
