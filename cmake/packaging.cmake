@@ -10,6 +10,8 @@ install(TARGETS utm_appctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES docs/utm_appctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/utm_appd.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES completion/utm_appctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES completion/_utm_appctl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES completion/utm_appctl.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 # A service for Debian and its relatives, behind a fence. A firmware has its own (package/openwrt).
 set(debian_files ${PROJECT_SOURCE_DIR}/package/debian)

@@ -25,6 +25,7 @@ expected_files() {
     printf '%s\n' bin/utm_appctl sbin/utm_appd sbin/utm_appd_fenced \
         lib/systemd/system/utm-appd.service share/man/man1/utm_appctl.1 \
         share/man/man8/utm_appd.8 share/bash-completion/completions/utm_appctl \
+        share/zsh/vendor-completions/_utm_appctl share/fish/vendor_completions.d/utm_appctl.fish \
         share/doc/utm-appd/{README.md,LICENSE,copyright}
     for page in "$source"/docs/*.{md,png,json}; do
         echo "share/doc/utm-appd/docs/${page##*/}"

@@ -90,16 +90,6 @@ The daemon is not there, refuses, or answers nonsense.
   $ mv half answer
   $ outcomes -s $fake
        33 status 4
-  $ : >answer
-  $ outcomes -s $fake
-       33 status 4
-  $ reply 7 >answer
-  $ outcomes -s $fake
-       33 status 4
-  $ { reply 2; reply 2; head -c 100 answer; } >half
-  $ mv half answer
-  $ outcomes -s $fake
-       33 status 4
   $ stop_fake_server
 
 A text from outside is clean, and in one line.
