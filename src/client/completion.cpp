@@ -116,11 +116,18 @@ bool is_of_files(const ctl_option_row &row) {
            strcmp(row.argument, " FOLDER") == 0;
 }
 
-void offer_values(const ctl_option_row &row, offers *to) {
+void offer_people(const ctl_call &call, offers *to) {
+    for (const household_person_t &person : call.household.people)
+        to->add(person.name.text, "");
+}
+
+void offer_values(const ctl_call &call, const ctl_option_row &row, offers *to) {
     if (row.bit == CTL_OPTION_DAY)
         offer_numbers(UTM_APP_CONFIG_PERIOD_OLDEST_DAY, to);
     else if (row.bit == CTL_OPTION_WEEK)
         offer_numbers(UTM_APP_CONFIG_PERIOD_OLDEST_WEEK - UTM_APP_CONFIG_PERIOD_WEEK, to);
+    else if (row.bit == CTL_OPTION_PERSON)
+        offer_people(call, to);
     else if (is_of_files(row))
         to->add_files();
 }
@@ -179,8 +186,7 @@ void offer_operand(const ctl_call &call, const ctl_verb &verb, const typed_line 
     const size_t words = verb.word == nullptr ? 1 : 2;
     const std::string_view word = ctl_operand_word(verb, line.operands.size() - words);
     if (word == "ID")
-        for (const household_person_t &person : call.household.people)
-            to->add(person.name.text, "");
+        offer_people(call, to);
     else if (word == "on|off")
         offer_words({"on", "off"}, to);
     else if (word == "DAY")
@@ -197,10 +203,10 @@ void offer(const ctl_call &call, const typed_line &line, const char *typed, offe
     const ctl_verb *verb = verb_of(line.operands);
     const bool is_option = !line.is_ended && typed[0] == '-';
     if (line.waiting != nullptr)
-        offer_values(*line.waiting, to);
+        offer_values(call, *line.waiting, to);
     else if (const ctl_option_row *row = option_of(typed);
              is_option && row != nullptr && strchr(typed, '=') != nullptr)
-        offer_values(*row, to);
+        offer_values(call, *row, to);
     else if (is_option)
         offer_options(verb != nullptr ? ctl_options_of(*verb) : ctl_common_options, to);
     else if (line.unit_may_follow && typed[0] == '\0')

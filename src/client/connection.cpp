@@ -1,23 +1,17 @@
 #include "client/connection.h"
 
 #include "client/message.h"
+#include "core/monotonic.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
 
 namespace {
-
-/// The monotonic clock: a router sets its time while it runs.
-int64_t now_ms() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
-}
 
 /// @return whether a command of this type may answer with the status
 bool is_known(uint8_t status, uint8_t type) {
@@ -48,6 +42,8 @@ ctl_exit closed_early(uint8_t type, size_t got) {
 
 } // namespace
 
+volatile sig_atomic_t ctl_told_to_end = 0;
+
 ctl_exit ctl_answer::connect_to(const ctl_daemon &daemon) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -69,13 +65,19 @@ ctl_exit ctl_answer::connect_to(const ctl_daemon &daemon) {
     int result = 0;
     do // a stopped and continued process is interrupted, and may ask again
         result = connect(fd_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address));
-    while (result != 0 && errno == EINTR && now_ms() < deadline_ms_);
+    while (result != 0 && errno == EINTR && may_go_on());
     if (result == 0)
         return CTL_DONE;
     return errno == EAGAIN || errno == EINTR ? timed_out() : no_daemon(daemon.socket_path);
 }
 
+bool ctl_answer::may_go_on() const {
+    return ctl_told_to_end == 0 && monotonic_ms() < deadline_ms_;
+}
+
 ctl_exit ctl_answer::timed_out() const {
+    if (ctl_told_to_end != 0)
+        return CTL_BROKEN;
     return ctl_fail(CTL_BROKEN,
                     "the daemon did not answer within %d s: it may be waiting for one of the "
                     "router's programs; try again, or wait longer with -t",
@@ -84,7 +86,7 @@ ctl_exit ctl_answer::timed_out() const {
 
 ctl_exit ctl_answer::ask(const ctl_daemon &daemon, const utm_app_config_cmd &request) {
     timeout_s_ = daemon.timeout_s;
-    deadline_ms_ = now_ms() + int64_t{daemon.timeout_s} * 1000;
+    deadline_ms_ = monotonic_ms() + int64_t{daemon.timeout_s} * 1000;
     type_ = request.type;
     const ctl_exit status = connect_to(daemon);
     if (status != CTL_DONE)
@@ -93,7 +95,7 @@ ctl_exit ctl_answer::ask(const ctl_daemon &daemon, const utm_app_config_cmd &req
     ssize_t sent = 0;
     do
         sent = send(fd_.get(), &request, sizeof(request), MSG_NOSIGNAL);
-    while (sent < 0 && errno == EINTR && now_ms() < deadline_ms_);
+    while (sent < 0 && errno == EINTR && may_go_on());
     if (sent == static_cast<ssize_t>(sizeof(request)))
         return CTL_DONE;
     if (sent < 0 && (errno == EPIPE || errno == ECONNRESET))
@@ -108,11 +110,11 @@ ctl_exit ctl_answer::ask(const ctl_daemon &daemon, const utm_app_config_cmd &req
 /// @param got  out: 0 when the daemon has closed
 ctl_exit ctl_answer::read_piece(char *to, size_t size, size_t *got) {
     for (;;) {
-        const int64_t left_ms = deadline_ms_ - now_ms();
-        if (left_ms <= 0)
+        if (!may_go_on())
             return timed_out();
+        const int64_t left_ms = deadline_ms_ - monotonic_ms();
         pollfd readable = {.fd = fd_.get(), .events = POLLIN, .revents = 0};
-        if (poll(&readable, 1, static_cast<int>(left_ms)) <= 0)
+        if (poll(&readable, 1, static_cast<int>(std::max<int64_t>(left_ms, 0))) <= 0)
             continue; // the time is up, or a signal: the clock tells
         const ssize_t count = recv(fd_.get(), to, size, MSG_DONTWAIT);
         if (count >= 0 || errno == ECONNRESET) {

@@ -8,6 +8,7 @@
 #include "core/owners.h"
 #include "format/protocol.h"
 
+#include <csignal>
 #include <cstdint>
 
 /// Most entries of a list, a thousand times what a family uses: a server that never ends its list
@@ -19,6 +20,9 @@ struct ctl_daemon {
     const char *socket_path = UTM_APP_CONFIG_SOCKET_PATH;
     int32_t timeout_s = 30; ///< for the whole of an answer
 };
+
+/// Set by a signal's handler to have no answer waited for any more. Nothing is said then.
+extern volatile sig_atomic_t ctl_told_to_end;
 
 /// An answer that is being read. Every failure is reported where it happens.
 class ctl_answer {
@@ -34,6 +38,7 @@ public:
 private:
     ctl_exit connect_to(const ctl_daemon &daemon);
     ctl_exit read_piece(char *to, size_t size, size_t *got);
+    bool may_go_on() const;
     ctl_exit timed_out() const;
 
     fd_guard fd_;

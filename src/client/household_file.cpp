@@ -152,6 +152,16 @@ ctl_person_text ctl_person_name(const household_t &household, int32_t number) {
     return name;
 }
 
+household_name_t ctl_app_title(const household_t &household, int32_t app_id) {
+    household_name_t title = {};
+    const char *name = household_app_name(household, app_id);
+    if (name != nullptr)
+        snprintf(title.text, sizeof(title.text), "%s", name);
+    else
+        snprintf(title.text, sizeof(title.text), "%d", app_id);
+    return title;
+}
+
 bool ctl_read_person(const household_t &household, const char *text, int32_t *number) {
     const household_person_t *person = household_find_person(household, text);
     if (person != nullptr) {

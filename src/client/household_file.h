@@ -35,6 +35,9 @@ struct ctl_person_text {
 
 [[nodiscard]] ctl_person_text ctl_person_name(const household_t &household, int32_t number);
 
+/// What an application goes by: its name, or else its number.
+[[nodiscard]] household_name_t ctl_app_title(const household_t &household, int32_t app_id);
+
 /// Reads a person's name or number, as an operand has it.
 /// @param number  out: also of somebody whom the household does not name
 /// @return false after a message: the text is neither, with "did you mean"

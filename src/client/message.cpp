@@ -8,6 +8,7 @@
 namespace {
 
 plain_vector<ctl_message> said;
+bool is_mute = false;
 
 /// Makes one line of a message's lines.
 void join_lines(char *text, size_t size) {
@@ -38,7 +39,13 @@ __attribute__((format(printf, 1, 0))) void keep(const char *format, va_list argu
 
 // Everything goes to standard error, so that a script's JSON or report stays whole.
 
+void ctl_mute(bool mute) {
+    is_mute = mute;
+}
+
 void ctl_say_list(const char *format, va_list arguments) {
+    if (is_mute)
+        return;
     va_list again;
     va_copy(again, arguments);
     fputs("utm_appctl: ", stderr);

@@ -34,3 +34,6 @@ struct ctl_message {
 /// no memory was left for.
 inline constexpr size_t ctl_messages_max = 100;
 [[nodiscard]] plain_vector<ctl_message> &ctl_said();
+
+/// Has nothing said for a while: what is tried again and again fails again and again.
+void ctl_mute(bool mute);

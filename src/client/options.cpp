@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int32_t timeout_max_s = 3600;
+constexpr int32_t interval_max_s = 3600;
 constexpr int32_t day_max = UTM_APP_CONFIG_PERIOD_OLDEST_DAY;
 constexpr int32_t week_max = UTM_APP_CONFIG_PERIOD_OLDEST_WEEK - UTM_APP_CONFIG_PERIOD_WEEK;
 
@@ -39,6 +40,15 @@ constexpr ctl_option_row rows[] = {
      "import a usage file, if nothing was counted"},
     {CTL_OPTION_CSV, "csv", 0, no_argument, "", "print lines of comma-separated values"},
     {CTL_OPTION_YES, "yes", 'y', no_argument, "", "delete the history, too, without asking"},
+    {CTL_OPTION_PERSON, "person", 0, required_argument, " PERSON",
+     "a page for this person, without anybody else"},
+    {CTL_OPTION_OUTPUT, "output", 'o', required_argument, " FILE",
+     "write this file instead, whole or not at all"},
+    {CTL_OPTION_ALL, "all", 0, no_argument, "", "also what is, and each minute that is used"},
+    {CTL_OPTION_EXEC, "exec", 0, required_argument, " FOLDER",
+     "run the programs in the folder with each event"},
+    {CTL_OPTION_INTERVAL, "interval", 0, required_argument, " SECONDS",
+     "how often to look; default 10"},
     {CTL_OPTION_JSON, "json", 'j', no_argument, "", "print one JSON document"},
     {CTL_OPTION_SOCKET, "socket", 's', required_argument, " PATH",
      "the daemon's socket, if not the default"},
@@ -92,6 +102,17 @@ bool take_option(const ctl_option_row &row, ctl_options *options) {
     case CTL_OPTION_RESTORE:
         options->restore_path = optarg;
         return true;
+    case CTL_OPTION_PERSON:
+        options->person = optarg;
+        return true;
+    case CTL_OPTION_OUTPUT:
+        options->output_path = optarg;
+        return true;
+    case CTL_OPTION_EXEC:
+        options->programs_path = optarg;
+        return true;
+    case CTL_OPTION_INTERVAL:
+        return read_bounded(optarg, row, 1, interval_max_s, &options->interval_s);
     case CTL_OPTION_DAY:
         return read_bounded(optarg, row, 0, day_max, &options->day);
     case CTL_OPTION_WEEK:

@@ -33,6 +33,11 @@ enum ctl_option : unsigned {
     CTL_OPTION_PRUNE = 1U << 22,
     CTL_OPTION_RESTORE = 1U << 23,
     CTL_OPTION_CSV = 1U << 17,
+    CTL_OPTION_ALL = 1U << 24,
+    CTL_OPTION_EXEC = 1U << 25,
+    CTL_OPTION_INTERVAL = 1U << 26,
+    CTL_OPTION_OUTPUT = 1U << 27,
+    CTL_OPTION_PERSON = 1U << 28,
 };
 
 /// Those that ask for a period; only one may be given.
@@ -47,7 +52,11 @@ struct ctl_options {
     ctl_daemon daemon = {};
     const char *names_path = nullptr;
     const char *household_path = nullptr;
-    const char *restore_path = nullptr; ///< a usage file
+    const char *restore_path = nullptr;  ///< a usage file
+    const char *programs_path = nullptr; ///< the folder of --exec
+    const char *output_path = nullptr;
+    const char *person = nullptr;       ///< a name or a number
+    int32_t interval_s = 10;            ///< between two looks of watch
     int32_t day = 0;                    ///< days ago
     int32_t week = 0;                   ///< weeks ago
     const char *history_unit = nullptr; ///< "days" by --days, --history days or --history=days

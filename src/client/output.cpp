@@ -295,14 +295,18 @@ void ctl_document::add_messages(const char *key) {
     ctl_said().clear();
 }
 
+const char *ctl_document::text() const {
+    return complete_ && object_ != nullptr
+               ? json_object_to_json_string_ext(object_.get(), JSON_C_TO_STRING_PLAIN)
+               : nullptr;
+}
+
 ctl_exit ctl_document::print() {
     add_messages("warnings");
-    const char *text = complete_ && object_ != nullptr
-                           ? json_object_to_json_string_ext(object_.get(), JSON_C_TO_STRING_PLAIN)
-                           : nullptr;
-    if (text == nullptr)
+    const char *line = text();
+    if (line == nullptr)
         return ctl_fail(CTL_BROKEN, "out of memory");
-    puts(text);
+    puts(line);
     is_printed = true;
     return CTL_DONE;
 }

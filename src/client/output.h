@@ -117,6 +117,9 @@ public:
     /// Adds an array of what was said, if anything was, and forgets it.
     void add_messages(const char *key);
 
+    /// @return the document on one line, for as long as it is there; null when memory ran out
+    [[nodiscard]] const char *text() const;
+
     /// Prints the document and a line end on standard output. What was said before it goes along as
     /// "warnings".
     [[nodiscard]] ctl_exit print();

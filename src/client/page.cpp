@@ -83,6 +83,27 @@ const char *entity_of(char character) {
     }
 }
 
+/// Names a day of the chart. Without a date it goes by its distance.
+ctl_day_bar day_bar(int64_t time, int days_ago, int64_t minutes) {
+    ctl_day_bar bar = {minutes, {}, {}};
+    const bool is_marked = days_ago % 7 == 0;
+    if (time != 0) {
+        const tm day = ctl_local_day(time, days_ago);
+        bar.name = ctl_write_date(day, "%a ", " %b");
+        if (is_marked)
+            bar.mark = ctl_write_date(day, "", " %b");
+    } else {
+        snprintf(bar.name.text, sizeof(bar.name.text), "%d days ago", days_ago);
+        if (is_marked)
+            snprintf(bar.mark.text, sizeof(bar.mark.text), "\xE2\x88\x92%d days", days_ago);
+    }
+    if (days_ago == 0) {
+        snprintf(bar.name.text, sizeof(bar.name.text), "today");
+        bar.mark = bar.name;
+    }
+    return bar;
+}
+
 } // namespace
 
 void ctl_put_text(FILE *page, const char *text) {
@@ -146,4 +167,41 @@ void ctl_put_day_chart(FILE *page, std::span<const ctl_day_bar> days, const char
         put_day(page, days[i], plot_left + width * static_cast<double>(i), width, step * lines,
                 i + 1 == days.size());
     fputs("</svg>\n", page);
+}
+
+void ctl_put_name(FILE *page, const char *name) {
+    fputs("<bdi>", page);
+    ctl_put_text(page, name);
+    fputs("</bdi>", page);
+}
+
+void ctl_put_app_name(FILE *page, const char *name, int32_t app_id) {
+    constexpr int32_t not_recognised = 0;
+    char number[32];
+    snprintf(number, sizeof(number), "Application %d", app_id);
+    ctl_put_name(page, name != nullptr            ? name
+                       : app_id == not_recognised ? "not recognised"
+                                                  : number);
+}
+
+void ctl_put_history(FILE *page, const int64_t *minutes, int64_t time) {
+    ctl_day_bar bars[ctl_history_days];
+    for (int days_ago = 0; days_ago < ctl_history_days; ++days_ago)
+        bars[ctl_history_days - 1 - days_ago] = day_bar(time, days_ago, minutes[days_ago]);
+    const ctl_day_bar &busiest =
+        *std::max_element(std::begin(bars), std::end(bars),
+                          [](const auto &a, const auto &b) { return a.minutes < b.minutes; });
+    fputs("<h3>Thirty days and today</h3>\n", page);
+    if (busiest.minutes == 0) {
+        fputs("<p class=\"soft\">No use in these days.</p>\n", page);
+        return;
+    }
+    char meaning[224];
+    snprintf(meaning, sizeof(meaning), "Bar chart of %s to today. The busiest day: %s, %s.",
+             bars[0].name.text, busiest.name.text, ctl_time_of(busiest.minutes).text);
+    ctl_put_day_chart(page, bars, meaning);
+    fprintf(page,
+            "<p class=\"soft\">The applications\xE2\x80\x99 minutes of each day, added together. "
+            "The busiest: %s, %s.</p>\n",
+            busiest.name.text, ctl_time_of(busiest.minutes).text);
 }

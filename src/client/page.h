@@ -4,6 +4,7 @@
 /// Nothing here checks whether writing succeeds: the stream remembers, and its owner checks it.
 
 #include "client/text.h"
+#include "client/usage_document.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -37,3 +38,15 @@ struct ctl_day_bar {
 /// Writes a bar chart of days, at least one; the last of them is the current one.
 /// @param meaning  the same in words
 void ctl_put_day_chart(FILE *page, std::span<const ctl_day_bar> days, const char *meaning);
+
+/// Writes a name, which must not turn what stands beside it when it is of another direction.
+void ctl_put_name(FILE *page, const char *name);
+
+/// Writes an application's name.
+/// @param name  null when it has none
+void ctl_put_app_name(FILE *page, const char *name, int32_t app_id);
+
+/// Writes a chart of today and the days before, and what it says in words.
+/// @param minutes  `ctl_history_days` of them, by days ago
+/// @param time     of today; 0 when it is not known
+void ctl_put_history(FILE *page, const int64_t *minutes, int64_t time);

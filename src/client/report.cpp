@@ -16,18 +16,11 @@ constexpr size_t rows_max = 20;
 struct report_page {
     FILE *page;
     const ctl_usage_document &document;
-    const ctl_app_names &names;
+    const household_t &household;
 };
 
 void put_app_name(const report_page &report, int32_t app_id) {
-    const char *name = ctl_find_name(report.names, app_id);
-    // A name of another writing direction must not turn what stands beside it.
-    fputs("<bdi>", report.page);
-    if (name != nullptr)
-        ctl_put_text(report.page, name);
-    else
-        fprintf(report.page, "Application %d", app_id);
-    fputs("</bdi>", report.page);
+    ctl_put_app_name(report.page, household_app_name(report.household, app_id), app_id);
 }
 
 /// @return the first rule for an application, or null
@@ -136,11 +129,16 @@ void put_apps(const report_page &report, std::span<const ctl_app_use> apps,
     put_other_rules(report, apps.first(std::min(apps.size(), rows_max)), rules);
 }
 
-void put_head(FILE *page, const ctl_profile_use &profile) {
-    fprintf(page,
-            "<div class=\"head\"><h2>Profile %d</h2><span class=\"badge%s\">%s</span></div>\n",
-            profile.user_profile_id, profile.blocked ? " stop" : "",
-            profile.blocked ? "Blocked now" : "Not blocked");
+void put_head(const report_page &report, const ctl_profile_use &profile) {
+    const household_person_t *person =
+        household_person_of(report.household, profile.user_profile_id);
+    fputs("<div class=\"head\"><h2>", report.page);
+    if (person != nullptr)
+        ctl_put_name(report.page, person->name.text);
+    else
+        fprintf(report.page, "Profile %d", profile.user_profile_id);
+    fprintf(report.page, "</h2><span class=\"badge%s\">%s</span></div>\n",
+            profile.blocked ? " stop" : "", profile.blocked ? "Blocked now" : "Not blocked");
 }
 
 /// Writes today's use where no limit can be shown. No meter stands there: an empty one would look
@@ -213,57 +211,13 @@ void put_devices(const report_page &report, const ctl_profile_use &profile) {
     fputs("</ul>\n</details>\n", report.page);
 }
 
-/// Names a day of the chart. Without a date it goes by its distance.
-ctl_day_bar day_bar(const ctl_usage_document &document, int days_ago, int64_t minutes) {
-    ctl_day_bar bar = {minutes, {}, {}};
-    const bool is_marked = days_ago % 7 == 0;
-    if (document.has_time) {
-        const tm day = ctl_local_day(document.timestamp, days_ago);
-        bar.name = ctl_write_date(day, "%a ", " %b");
-        if (is_marked)
-            bar.mark = ctl_write_date(day, "", " %b");
-    } else {
-        snprintf(bar.name.text, sizeof(bar.name.text), "%d days ago", days_ago);
-        if (is_marked)
-            snprintf(bar.mark.text, sizeof(bar.mark.text), "\xE2\x88\x92%d days", days_ago);
-    }
-    if (days_ago == 0) {
-        snprintf(bar.name.text, sizeof(bar.name.text), "today");
-        bar.mark = bar.name;
-    }
-    return bar;
-}
-
-void put_history(const report_page &report, const ctl_profile_use &profile) {
-    ctl_day_bar bars[ctl_history_days];
-    for (int days_ago = 0; days_ago < ctl_history_days; ++days_ago)
-        bars[ctl_history_days - 1 - days_ago] =
-            day_bar(report.document, days_ago, profile.history[days_ago]);
-    const ctl_day_bar &busiest =
-        *std::max_element(std::begin(bars), std::end(bars),
-                          [](const auto &a, const auto &b) { return a.minutes < b.minutes; });
-    fputs("<h3>Thirty days and today</h3>\n", report.page);
-    if (busiest.minutes == 0) {
-        fputs("<p class=\"soft\">No use in these days.</p>\n", report.page);
-        return;
-    }
-    char meaning[224];
-    snprintf(meaning, sizeof(meaning), "Bar chart of %s to today. The busiest day: %s, %s.",
-             bars[0].name.text, busiest.name.text, ctl_time_of(busiest.minutes).text);
-    ctl_put_day_chart(report.page, bars, meaning);
-    fprintf(report.page,
-            "<p class=\"soft\">The applications\xE2\x80\x99 minutes of each day, added together. "
-            "The busiest: %s, %s.</p>\n",
-            busiest.name.text, ctl_time_of(busiest.minutes).text);
-}
-
 void put_profile(const report_page &report, const ctl_profile_use &profile) {
     fputs("<section>\n", report.page);
-    put_head(report.page, profile);
+    put_head(report, profile);
     fputs("<div class=\"halves\">\n<div>\n", report.page);
     put_today(report, profile);
     put_sums(report.page, profile);
-    put_history(report, profile);
+    ctl_put_history(report.page, profile.history, report.document.timestamp);
     put_devices(report, profile);
     fputs("</div>\n<div>\n<h3>Applications</h3>\n", report.page);
     put_apps(report, ctl_records(report.document.apps, profile.apps),
@@ -313,12 +267,12 @@ void put_footer(FILE *page) {
 
 } // namespace
 
-ctl_exit ctl_write_report(FILE *page, const char *path, const ctl_app_names &names) {
+ctl_exit ctl_write_report(FILE *page, const char *path, const household_t &household) {
     ctl_usage_document document = {};
     const ctl_exit status = ctl_read_usage_document(path, &document);
     if (status != CTL_DONE)
         return status;
-    const report_page report = {page, document, names};
+    const report_page report = {page, document, household};
     ctl_begin_page(page, "Internet time");
     put_header(report);
     fputs("<main>\n", page);

@@ -2,7 +2,7 @@
 /// The report: a usage file as one page for people.
 
 #include "client/message.h"
-#include "client/names.h"
+#include "format/household.h"
 
 #include <cstdio>
 
@@ -13,7 +13,7 @@
 /// before the file is known to be good. The caller checks whether the page could be written.
 ///
 /// @param path   a file that the daemon has exported
-/// @param names  names of applications; others are shown by their number
+/// @param household  for names of people and applications; others are shown by their number
 /// @return CTL_DONE; CTL_USAGE when the file cannot be read or is not a usage file; CTL_BROKEN when
 ///         memory ran out; the last two after a message
-[[nodiscard]] ctl_exit ctl_write_report(FILE *page, const char *path, const ctl_app_names &names);
+[[nodiscard]] ctl_exit ctl_write_report(FILE *page, const char *path, const household_t &household);

@@ -1,4 +1,4 @@
-/// What has been used: a profile's sums, its applications in one period, and a page of everything.
+/// What has been used: a profile's sums, and its applications in one period.
 
 #include "client/household_file.h"
 #include "client/output.h"
@@ -217,39 +217,6 @@ ctl_exit show_apps(const ctl_call &call) {
     return call.options.has(CTL_OPTION_CSV) ? print_apps_csv(call, all) : print_all_apps(call, all);
 }
 
-/// Writes the page to standard output, or as a text into a document.
-ctl_exit print_report(const ctl_call &call, const char *path) {
-    if (!call.json())
-        return ctl_write_report(stdout, path, call.names);
-    char *page = nullptr;
-    size_t size = 0;
-    file_ptr stream(open_memstream(&page, &size));
-    if (stream == nullptr)
-        return ctl_fail(CTL_BROKEN, "out of memory");
-    const ctl_exit status = ctl_write_report(stream.get(), path, call.names);
-    const bool is_whole = ferror(stream.get()) == 0;
-    stream.reset(); // hands the text over
-    const heap_ptr<char> owned(page);
-    if (status != CTL_DONE)
-        return status;
-    if (!is_whole || page == nullptr)
-        return ctl_fail(CTL_BROKEN, "out of memory");
-    ctl_document document;
-    document.add_text("page", page);
-    return document.print();
-}
-
-/// Has the daemon write a file for the page, which goes with its folder.
-ctl_exit report_now(ctl_call call) {
-    ctl_temporary_file file;
-    ctl_exit status = file.make();
-    if (status != CTL_DONE)
-        return status;
-    utm_app_config_put_path(&call.request, file.path());
-    status = ctl_send(call);
-    return status == CTL_DONE ? print_report(call, file.path()) : status;
-}
-
 } // namespace
 
 ctl_exit ctl_usage(const ctl_call &call) {
@@ -258,10 +225,4 @@ ctl_exit ctl_usage(const ctl_call &call) {
     if ((call.options.given & (ctl_period_options | CTL_OPTION_APPS)) != 0)
         return show_apps(call);
     return show_standings(call);
-}
-
-ctl_exit ctl_report(const ctl_call &call) {
-    if (call.operands.empty())
-        return report_now(call);
-    return print_report(call, call.operands[0]);
 }

@@ -87,6 +87,8 @@ ctl_exit ctl_people(const ctl_call &call);
 ctl_exit ctl_usage(const ctl_call &call);
 ctl_exit ctl_history(const ctl_call &call); ///< `usage --history`
 ctl_exit ctl_report(const ctl_call &call);
+ctl_exit ctl_watch(const ctl_call &call);
+ctl_exit ctl_metrics(const ctl_call &call);
 ctl_exit ctl_policy_rule(const ctl_call &call);
 ctl_exit ctl_signature_load(const ctl_call &call);
 ctl_exit ctl_interval_show(const ctl_call &call);

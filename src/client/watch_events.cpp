@@ -25,8 +25,8 @@ const ctl_seen_app *find_app(const ctl_look &look, const ctl_seen_person &person
     return nullptr;
 }
 
-bool is_cut_off(const ctl_seen_person *person) {
-    return person != nullptr && person->is.is_known && person->is.cut_off();
+bool is_cut_off(const ctl_seen_person &person) {
+    return person.is.is_known && person.is.cut_off();
 }
 
 bool is_same_day(int64_t one, int64_t other) {
@@ -75,7 +75,7 @@ public:
             compare_person(find_person(before_, person.is.number), &person);
         for (const ctl_seen_person &person : before_.people)
             if (find_person(now_, person.is.number) == nullptr)
-                tell(ctl_event_kind::removed, person);
+                lose_person(person);
     }
 
     bool is_complete() const { return complete_; }
@@ -89,13 +89,13 @@ private:
     /// What somebody is when they are seen first is no change, unless everything is asked for.
     /// @param was  null for somebody new
     void compare_person(const ctl_seen_person *was, ctl_seen_person *person) {
-        const bool is_first = was == nullptr && !all_;
-        if (was == nullptr && before_.is_seen)
+        const bool is_told = was != nullptr || all_;
+        if (was == nullptr && (before_.is_seen || all_))
             tell(ctl_event_kind::added, *person);
-        if (is_cut_off(was) != is_cut_off(person) && !is_first)
-            tell(is_cut_off(person) ? ctl_event_kind::cut_off : ctl_event_kind::let_in, *person);
+        if (is_told && (was == nullptr || is_cut_off(*was) != is_cut_off(*person)))
+            tell(is_cut_off(*person) ? ctl_event_kind::cut_off : ctl_event_kind::let_in, *person);
         announce(was, person);
-        if (!is_first)
+        if (is_told)
             compare_apps(was, *person);
         if (all_ && (was == nullptr || has_other_figures(was->is, person->is)))
             tell(ctl_event_kind::used, *person);
@@ -119,16 +119,31 @@ private:
         for (const ctl_seen_app &app : household_records(now_.apps, person.apps)) {
             const ctl_seen_app *old =
                 was == nullptr ? nullptr : find_app(before_, *was, app.is.rule.app_id);
-            const bool was_blocked = old != nullptr && old->is.blocked;
-            if (was_blocked != app.is.blocked)
+            if (old != nullptr ? old->is.blocked != app.is.blocked : app.is.blocked || all_)
                 tell(app.is.blocked ? ctl_event_kind::blocked : ctl_event_kind::released, person,
                      app);
         }
         if (was == nullptr)
             return;
         for (const ctl_seen_app &old : household_records(before_.apps, was->apps))
-            if (old.is.blocked && find_app(now_, person, old.is.rule.app_id) == nullptr)
-                tell(ctl_event_kind::released, person, old);
+            if (find_app(now_, person, old.is.rule.app_id) == nullptr)
+                lose_rule(person, old);
+    }
+
+    void lose_rule(const ctl_seen_person &person, ctl_seen_app app) {
+        const bool was_blocked = app.is.blocked;
+        app.is.blocked = false;
+        if (was_blocked)
+            tell(ctl_event_kind::released, person, app);
+        if (all_)
+            tell(ctl_event_kind::free, person, app);
+    }
+
+    void lose_person(const ctl_seen_person &person) {
+        if (all_)
+            for (const ctl_seen_app &app : household_records(before_.apps, person.apps))
+                tell(ctl_event_kind::free, person, app);
+        tell(ctl_event_kind::removed, person);
     }
 
     const ctl_look &before_;
@@ -140,7 +155,7 @@ private:
 
 constexpr const char *words[] = {"back",     "gone",    "new-day", "limits-on", "limits-off",
                                  "added",    "cut-off", "let-in",  "left",      "blocked",
-                                 "released", "used",    "removed"};
+                                 "released", "free",    "used",    "removed"};
 
 } // namespace
 
@@ -153,7 +168,7 @@ bool ctl_has_person(const ctl_event &event) {
 }
 
 bool ctl_has_app(const ctl_event &event) {
-    return event.kind == ctl_event_kind::blocked || event.kind == ctl_event_kind::released;
+    return event.kind >= ctl_event_kind::blocked && event.kind <= ctl_event_kind::free;
 }
 
 ctl_event_text ctl_event_sentence(const ctl_event &event) {
@@ -201,6 +216,9 @@ ctl_event_text ctl_event_sentence(const ctl_event &event) {
     case ctl_event_kind::released:
         write("%s is released for %s", app, name);
         break;
+    case ctl_event_kind::free:
+        write("%s has no rule for %s", app, name);
+        break;
     case ctl_event_kind::used:
         if (!is.is_known)
             write("%s is unknown to the daemon", name);
@@ -214,6 +232,30 @@ ctl_event_text ctl_event_sentence(const ctl_event &event) {
         break;
     }
     return sentence;
+}
+
+void ctl_describe_event(const ctl_event &event, ctl_document *document) {
+    document->add_text("event", ctl_event_word(event.kind));
+    document->add_int("time", event.time);
+    document->add_text("text", ctl_event_sentence(event).text);
+    if (!ctl_has_person(event))
+        return;
+    const ctl_standing &is = event.person.is;
+    document->add_int("profile", is.number);
+    document->add_text("name", event.person.name.text);
+    if (is.is_known) {
+        document->add_int("today", is.used.daily);
+        document->add_bool("enabled", is.enabled);
+        document->add_int("limit", is.limit);
+        document->add_int("extend", is.extend);
+        document->add_int("left", is.left());
+        document->add_bool("cut_off", is.cut_off());
+    }
+    if (!ctl_has_app(event))
+        return;
+    document->add_int("app", event.app.is.rule.app_id);
+    document->add_text("app_name", event.app.name.text);
+    document->add_bool("blocked", event.app.is.blocked);
 }
 
 ctl_look *ctl_looks::next() {

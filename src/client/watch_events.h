@@ -4,6 +4,7 @@
 /// Nothing here asks anybody, and time comes with the look, so a midnight or a restart is a pair of
 /// looks.
 
+#include "client/output.h"
 #include "client/standing.h"
 #include "core/vector.h"
 #include "format/household.h"
@@ -49,6 +50,7 @@ enum class ctl_event_kind : uint8_t {
     left,       ///< fifteen or five minutes are left
     blocked,    ///< an application is blocked for a person
     released,   ///< the contrary
+    free,       ///< an application has no rule any more
     used,       ///< a person's figures have changed
     removed,    ///< somebody is no longer in the household file
 };
@@ -62,7 +64,7 @@ struct ctl_event {
     bool limits_on;
     int64_t time;
     ctl_seen_person person; ///< from `added` on
-    ctl_seen_app app;       ///< of `blocked` and `released`
+    ctl_seen_app app;       ///< of `blocked`, `released` and `free`
 };
 
 using ctl_events = plain_vector<ctl_event>;
@@ -80,6 +82,9 @@ struct ctl_event_text {
 /// @return the event as a sentence for people, without a full stop
 [[nodiscard]] ctl_event_text ctl_event_sentence(const ctl_event &event);
 
+/// Fills in the event as a document; the manual page lists its keys.
+void ctl_describe_event(const ctl_event &event, ctl_document *document);
+
 /// The looks of a watch, of which the last one is kept for comparison.
 class ctl_looks {
 public:
@@ -90,7 +95,8 @@ public:
     /// then person by person in the household's order, then those who are gone from it. What is at
     /// the first look is no change, unless nobody answers.
     ///
-    /// @param all  also each change of a person's figures, and at the first look everything that is
+    /// @param all  also each change of a person's figures and each rule that goes, and of whom is
+    ///             seen first everything that is
     /// @return false when memory ran out: then some events may be missing
     [[nodiscard]] bool settle(bool all, ctl_events *events);
 

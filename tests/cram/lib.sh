@@ -90,3 +90,50 @@ ask() { python3 "$SOURCE/tests/cram/wire.py" ask /dev/utm_app_config_socket "$@"
 commands() {
     utm_appctl --help | sed -n 's/ on|off//; s/^  \([a-z][a-z]*\( [a-z][a-z]*\)\{0,1\}\) .*/\1/p'
 }
+
+# Writes the household of Mia, who may watch 45 minutes of video and play no games.
+household() {
+    cat >"$UTM_APPCTL_HOUSEHOLD" <<HOUSEHOLD
+{ "applications": [ { "number": 305, "name": "video" }, { "number": 306, "name": "games" } ],
+  "people": [ { "number": 3, "name": "Mia", "limit": "2h", "applications": [
+      { "name": "video", "rule": "45m" }, { "name": "games", "rule": "blocked" } ] } ] }
+HOUSEHOLD
+}
+
+# start_watch [OPTION]...: watches in the background. It looks once, and then whenever it is asked.
+start_watch() {
+    : >watched && shown=0
+    env --default-signal=INT --block-signal=USR1 utm_appctl watch --interval 3600 "$@" >watched 2>messages &
+    watcher=$!
+}
+
+# Like start_watch, and waits until the first look has been taken.
+begin_watch() {
+    utm_appctl debug on
+    forget
+    start_watch "$@"
+    until grep -qs 'Receive cmd type=36' $log_file; do sleep 0.01; done
+    utm_appctl debug off
+    forget
+}
+
+# told LINES: has the watch look, waits for so many lines more and shows all that it told.
+told() {
+    kill -s USR1 "$watcher"
+    await_told "$1"
+}
+
+# The same without asking it to look.
+await_told() {
+    until [ "$(wc -l <watched)" -ge $((shown + $1)) ]; do sleep 0.01; done
+    tail -n +$((shown + 1)) watched
+    shown=$(wc -l <watched)
+}
+
+# end_watch [SIGNAL]: ends it; shows its status and its messages.
+end_watch() {
+    kill -s "${1:-TERM}" "$watcher"
+    wait "$watcher" || echo "status $?"
+    tail -n +$((shown + 1)) watched
+    cat messages
+}

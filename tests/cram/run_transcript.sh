@@ -50,6 +50,15 @@ if [[ $way == mounts ]] && ! why=$(in_environment "$sandbox" --which 2>&1); then
     exit 77
 fi
 
+# A line of a transcript may name programs that not every machine has.
+# shellcheck disable=SC2013 # words are what is wanted
+for program in $(sed -n 's/^Needs: //p' "$transcript"); do
+    if ! PATH=$PATH:/usr/sbin command -v "$program" >/dev/null; then
+        echo "needs $program: it is not installed"
+        exit 77
+    fi
+done
+
 # In a sandbox the last daemon ends with status 0 (or by "daemon kill"), and the router has refused
 # nothing.
 in_sandbox() {

@@ -13,9 +13,9 @@ namespace {
 class ClientReport : public client_report_fixture {
 protected:
     void name(int32_t app_id, const char *text) {
-        ctl_app_name entry = {app_id, {}};
-        snprintf(entry.name, sizeof(entry.name), "%s", text);
-        ASSERT_TRUE(names_.add(entry));
+        household_app_t app = {app_id, {}};
+        snprintf(app.name.text, sizeof(app.name.text), "%s", text);
+        ASSERT_TRUE(household_.apps.add(app));
     }
 
     /// @return the page of a file, which must be good
@@ -23,7 +23,7 @@ protected:
         char *text = nullptr;
         size_t size = 0;
         FILE *page = open_memstream(&text, &size);
-        EXPECT_EQ(ctl_write_report(page, file.c_str(), names_), CTL_DONE);
+        EXPECT_EQ(ctl_write_report(page, file.c_str(), household_), CTL_DONE);
         EXPECT_EQ(ferror(page), 0);
         fclose(page);
         const std::string written(text, size);
@@ -56,7 +56,7 @@ protected:
         return found;
     }
 
-    ctl_app_names names_;
+    household_t household_ = {};
 };
 
 TEST_F(ClientReport, IsThisPageForThisFile) {
@@ -317,7 +317,7 @@ TEST_F(ClientReport, LeavesThePageUntouchedWhenTheFileIsRefused) {
     char page[64] = "";
     FILE *stream = fmemopen(page, sizeof(page), "w");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(ctl_write_report(stream, write("{}").c_str(), names_), CTL_USAGE);
+    EXPECT_EQ(ctl_write_report(stream, write("{}").c_str(), household_), CTL_USAGE);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "utm_appctl: cannot report " + path("usage.json") +
                   ": it has no user_profile_list. Name a usage file that utm_appd has exported\n");

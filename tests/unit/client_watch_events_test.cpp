@@ -111,16 +111,36 @@ TEST_F(ClientWatchEvents, TellEverythingThatIsWhenAskedTo) {
                            {.number = 3, .is_known = false}}),
               "back: the daemon answers\n"
               "limits-on: limits are on\n"
+              "added: Mia is in the household file now\n"
               "cut-off: Mia is cut off: 2h used\n"
               "blocked: app 305 is blocked for Mia\n"
+              "released: app 306 is released for Mia\n"
               "used: Mia has used 2h, 0m left\n"
+              "added: Person 2 is in the household file now\n"
+              "let-in: Person 2 is let in again\n"
               "used: Person 2 has used 7m\n"
+              "added: Person 3 is in the household file now\n"
+              "let-in: Person 3 is let in again\n"
               "used: Person 3 is unknown to the daemon\n");
     limits_on_ = false;
-    EXPECT_EQ(look_at_all({}), "limits-off: limits are off\n"
-                               "removed: Mia is no longer in the household file\n"
-                               "removed: Person 2 is no longer in the household file\n"
-                               "removed: Person 3 is no longer in the household file\n");
+    EXPECT_EQ(look_at_all({{.number = 2, .used = 7, .limit = 1440}}),
+              "limits-off: limits are off\n"
+              "used: Person 2 has used 7m\n"
+              "free: app 305 has no rule for Mia\n"
+              "free: app 306 has no rule for Mia\n"
+              "removed: Mia is no longer in the household file\n"
+              "removed: Person 3 is no longer in the household file\n");
+}
+
+TEST_F(ClientWatchEvents, TellOfRulesThatComeAndGoWhenAskedTo) {
+    EXPECT_EQ(look({.used = 7, .rules = {{305, true}, {306, false}}}), "");
+    all_ = true;
+    EXPECT_EQ(look({.used = 7, .rules = {{307, false}, {308, true}}}),
+              "released: app 307 is released for Mia\n"
+              "blocked: app 308 is blocked for Mia\n"
+              "released: app 305 is released for Mia\n"
+              "free: app 305 has no rule for Mia\n"
+              "free: app 306 has no rule for Mia\n");
 }
 
 TEST_F(ClientWatchEvents, TellEachUsedMinuteOnlyWhenAskedTo) {
@@ -264,7 +284,10 @@ TEST_F(ClientWatchEvents, SayAtOnceThatTheDaemonIsMissing) {
 TEST_F(ClientWatchEvents, TellEverythingOnceAMissingDaemonIsThere) {
     all_ = true;
     EXPECT_EQ(look_in_vain(), "gone: the daemon does not answer\n");
-    EXPECT_EQ(look({.used = 7}), "back: the daemon answers\nlimits-on: limits are on\n"
+    EXPECT_EQ(look({.used = 7}), "back: the daemon answers\n"
+                                 "limits-on: limits are on\n"
+                                 "added: Mia is in the household file now\n"
+                                 "let-in: Mia is let in again: 1h53m left\n"
                                  "used: Mia has used 7m, 1h53m left\n");
 }
 

@@ -1,5 +1,5 @@
 Each command of the help takes so many words, and answers any other number with how it goes. Each
-line shows what it says to no word, one word, and so on.
+line shows what it says to no word, one word, and so on. Left out is watch, which does not end.
 
   $ . "$SOURCE/tests/cram/lib.sh"
   $ daemon stop
@@ -14,7 +14,7 @@ line shows what it says to no word, one word, and so on.
   >   *) echo right ;;
   >   esac
   > }
-  $ commands | while read -r command; do
+  $ commands | grep -vx watch | while read -r command; do
   >   echo "$command:" $(for count in 0 1 2 3 4; do answer_to $count; done)
   > done
   ping: right many many many many
@@ -38,6 +38,7 @@ line shows what it says to no word, one word, and so on.
   extend reset: few right many many many
   usage: right right many many many
   report: right right many many many
+  metrics: right many many many many
   policy create: few right many many many
   policy rule: few few right right right
   policy bind: few few right many many
@@ -84,10 +85,16 @@ These are all that each command takes: with any other its answer is of that kind
   > repair --repair
   > prune --prune
   > restore --restore /tmp/usage.json
+  > person --person 3
+  > output --output /dev/null
+  > output -o/dev/null
+  > all --all
+  > exec --exec /tmp/none
+  > interval --interval 1
   > yes --yes
   > yes -y
   > OPTIONS
-  $ commands | while read -r command; do
+  $ commands | grep -vx watch | while read -r command; do
   >   words=$command
   >   while utm_appctl $words 2>&1 | grep -q 'too few operands'; do words="$words 1"; done
   >   taken=
@@ -119,7 +126,8 @@ These are all that each command takes: with any other its answer is of that kind
   extend add: --household /tmp/empty.json
   extend reset: --household /tmp/empty.json
   usage: --ascii -a --names /dev/null -n/dev/null --household /tmp/empty.json --apps --day 1 --yesterday --week=1 --month --history --history=weeks --days --weeks
-  report: --names /dev/null -n/dev/null --household /tmp/empty.json
+  report: --names /dev/null -n/dev/null --household /tmp/empty.json --person 3 --output /dev/null -o/dev/null
+  metrics: --names /dev/null -n/dev/null --household /tmp/empty.json --output /dev/null -o/dev/null
   policy create:
   policy rule: --names /dev/null -n/dev/null --household /tmp/empty.json
   policy bind: --household /tmp/empty.json

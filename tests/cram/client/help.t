@@ -36,6 +36,8 @@ Help needs no daemon.
   Usage
     usage [ID]                      show usage: totals, applications or a chart
     report [PATH]                   write an HTML page, of now or of a usage file
+    watch                           tell of everything that changes, until it is ended
+    metrics                         show everybody's figures for a monitoring system
   
   Applications
     policy create POLICY            create a policy without rules
@@ -71,6 +73,11 @@ Help needs no daemon.
         --restore PATH             import a usage file, if nothing was counted
         --csv                      print lines of comma-separated values
     -y, --yes                      delete the history, too, without asking
+        --person PERSON            a page for this person, without anybody else
+    -o, --output FILE              write this file instead, whole or not at all
+        --all                      also what is, and each minute that is used
+        --exec FOLDER              run the programs in the folder with each event
+        --interval SECONDS         how often to look; default 10
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
@@ -444,11 +451,39 @@ Each command has help, which ends with the same four options.
     PATH      a file; but for report it is the daemon that opens it, as root
   
   Example:
-    utm_appctl report > usage.html
+    utm_appctl report --person mia > mia.html
   
   Options:
     -n, --names FILE               application names: lines such as "305 video"
         --household FILE           the household file, for names of people
+        --person PERSON            a page for this person, without anybody else
+    -o, --output FILE              write this file instead, whole or not at all
+    -j, --json                     print one JSON document
+  Usage: utm_appctl watch [OPTIONS]
+  
+    tell of everything that changes, until it is ended
+  
+  Example:
+    utm_appctl watch --exec /etc/utm_appd/events
+  
+  Options:
+    -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
+        --all                      also what is, and each minute that is used
+        --exec FOLDER              run the programs in the folder with each event
+        --interval SECONDS         how often to look; default 10
+    -j, --json                     print one JSON document
+  Usage: utm_appctl metrics [OPTIONS]
+  
+    show everybody's figures for a monitoring system
+  
+  Example:
+    utm_appctl metrics --output /var/lib/node_exporter/utm.prom
+  
+  Options:
+    -n, --names FILE               application names: lines such as "305 video"
+        --household FILE           the household file, for names of people
+    -o, --output FILE              write this file instead, whole or not at all
     -j, --json                     print one JSON document
   Usage: utm_appctl policy create POLICY
   
@@ -580,6 +615,8 @@ All of it fits into 80 columns.
 
   $ { utm_appctl --help; commands | while read -r command; do utm_appctl $command --help; done; } |
   >   awk 'length > 80'
+    watch                           tell of everything that changes, until it is ended
+    metrics                         show everybody's figures for a monitoring system
 
 The version is the project's.
 
