@@ -17,14 +17,14 @@ has a flag, and an application that nobody has used has no record to keep one in
 
   $ household
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on
   $ utm_appctl activate off
   $ utm_appctl activate on
   $ journal
   lcsh apg off
   notify status_changed 1 0
-  lcsh apg acl reset 02:00:00:00:00:2A
+  lcsh apg acl reset 00:00:5E:00:53:2A
   lcsh apg on
   notify status_changed 1 1
   $ simrouter blocked
@@ -41,9 +41,9 @@ The cure, at any time: the rules again.
 
   $ utm_appctl policy rule 2 306=block
   $ journal
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on
 
 The right way: they come after every "on".
@@ -55,14 +55,34 @@ The right way: they come after every "on".
   $ journal
   lcsh apg off
   notify status_changed 1 0
-  lcsh apg acl reset 02:00:00:00:00:2A
+  lcsh apg acl reset 00:00:5E:00:53:2A
   lcsh apg on
   notify status_changed 1 1
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on
   $ sleep_over
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
+  the application guard is on
+
+From a household file: once more after every "on".
+
+  $ household
+  $ wants '{"number":2,"name":"Ben","devices":[{"mac":"'$console'"}],
+  >   "applications":[{"name":"games","rule":"blocked"}]}'
+  $ utm_appctl activate off
+  $ utm_appctl activate on
+  $ utm_appctl apply
+  Ben: limit enforced
+  $ journal
+  lcsh apg off
+  notify status_changed 1 0
+  lcsh apg acl reset 00:00:5E:00:53:2A
+  lcsh apg on
+  notify status_changed 1 1
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
+  $ simrouter blocked
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on

@@ -58,3 +58,14 @@ The right way: the bonus before the import, from the file, when that is of today
   $ use 20
   $ journal
   notify block profile 1
+
+From a household file:
+
+  $ evening
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}],"limit":"1h"}'
+  $ utm_appctl apply --restore $usage
+  Mia: bonus 30m
+  usage restored from /tmp/ApplicationData/app_usage.json
+  $ journal
+  $ utm_appctl extend show 1
+  30 (30m)

@@ -75,3 +75,20 @@ The right way: on, then the bonus.
   $ simrouter blocked
   nothing is blocked
   the application guard is on
+
+From a household file:
+
+  $ evening
+  $ utm_appctl extend add 1 30m
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}],"limit":"1h"}'
+  $ utm_appctl apply
+  limits are switched on
+  Mia: no longer cut off
+  $ journal
+  lcsh apg on
+  notify status_changed 1 1
+  notify block profile 1
+  notify unblock profile 1
+  $ simrouter blocked
+  nothing is blocked
+  the application guard is on

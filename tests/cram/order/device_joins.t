@@ -27,7 +27,7 @@ knows people only, so the journal has to show it.)
   export to /tmp/ApplicationData/app_usage.json success
   [socket] Receive cmd type=3
   [WARNING] __block_one_device_to_use_network is not implemented
-  Add dev mac = 02:00:00:00:00:1B to profile 1 success
+  Add dev mac = 00:00:5E:00:53:1B to profile 1 success
   $ journal
   $ tick 10
   $ log
@@ -43,3 +43,16 @@ The cure: disable and enable. The router hears of her once more, and finds the p
   $ simrouter blocked
   Mia (profile 1) has no network
   the application guard is on
+
+From a household file:
+
+  $ evening
+  >     $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"},{"mac":"'$phone'"}],
+  >   "limit":"1h"}'
+  /bin/sh: 39: $: not found
+  [127]
+
+  $ utm_appctl apply
+  utm_appctl: cannot read the household from /tmp/household.json: No such file or directory
+  [2]
+  $ journal

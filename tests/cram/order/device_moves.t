@@ -18,11 +18,11 @@ blocks as well.
 
   $ household
   $ utm_appctl device add 2 $console
-  utm_appctl: note: 02:00:00:00:00:2A is a device of profile 1, too; what blocks either of them blocks it
+  utm_appctl: note: 00:00:5E:00:53:2A is a device of profile 1, too; what blocks either of them blocks it
   $ utm_appctl device del 1 $console
   $ journal
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
-  lcsh apg acl reset 02:00:00:00:00:2A
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
+  lcsh apg acl reset 00:00:5E:00:53:2A
   $ simrouter blocked
   nothing is blocked
   the application guard is on
@@ -39,10 +39,10 @@ The cure: it leaves Ben too, and joins him again.
   $ utm_appctl device del 2 $console
   $ utm_appctl device add 2 $console
   $ journal
-  lcsh apg acl reset 02:00:00:00:00:2A
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
+  lcsh apg acl reset 00:00:5E:00:53:2A
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on
 
 The right way: removals first.
@@ -51,8 +51,43 @@ The right way: removals first.
   $ utm_appctl device del 1 $console
   $ utm_appctl device add 2 $console
   $ journal
-  lcsh apg acl reset 02:00:00:00:00:2A
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
+  lcsh apg acl reset 00:00:5E:00:53:2A
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
+  the application guard is on
+
+From a household file:
+
+  $ household
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}]}' \
+  >   '{"number":2,"name":"Ben","devices":[{"mac":"'$console'"}],
+  >   "applications":[{"name":"games","rule":"blocked"}]}'
+  $ utm_appctl apply
+  Mia: device 00:00:5E:00:53:2A leaves
+  Ben: device 00:00:5E:00:53:2A joins
+  Mia: limit enforced
+  Ben: limit enforced
+  $ journal
+  lcsh apg acl reset 00:00:5E:00:53:2A
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
+  $ simrouter blocked
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
+  the application guard is on
+
+And when it went the wrong way before:
+
+  $ household
+  $ utm_appctl device add 2 $console
+  utm_appctl: note: 00:00:5E:00:53:2A is a device of profile 1, too; what blocks either of them blocks it
+  $ utm_appctl device del 1 $console
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}]}' \
+  >   '{"number":2,"name":"Ben","devices":[{"mac":"'$console'"}],
+  >   "applications":[{"name":"games","rule":"blocked"}]}'
+  $ utm_appctl apply
+  Mia: limit enforced
+  Ben: limit enforced
+  $ simrouter blocked
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on

@@ -35,3 +35,14 @@ The cure: whoever exports has the daemon export to its own path as well.
   > done
   $ minutes_in $usage
   "daily_used":60
+
+"apply" looks at an export, and does that by itself:
+
+  $ afternoon
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}]}'
+  $ for i in 1 2 3; do use 20; tick 19; utm_appctl apply; done
+  Mia: limit enforced
+  nothing to do
+  nothing to do
+  $ minutes_in $usage
+  "daily_used":60

@@ -14,9 +14,10 @@ an hour of bonus, and has used all but twenty minutes. Videos are used up, games
   $ utm_appctl policy rule 1 305=10m 306=block
   $ use 70 305=10
   $ utm_appctl export $usage
+  $ cp $usage /tmp/saved.json
   $ simrouter blocked
-  video (305) is blocked on Mia's tablet (02:00:00:00:00:1A)
-  games (306) is blocked on Mia's tablet (02:00:00:00:00:1A)
+  video (305) is blocked on Mia's tablet (00:00:5E:00:53:1A)
+  games (306) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
   $ daemon stop
   $ simrouter blocked
@@ -40,11 +41,11 @@ On; people; devices; limits; empty policies, bound; the bonus; the import; the r
   $ journal
   lcsh apg on
   notify status_changed 1 1
-  lcsh apg acl set 02:00:00:00:00:1A 305 0 18
-  lcsh apg acl set 02:00:00:00:00:1A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:1A 305 0 18
+  lcsh apg acl set 00:00:5E:00:53:1A 306 0 18
   $ simrouter blocked
-  video (305) is blocked on Mia's tablet (02:00:00:00:00:1A)
-  games (306) is blocked on Mia's tablet (02:00:00:00:00:1A)
+  video (305) is blocked on Mia's tablet (00:00:5E:00:53:1A)
+  games (306) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
   $ utm_appctl usage 1
   today       70  1h10m
@@ -59,7 +60,36 @@ Midnight finds it all.
   $ sleep_over
   $ journal
   notify unblock profile 1
-  lcsh apg acl del 02:00:00:00:00:1A 305 0
+  lcsh apg acl del 00:00:5E:00:53:1A 305 0
   $ simrouter blocked
-  games (306) is blocked on Mia's tablet (02:00:00:00:00:1A)
+  games (306) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
+
+A household file says the same in one command.
+
+  $ daemon stop
+  $ clock set '2030-01-01 14:00'
+  $ daemon start
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}],"limit":"1h",
+  >   "applications":[{"name":"video","rule":"10m"},{"name":"games","rule":"blocked"}]}'
+  $ utm_appctl apply --restore /tmp/saved.json
+  limits are switched on
+  Mia: added as person 1
+  Mia: device 00:00:5E:00:53:1A joins
+  Mia: limit 1h every day
+  Mia: limit enforced
+  Mia: bonus 30m
+  usage restored from /tmp/saved.json
+  Mia: video 10m, games blocked
+  $ simrouter blocked
+  video (305) is blocked on Mia's tablet (00:00:5E:00:53:1A)
+  games (306) is blocked on Mia's tablet (00:00:5E:00:53:1A)
+  the application guard is on
+  $ utm_appctl usage 1
+  Mia
+  today       70  1h10m
+  this week   70  1h10m
+  this month  70  1h10m
+  limit       60     1h
+  extend      30    30m
+  left        20    20m

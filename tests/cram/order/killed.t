@@ -35,7 +35,7 @@ blocked, and what the daemon has not blocked it does not release.
   notify status_changed 1 1
   $ simrouter blocked
   Mia (profile 1) has no network
-  video (305) is blocked on Mia's tablet (02:00:00:00:00:1A)
+  video (305) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
 
 The next midnight releases her, since it announces a new day for everybody with a device. Videos
@@ -46,7 +46,7 @@ have no flag: they stay blocked.
   notify unblock profile 1
   $ sleep_over
   $ simrouter blocked
-  video (305) is blocked on Mia's tablet (02:00:00:00:00:1A)
+  video (305) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
 
 The cure for applications: the policy is cleared, although it is empty, once it is bound and her
@@ -66,7 +66,7 @@ blocked. So a file with nothing but a day used up makes it block her; then the l
   notify status_changed 1 1
   notify block profile 1
   notify unblock profile 1
-  lcsh apg acl reset 02:00:00:00:00:1A
+  lcsh apg acl reset 00:00:5E:00:53:1A
   $ simrouter blocked
   nothing is blocked
   the application guard is on
@@ -114,3 +114,50 @@ again, which releases her. (A bonus would have to be cancelled first, and given 
   $ simrouter blocked
   nothing is blocked
   the application guard is on
+
+From a household file. What was applied last is remembered: whoever was in the daemon and no longer
+is may still be blocked.
+
+  $ begin
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}],"limit":"1h",
+  >   "applications":[{"name":"video","rule":"10m"}]}'
+  $ utm_appctl apply >/dev/null
+  $ use 60 305=10
+  $ utm_appctl export $usage
+  $ daemon kill
+  $ clock set '2030-01-02 12:00'
+  $ daemon start
+  $ simrouter blocked
+  Mia (profile 1) has no network
+  video (305) is blocked on Mia's tablet (00:00:5E:00:53:1A)
+  the application guard is on
+  $ utm_appctl apply --restore $usage
+  limits are switched on
+  Mia: added as person 1
+  Mia: device 00:00:5E:00:53:1A joins
+  Mia: limit 1h every day
+  Mia: limit enforced
+  usage restored from /tmp/ApplicationData/app_usage.json
+  Mia: video 10m
+  $ simrouter blocked
+  nothing is blocked
+  the application guard is on
+
+Where nothing is remembered, as after commands of somebody else, it takes a repair:
+
+  $ night
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}],"limit":"1h",
+  >   "applications":[{"name":"video","rule":"10m"}]}'
+  $ utm_appctl apply --repair --restore $usage
+  limits are switched on
+  Mia: added as person 1
+  Mia: device 00:00:5E:00:53:1A joins
+  Mia: limit 1h every day
+  Mia: limit enforced
+  usage restored from /tmp/ApplicationData/app_usage.json
+  Mia: video 10m
+  $ simrouter blocked
+  nothing is blocked
+  the application guard is on
+  $ utm_appctl usage 1 --json
+  {"profile":1,"person":"Mia","today":0,"week":60,"month":60,"enabled":true,"limit":60,"extend":0,"left":60}

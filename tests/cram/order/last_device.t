@@ -19,7 +19,7 @@ when it is deleted as little as at midnight.
   $ utm_appctl device del 1 $tablet
   $ utm_appctl profile del 1 --yes
   $ journal
-  lcsh apg acl reset 02:00:00:00:00:1A
+  lcsh apg acl reset 00:00:5E:00:53:1A
   profile_daily_limit.sh -C 1
   $ sleep_over
   $ journal
@@ -49,7 +49,7 @@ It is no better when she stays, without a device.
   $ utm_appctl device del 1 $tablet
   $ sleep_over
   $ journal
-  lcsh apg acl reset 02:00:00:00:00:1A
+  lcsh apg acl reset 00:00:5E:00:53:1A
   profile_daily_limit.sh -C 1
   $ simrouter blocked
   Mia (profile 1) has no network
@@ -60,7 +60,7 @@ The right way: she is deleted whole.
   $ evening
   $ utm_appctl profile del 1 --yes
   $ journal
-  lcsh apg acl reset 02:00:00:00:00:1A
+  lcsh apg acl reset 00:00:5E:00:53:1A
   notify unblock profile 1
   $ simrouter blocked
   nothing is blocked
@@ -73,7 +73,7 @@ When she stays: her limit is disabled before the device goes, and enabled when s
   $ utm_appctl device del 1 $tablet
   $ journal
   notify unblock profile 1
-  lcsh apg acl reset 02:00:00:00:00:1A
+  lcsh apg acl reset 00:00:5E:00:53:1A
   $ simrouter blocked
   nothing is blocked
   the application guard is on
@@ -91,8 +91,43 @@ Enabled earlier, it would cut her off again, without a device, and again nothing
   $ sleep_over
   $ journal
   notify unblock profile 1
-  lcsh apg acl reset 02:00:00:00:00:1A
+  lcsh apg acl reset 00:00:5E:00:53:1A
   notify block profile 1
   $ simrouter blocked
   Mia (profile 1) has no network
+  the application guard is on
+
+From a household file, when she is of it no more, and when she has no device:
+
+  $ evening
+  $ wants
+  $ utm_appctl apply --prune
+  person 1: deleted
+  $ journal
+  lcsh apg acl reset 00:00:5E:00:53:1A
+  notify unblock profile 1
+  $ simrouter blocked
+  nothing is blocked
+  the application guard is on
+  $ evening
+  $ wants '{"number":1,"name":"Mia","limit":"1h"}'
+  $ utm_appctl apply
+  Mia: device 00:00:5E:00:53:1A leaves
+  Mia: limit only counted
+  $ journal
+  notify unblock profile 1
+  lcsh apg acl reset 00:00:5E:00:53:1A
+  $ simrouter blocked
+  nothing is blocked
+  the application guard is on
+
+When it went the wrong way before, by a repair:
+
+  $ evening
+  $ utm_appctl device del 1 $tablet
+  $ wants '{"number":1,"name":"Mia","limit":"1h"}'
+  $ utm_appctl apply --repair
+  Mia: limit only counted
+  $ simrouter blocked
+  nothing is blocked
   the application guard is on

@@ -63,3 +63,20 @@ The cure, while limits are on: enable, disable, enable. The disabling takes the 
   $ simrouter blocked
   Mia (profile 1) has no network
   the application guard is on
+
+From a household file:
+
+  $ holiday
+  Mia (profile 1) has no network
+  the application guard is on
+  nothing is blocked
+  the application guard is on
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}],"limit":"1h"}'
+  $ utm_appctl apply
+  Mia: limit enforced
+  $ journal
+  notify unblock profile 1
+  notify block profile 1
+  $ simrouter blocked
+  Mia (profile 1) has no network
+  the application guard is on

@@ -18,20 +18,20 @@ The wrong way: the rule is removed while limits are off. The binding told the en
 does not. With limits on there are games blocked and no rule.
 
   $ holiday
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
   $ utm_appctl policy rule 2 306=remove
   $ utm_appctl activate on
   $ journal
   lcsh apg on
   notify status_changed 1 1
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on
   $ sleep_over
   $ journal
   notify unblock profile 2
   $ simrouter blocked
-  games (306) is blocked on Ben's console (02:00:00:00:00:2A)
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
   the application guard is on
 
 Another removal does not help: the daemon has no such rule.
@@ -44,7 +44,7 @@ The cure: the policy is cleared, which resets his devices, and gets the rules th
   $ utm_appctl policy clear 2
   $ utm_appctl policy rule 2 305=10m
   $ journal
-  lcsh apg acl reset 02:00:00:00:00:2A
+  lcsh apg acl reset 00:00:5E:00:53:2A
   $ simrouter blocked
   nothing is blocked
   the application guard is on
@@ -52,13 +52,31 @@ The cure: the policy is cleared, which resets his devices, and gets the rules th
 The right way: on, then the removal.
 
   $ holiday
-  lcsh apg acl set 02:00:00:00:00:2A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
   $ utm_appctl activate on
   $ utm_appctl policy rule 2 306=remove
   $ journal
   lcsh apg on
   notify status_changed 1 1
-  lcsh apg acl del 02:00:00:00:00:2A 306 0
+  lcsh apg acl del 00:00:5E:00:53:2A 306 0
+  $ simrouter blocked
+  nothing is blocked
+  the application guard is on
+
+From a household file, by a repair: nothing that the daemon says shows what the engine still has.
+
+  $ holiday
+  lcsh apg acl set 00:00:5E:00:53:2A 306 0 18
+  $ utm_appctl policy rule 2 306=remove
+  $ wants '{"number":2,"name":"Ben","devices":[{"mac":"'$console'"}]}'
+  $ utm_appctl apply
+  limits are switched on
+  Ben: limit enforced
+  $ simrouter blocked
+  games (306) is blocked on Ben's console (00:00:5E:00:53:2A)
+  the application guard is on
+  $ utm_appctl apply --repair
+  nothing to change; everything was sent again
   $ simrouter blocked
   nothing is blocked
   the application guard is on
