@@ -84,6 +84,7 @@ ctl_exit ctl_weekday_show(const ctl_call &call);
 ctl_exit ctl_weekday_set(const ctl_call &call);
 ctl_exit ctl_extend_show(const ctl_call &call);
 ctl_exit ctl_people(const ctl_call &call);
+ctl_exit ctl_list(const ctl_call &call); ///< `device list` and `policy show`
 ctl_exit ctl_usage(const ctl_call &call);
 ctl_exit ctl_history(const ctl_call &call); ///< `usage --history`
 ctl_exit ctl_report(const ctl_call &call);

@@ -27,6 +27,7 @@ line shows what it says to no word, one word, and so on. Left out is watch, whic
   profile del: few right many many many
   device add: few few right right right
   device del: few few right right right
+  device list: right right many many many
   limit show: few right many many many
   limit set: few few right many many
   limit enable: few right many many many
@@ -42,6 +43,7 @@ line shows what it says to no word, one word, and so on. Left out is watch, whic
   policy create: few right many many many
   policy rule: few few right right right
   policy bind: few few right many many
+  policy show: right right many many many
   policy clear: few right many many many
   signature load: few right many many many
   interval show: right many many many many
@@ -116,6 +118,7 @@ These are all that each command takes: with any other its answer is of that kind
   profile del: --household /tmp/empty.json --yes -y
   device add: --household /tmp/empty.json
   device del: --household /tmp/empty.json
+  device list: --household /tmp/empty.json
   limit show: --household /tmp/empty.json
   limit set: --household /tmp/empty.json
   limit enable: --household /tmp/empty.json
@@ -131,6 +134,7 @@ These are all that each command takes: with any other its answer is of that kind
   policy create:
   policy rule: --names /dev/null -n/dev/null --household /tmp/empty.json
   policy bind: --household /tmp/empty.json
+  policy show: --names /dev/null -n/dev/null --household /tmp/empty.json
   policy clear:
   signature load:
   interval show:

@@ -21,6 +21,7 @@ Help needs no daemon.
     profile del ID                  delete a profile and release its devices
     device add ID MAC...            add devices to a profile
     device del ID MAC...            remove devices from a profile, release them
+    device list [ID]                list the devices of everybody, or of one
   
   Time limits
     limit show ID                   show today's limit and whether it is enabled
@@ -43,6 +44,7 @@ Help needs no daemon.
     policy create POLICY            create a policy without rules
     policy rule POLICY APP=RULE...  limit, block or free applications
     policy bind ID POLICY           give a profile a policy, permanently
+    policy show [ID]                list the rules of everybody, or of one
     policy clear POLICY             remove all rules of a policy
     signature load PATH             load signatures into the DPI engine
   
@@ -298,6 +300,19 @@ Each command has help, which ends with the same four options.
   Options:
         --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
+  Usage: utm_appctl device list [ID] [OPTIONS]
+  
+    list the devices of everybody, or of one
+  
+  Operands:
+    ID        a person: a number of your choice, or a name in the household
+  
+  Example:
+    utm_appctl device list mia
+  
+  Options:
+        --household FILE           the household file, for names of people
+    -j, --json                     print one JSON document
   Usage: utm_appctl limit show ID [OPTIONS]
   
     show today's limit and whether it is enabled
@@ -525,6 +540,20 @@ Each command has help, which ends with the same four options.
     utm_appctl policy bind mia 7
   
   Options:
+        --household FILE           the household file, for names of people
+    -j, --json                     print one JSON document
+  Usage: utm_appctl policy show [ID] [OPTIONS]
+  
+    list the rules of everybody, or of one
+  
+  Operands:
+    ID        a person: a number of your choice, or a name in the household
+  
+  Example:
+    utm_appctl policy show mia
+  
+  Options:
+    -n, --names FILE               application names: lines such as "305 video"
         --household FILE           the household file, for names of people
     -j, --json                     print one JSON document
   Usage: utm_appctl policy clear POLICY

@@ -14,7 +14,8 @@ Somebody has used something, so that no array is empty; and people and applicati
   $ export UTM_APPCTL_HOUSEHOLD=/tmp/household.json
   $ cat >$UTM_APPCTL_HOUSEHOLD <<END
   > {"applications": [{"number": 305, "name": "video"}, {"number": 306, "name": "games"}],
-  >  "people": [{"number": 3, "name": "Mia", "applications": [{"name": "video", "rule": "45m"}]}]}
+  >  "people": [{"number": 3, "name": "Mia", "applications": [{"name": "video", "rule": "45m"}],
+  >              "devices": [{"mac": "02:00:00:00:00:0a", "name": "tablet"}]}]}
   > END
   $ utm_appctl activate on
   $ add_mia
@@ -74,22 +75,22 @@ The daemon is not there, refuses, or answers nonsense.
 
   $ grep -v -e '^--version' -e '^completion' -e '^metrics' rows >needing
   $ outcomes -s /tmp/nobody
-       33 status 3
+       35 status 3
   $ start_fake_server
   $ reply 1 >answer
   $ outcomes -s $fake
-       32 status 1
+       34 status 1
         1 usage: no error: {people: [], warnings: [text]}: status 0
   $ : >answer
   $ outcomes -s $fake
-       33 status 4
+       35 status 4
   $ reply 7 >answer
   $ outcomes -s $fake
-       33 status 4
+       35 status 4
   $ { reply 2; reply 2; head -c 100 answer; } >half
   $ mv half answer
   $ outcomes -s $fake
-       33 status 4
+       35 status 4
   $ stop_fake_server
 
 A text from outside is clean, and in one line.
