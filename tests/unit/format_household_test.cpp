@@ -309,7 +309,8 @@ std::string read_file(const std::string &name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// @return what stands between fences on the page, in order
+/// @return what stands between fences on the page, in order: the example, a limit, what is said of
+///         errors, and answers of the client
 std::vector<std::string> blocks_of_the_page() {
     const std::string page = read_file("docs/household.md");
     const std::string fence = "```";
@@ -325,7 +326,7 @@ std::vector<std::string> blocks_of_the_page() {
 
 TEST(HouseholdPage, HasAnExampleWithoutARemark) {
     const std::vector<std::string> blocks = blocks_of_the_page();
-    ASSERT_EQ(blocks.size(), 3u);
+    ASSERT_GE(blocks.size(), 3u);
     EXPECT_EQ(blocks[0], read_file("docs/examples/household.json"));
     reading_t reading = {};
     read_household(blocks[0], &reading);
@@ -348,7 +349,7 @@ TEST(HouseholdPage, HasAnExampleWithoutARemark) {
 
 TEST(HouseholdPage, ShowsALimitByDaysAndWhatIsSaidOfErrors) {
     const std::vector<std::string> blocks = blocks_of_the_page();
-    ASSERT_EQ(blocks.size(), 3u);
+    ASSERT_GE(blocks.size(), 3u);
     reading_t limit = {};
     read_household(R"({"people":[{"number":1,"name":"a","limit":)" + blocks[1] + "}]}", &limit);
     EXPECT_EQ(render(limit.household),
