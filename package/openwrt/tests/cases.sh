@@ -665,8 +665,12 @@ a_daemon_that_is_slow_to_answer_is_waited_for() {
     /usr/bin/utm_appctl --timeout 60 activate on &
     until_true 10 switched_on_twice
     $init stop &
+    stopping=$!
     until_true 20 told "saved what was used" || check "the last file is saved" yes no
     check "the last file" 42 "$(used_in $saved)"
+    kill -TERM $stopping # as a shutdown does when it takes long
+    sleep 1
+    check "the stop goes on" 0 "$(kill -0 $stopping; echo $?)"
     touch /tmp/open
     until_true 20 told "has ended"
     until_true 10 nothing_runs
