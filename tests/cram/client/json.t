@@ -56,7 +56,7 @@ A command that nobody knows, or that lacks its operands. (Completion takes any w
   >   utm_appctl -j $command one two three four five -- >printed 2>messages
   >   outcome
   > done | sort | uniq -c
-       64 status 2
+       68 status 2
   $ for command in pong limit 'limit raise' '' 'help pong' 'usage 3 --day 99' '--js -t' '-xj' '-jx'; do
   >   utm_appctl -j $command >printed 2>messages
   >   outcome

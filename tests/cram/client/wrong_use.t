@@ -65,7 +65,7 @@ What comes near a word is taken for a slip of the hand.
   Did you mean "device"?
   status 2
   utm_appctl: "policy buid" is no command
-  Give one of: create, rule, bind, clear; see utm_appctl policy --help
+  Give one of: create, rule, bind, show, clear; see utm_appctl policy --help
   status 2
   utm_appctl: "xyz" is no command
   See utm_appctl --help
