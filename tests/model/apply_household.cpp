@@ -166,7 +166,7 @@ std::string flag_text(int32_t flag, bool counts) {
     return counts ? " blocked " + digits(flag) : "";
 }
 
-std::string person_text(config_user_profile_t *profile, bool flags) {
+std::string person_text(config_user_profile_t *profile, bool flags) UTM_STORE_LOCKED {
     std::string text = " enabled " + digits(profile->daily_limit_enable) + " limit " +
                        digits(profile->daily_limit) + "+" + digits(profile->daily_extend) +
                        " used " + digits(profile->daily_used) + "/" + digits(profile->weekly_used) +
@@ -177,7 +177,7 @@ std::string person_text(config_user_profile_t *profile, bool flags) {
     return text;
 }
 
-void look_at(config_user_profile_t *profile, bool flags, view_t *view) {
+void look_at(config_user_profile_t *profile, bool flags, view_t *view) UTM_STORE_LOCKED {
     const std::string person = "person " + digits(profile->user_profile_id);
     view->lines.insert(person + person_text(profile, flags));
     for (const config_device_t &device : devices_of(profile))
