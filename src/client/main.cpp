@@ -94,8 +94,9 @@ void write_help(FILE *out) {
             fprintf(out, "\n%s\n", verb.group);
         write_verb_line(out, verb);
     }
-    fputs("\nOptions (COMMAND --help lists those of a command)\n", out);
-    ctl_write_options(out, ~0U);
+    // All options would fill another screen.
+    fputs("\nOptions of every command (COMMAND --help lists all that it takes)\n", out);
+    ctl_write_options(out, ctl_common_options);
     fputs("\nOperands\n", out);
     for (const operand_form &form : forms)
         write_form(out, form);

@@ -57,29 +57,7 @@ Help needs no daemon.
   For shells
     completion WORD...              print what may stand for the last word
   
-  Options (COMMAND --help lists those of a command)
-    -a, --ascii                    draw charts in plain ASCII
-    -n, --names FILE               application names: lines such as "305 video"
-        --household FILE           the household file, for names of people
-        --apps                     applications today, or a chart for each
-        --day N                    applications on the day N days ago, 0 to 30
-        --yesterday                the same as --day 1
-        --week N                   applications in the week N weeks ago, 0 to 3
-        --month                    applications in this month
-        --history                  a chart, of days unless --weeks is given
-        --days                     with --history: today and 30 days before
-        --weeks                    with --history: this week and 3 before
-        --dry-run                  only say what would be done
-        --repair                   send everything that could be out of step
-        --prune                    delete who is not of the household
-        --restore PATH             import a usage file, if nothing was counted
-        --csv                      print lines of comma-separated values
-    -y, --yes                      delete the history, too, without asking
-        --person PERSON            a page for this person, without anybody else
-    -o, --output FILE              write this file instead, whole or not at all
-        --all                      also what is, and each minute that is used
-        --exec FOLDER              run the programs in the folder with each event
-        --interval SECONDS         how often to look; default 10
+  Options of every command (COMMAND --help lists all that it takes)
     -j, --json                     print one JSON document
     -s, --socket PATH              the daemon's socket, if not the default
     -t, --timeout SECONDS          how long to wait for an answer; default 30
