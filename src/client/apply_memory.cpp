@@ -123,13 +123,12 @@ void write_household_person(writer *to, json_object *list, const household_t &ho
 }
 
 bool is_of_household(const household_t &household, int32_t number) {
-    return std::any_of(household.people.begin(), household.people.end(),
-                       [number](const auto &person) { return person.number == number; });
+    return household_person_of(household, number) != nullptr;
 }
 
 /// @return false when memory ran out
 bool add_once(const ctl_mac &mac, plain_vector<ctl_mac> *devices) {
-    return std::find(devices->begin(), devices->end(), mac) != devices->end() || devices->add(mac);
+    return ctl_contains(*devices, mac) || devices->add(mac);
 }
 
 // ---- Reading -------------------------------------------------------------------------------

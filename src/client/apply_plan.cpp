@@ -60,6 +60,8 @@ private:
     void begin(const ctl_line &line, int32_t person);
     void begin_quietly() { begin(ctl_line{}); }
     ctl_step *send(const utm_app_config_cmd &request);
+    ctl_step *send(uint8_t type, int32_t arg0, int32_t arg1 = 0, int32_t arg2 = 0, int32_t arg3 = 0,
+                   int32_t arg4 = 0);
     void send_device(uint8_t type, int32_t person, const ctl_mac &mac);
     void send_file(ctl_step_file file);
     void send_weekday(person_plan *person, int32_t day, int32_t minutes);
@@ -121,6 +123,13 @@ ctl_step *planner::send(const utm_app_config_cmd &request) {
     return &plan_.steps[plan_.steps.size() - 1];
 }
 
+/// Written out once, since a request is large and there are many of them.
+ctl_step *planner::send(uint8_t type, int32_t arg0, int32_t arg1, int32_t arg2, int32_t arg3,
+                        int32_t arg4) {
+    return send(
+        {.type = type, .arg0 = arg0, .arg1 = arg1, .arg2 = arg2, .arg3 = arg3, .arg4 = arg4});
+}
+
 void planner::send_device(uint8_t type, int32_t person, const ctl_mac &mac) {
     utm_app_config_cmd request = {.type = type, .arg0 = person};
     utm_app_config_put_mac(&request, mac.bytes);
@@ -128,16 +137,13 @@ void planner::send_device(uint8_t type, int32_t person, const ctl_mac &mac) {
 }
 
 void planner::send_file(ctl_step_file file) {
-    ctl_step *step = send({.type = UTM_APP_CONFIG_IMPORT_STATISTICS});
+    ctl_step *step = send(UTM_APP_CONFIG_IMPORT_STATISTICS, 0);
     if (step != nullptr)
         step->file = file;
 }
 
 void planner::send_weekday(person_plan *person, int32_t day, int32_t minutes) {
-    send({.type = UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT,
-          .arg0 = person->number,
-          .arg1 = day,
-          .arg3 = minutes});
+    send(UTM_APP_CONFIG_SET_WEEKDAY_DAILY_LIMIT, person->number, day, 0, minutes);
     person->weekday_limits[day] = minutes;
     if (day == wish_.weekday)
         person->limit = minutes;
@@ -153,7 +159,7 @@ void planner::set_todays_limit(person_plan *person, int32_t minutes) {
 }
 
 void planner::enable(person_plan *person, bool enabled) {
-    send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person->number, .arg2 = enabled});
+    send(UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, person->number, 0, enabled);
     person->enabled = enabled;
     person->blocked = enabled && (person->blocked || person->used >= person->budget());
 }
@@ -227,8 +233,7 @@ bool planner::has_to_leave(const ctl_daemon_person &person, const ctl_mac &mac) 
 /// The daemon has lost who was there, as it does when it is killed: the router may still believe
 /// what it was told.
 bool planner::is_to_be_released(int32_t number, const ctl_daemon_person *now) const {
-    const auto &pending = wish_.memory.release;
-    if (wish_.repair || std::find(pending.begin(), pending.end(), number) != pending.end())
+    if (wish_.repair || ctl_contains(wish_.memory.release, number))
         return true;
     const ctl_daemon_person *applied = ctl_state_person(wish_.memory.applied, number);
     return now == nullptr && applied != nullptr && applied->enabled;
@@ -339,7 +344,7 @@ void planner::remove_devices_of(const ctl_daemon_person &person) {
         // is told that they are.
         if (!has_begun && person.enabled && person.blocked) {
             begin_quietly();
-            send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.number});
+            send(UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, person.number);
             if (planned != nullptr)
                 planned->enabled = planned->blocked = false;
         }
@@ -355,7 +360,7 @@ void planner::remove_devices_of(const ctl_daemon_person &person) {
     }
     if (has_begun && planned == nullptr && person.enabled && person.blocked) {
         begin_quietly();
-        send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.number, .arg2 = 1});
+        send(UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, person.number, 0, 1);
     }
 }
 
@@ -375,10 +380,10 @@ void planner::prune() {
             begin_quietly();
         // Without a device nobody is told that they are free again, unless that is before.
         if (person.blocked && person.devices.count == 0) {
-            send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.number, .arg2 = 1});
-            send({.type = UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, .arg0 = person.number});
+            send(UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, person.number, 0, 1);
+            send(UTM_APP_CONFIG_SET_DAILY_LIMIT_ENABLE, person.number);
         }
-        send({.type = UTM_APP_CONFIG_DELETE_PROFILE, .arg0 = person.number});
+        send(UTM_APP_CONFIG_DELETE_PROFILE, person.number);
     }
 }
 
@@ -389,13 +394,12 @@ void planner::create_people() {
         begin(ctl_line_of("%s: added as person %d",
                           ctl_person_called(wish_.household, person.number).text, person.number),
               person.number);
-        send({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = person.number});
+        send(UTM_APP_CONFIG_CREATE_PROFILE, person.number);
     }
 }
 
 void planner::note_ghost(const ctl_mac &mac, plain_vector<ctl_mac> *ghosts) {
-    if (!ctl_state_knows_device(wish_.state, mac) &&
-        std::find(ghosts->begin(), ghosts->end(), mac) == ghosts->end())
+    if (!ctl_state_knows_device(wish_.state, mac) && !ctl_contains(*ghosts, mac))
         keep(ghosts, mac);
 }
 
@@ -413,10 +417,10 @@ void planner::release_ghosts() {
     if (ghosts.empty())
         return;
     begin_quietly();
-    send({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = plan_.scratch});
+    send(UTM_APP_CONFIG_CREATE_PROFILE, plan_.scratch);
     for (const ctl_mac &mac : ghosts)
         send_device(UTM_APP_CONFIG_ADD_DEVICE, plan_.scratch, mac);
-    send({.type = UTM_APP_CONFIG_DELETE_PROFILE, .arg0 = plan_.scratch});
+    send(UTM_APP_CONFIG_DELETE_PROFILE, plan_.scratch);
 }
 
 void planner::add_devices() {
@@ -443,7 +447,7 @@ void planner::clear_policies() {
         if (person.policy == 0 || (!wish_.repair && wish_.usage == nullptr && !person.is_released))
             continue;
         begin_quietly();
-        send({.type = UTM_APP_CONFIG_DELETE_POLICY, .arg0 = person.policy});
+        send(UTM_APP_CONFIG_DELETE_POLICY, person.policy);
         person.is_cleared = true;
     }
 }
@@ -480,7 +484,7 @@ void planner::release_people() {
     plain_vector<person_plan *> by_file;
     begin_quietly();
     for (person_plan &person : lost_) {
-        send({.type = UTM_APP_CONFIG_CREATE_PROFILE, .arg0 = person.number});
+        send(UTM_APP_CONFIG_CREATE_PROFILE, person.number);
         keep(&by_file, &person);
     }
     for (person_plan &person : people_) {
@@ -493,7 +497,7 @@ void planner::release_people() {
     }
     release_by_file(&by_file);
     for (const person_plan &person : lost_)
-        send({.type = UTM_APP_CONFIG_DELETE_PROFILE, .arg0 = person.number});
+        send(UTM_APP_CONFIG_DELETE_PROFILE, person.number);
 }
 
 void planner::set_limits(person_plan *person) {
@@ -528,11 +532,11 @@ void planner::bind_policies() {
         }
         person.policy = policy;
         begin_quietly();
-        ctl_step *create = send({.type = UTM_APP_CONFIG_CREATE_POLICY, .arg0 = policy});
+        ctl_step *create = send(UTM_APP_CONFIG_CREATE_POLICY, policy);
         if (create != nullptr)
             create->may_be_refused = true;
-        send({.type = UTM_APP_CONFIG_DELETE_POLICY, .arg0 = policy});
-        send({.type = UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, .arg0 = person.number, .arg1 = policy});
+        send(UTM_APP_CONFIG_DELETE_POLICY, policy);
+        send(UTM_APP_CONFIG_ADD_POLICY_TO_PROFILE, person.number, policy);
     }
 }
 
@@ -567,9 +571,7 @@ void planner::give_bonus(const ctl_daemon_person &from) {
                       ctl_time_of(bonus).text),
           from.number);
     for (int32_t left = bonus - person->extend; left > 0; left -= bonus_part_max)
-        send({.type = UTM_APP_CONFIG_ADD_EXTEND,
-              .arg0 = from.number,
-              .arg4 = std::min(left, bonus_part_max)});
+        send(UTM_APP_CONFIG_ADD_EXTEND, from.number, 0, 0, 0, std::min(left, bonus_part_max));
 }
 
 /// The bonus comes first: a usage file does not bring it back, and whoever has used part of it
@@ -584,7 +586,7 @@ void planner::restore() {
     send_file(ctl_step_file::usage);
     for (const ctl_daemon_person &person : wish_.usage->people)
         if (household_person_of(wish_.household, person.number) == nullptr && wish_.prune)
-            send({.type = UTM_APP_CONFIG_DELETE_PROFILE, .arg0 = person.number});
+            send(UTM_APP_CONFIG_DELETE_PROFILE, person.number);
         else if (household_person_of(wish_.household, person.number) == nullptr &&
                  ctl_state_person(wish_.state, person.number) == nullptr)
             keep(&plan_.warnings, ctl_line_of("person %d comes from the usage file and is not of "
@@ -658,7 +660,7 @@ bool planner::make() {
             begin(ctl_line_of("limits are switched off"));
         else
             begin_quietly();
-        send({.type = UTM_APP_CONFIG_SET_ACTIVATE, .arg0 = 0});
+        send(UTM_APP_CONFIG_SET_ACTIVATE, 0);
     }
     return fits_;
 }

@@ -246,8 +246,7 @@ ctl_exit applier::write_use_files() {
     for (size_t i = 0; i < json_array_size(exported_people); ++i) {
         json_object *element = json_object_array_get_idx(exported_people, i);
         int32_t number = 0;
-        if (usage_read_profile_id(element, &number) &&
-            std::find(plan_.used_up.begin(), plan_.used_up.end(), number) != plan_.used_up.end())
+        if (usage_read_profile_id(element, &number) && ctl_contains(plan_.used_up, number))
             json_object_array_add(people, json_object_get(element));
     }
     json_object *exported_router = usage_router_apps_of(exported.get());

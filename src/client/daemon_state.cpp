@@ -169,12 +169,14 @@ const ctl_daemon_person *ctl_state_person(const ctl_daemon_state &state, int32_t
 
 bool ctl_state_has_device(const ctl_daemon_state &state, const ctl_daemon_person &person,
                           const ctl_mac &mac) {
-    const auto devices = household_records(state.devices, person.devices);
-    return std::find(devices.begin(), devices.end(), mac) != devices.end();
+    for (const ctl_mac &device : household_records(state.devices, person.devices))
+        if (device == mac)
+            return true;
+    return false;
 }
 
 bool ctl_state_knows_device(const ctl_daemon_state &state, const ctl_mac &mac) {
-    return std::find(state.devices.begin(), state.devices.end(), mac) != state.devices.end();
+    return ctl_contains(state.devices, mac);
 }
 
 bool ctl_state_read(json_object *root, ctl_daemon_state *state) {

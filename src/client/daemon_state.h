@@ -29,6 +29,15 @@ struct ctl_mac {
     return mac;
 }
 
+/// `std::find`, without its loop's being unrolled.
+template <typename T>
+[[gnu::noinline, nodiscard]] bool ctl_contains(const plain_vector<T> &list, const T &element) {
+    for (const T &other : list)
+        if (other == element)
+            return true;
+    return false;
+}
+
 /// An application's use today.
 struct ctl_app_today {
     int32_t app_id;
