@@ -3,6 +3,8 @@
 ///
 /// An input is the text of a file.
 
+#include "client/household_file.h"
+#include "client/person_page.h"
 #include "client/report.h"
 #include "tests/fuzz/client_output.h"
 #include "tests/fuzz/json_mutator.h"
@@ -14,17 +16,35 @@
 namespace {
 
 std::unique_ptr<fuzz::input_file_t> usage_file;
-ctl_app_names names;
+household_t household;
 
 /// What a page must not take for its own markup.
-constexpr char odd_names[] = "305 <b>&\"video\"</b>\n"
-                             "306 '/><script>\n"
-                             "0 \xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d\n";
+constexpr char odd_names[] = R"({
+    "applications": [ { "number": 305, "name": "<b>&\"video\"</b>" },
+                      { "number": 306, "name": "'/><script>" },
+                      { "number": 307, "name": "\u05e9\u05dc\u05d5\u05dd" } ],
+    "people": [ { "number": 3, "name": "</h2><script>", "applications": [
+                    { "name": "305", "rule": "45m" }, { "name": "306", "rule": "blocked" } ] },
+                { "number": 1, "name": "\u05e9'&\"" } ] })";
 
 void read_odd_names() {
     fuzz::input_file_t file("/tmp/fuzz_names");
     file.write(odd_names);
-    fuzz::check(ctl_read_names(file.path(), &names) == CTL_DONE, "the names cannot be read");
+    fuzz::check(ctl_read_names_of_household(file.path(), nullptr, &household) == CTL_DONE &&
+                    household.people.size() == 2,
+                "the household cannot be read");
+}
+
+/// Whatever the file holds, the page is well-formed or there is none.
+template <typename Write>
+void check_page(Write write) {
+    fuzz::memory_stream_t page;
+    const ctl_exit status = write(page.get());
+    const std::string text = page.text();
+    if (status == CTL_DONE)
+        fuzz::check_html(text);
+    else
+        fuzz::check(status == CTL_USAGE && text.empty(), "a part of a page after a refusal");
 }
 
 } // namespace
@@ -45,12 +65,15 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     usage_file->write(std::string(bytes, bytes + size));
-    fuzz::memory_stream_t page;
-    const ctl_exit status = ctl_write_report(page.get(), usage_file->path(), names);
-    const std::string text = page.text();
-    if (status == CTL_DONE)
-        fuzz::check_html(text);
-    else
-        fuzz::check(status == CTL_USAGE && text.empty(), "a part of a page after a refusal");
+    check_page([](FILE *page) { return ctl_write_report(page, usage_file->path(), household); });
+    for (const int32_t number : {1, 3})
+        check_page([number](FILE *page) {
+            ctl_person_day day = {};
+            const ctl_exit status =
+                ctl_read_person_day(usage_file->path(), household, number, &day);
+            if (status == CTL_DONE)
+                ctl_write_person_page(page, day, household);
+            return status;
+        });
     return 0;
 }
