@@ -119,6 +119,16 @@ std::string checked_scenario(const std::string &path) {
     return text;
 }
 
+/// Lays a scenario's household file, where it has one beside it, to where the client looks for it.
+bool lay_household_file(std::string scenario) {
+    const std::string ending = ".scenario";
+    if (!scenario.ends_with(ending))
+        return true;
+    scenario.replace(scenario.size() - ending.size(), ending.size(), ".household.json");
+    const std::string text = sim_read_file(scenario);
+    return text.empty() || sim_write_file(getenv("UTM_APPCTL_HOUSEHOLD"), text);
+}
+
 void make_household(const sandbox_wish &wish, sim_clock *clock, sim_daemon_options *options) {
     std::string household;
     if (wish.scenario != "none")
@@ -126,6 +136,7 @@ void make_household(const sandbox_wish &wish, sim_clock *clock, sim_daemon_optio
     // The router provides the usage file's folder; the daemon never makes it.
     if (mkdir(household_router, 0777) != 0 || mkdir("/tmp/ApplicationData", 0777) != 0 ||
         !sim_write_file(household_file("scenario"), household) ||
+        !lay_household_file(wish.scenario) ||
         !sim_clock_create(clock, household_file("clock"), start_time(wish.start)))
         fail(std::string("cannot prepare ") + household_router + ": " + strerror(errno));
     *options = sim_built_options(household_router);

@@ -2,7 +2,7 @@ What reaches the router is told once.
 
   $ utm_appctl activate on
   $ utm_appctl profile add 1
-  $ utm_appctl device add 1 02:00:00:00:00:1A
+  $ utm_appctl device add 1 00:00:5E:00:53:1A
   $ utm_appctl policy create 10
   $ utm_appctl policy rule 10 305=45m 306=block
   $ utm_appctl policy bind 1 10
@@ -11,7 +11,7 @@ What reaches the router is told once.
   $ journal
   lcsh apg on
   notify status_changed 1 1
-  lcsh apg acl set 02:00:00:00:00:1A 306 0 18
+  lcsh apg acl set 00:00:5E:00:53:1A 306 0 18
   $ journal
 
 Mia's tablet is online from five past five on, and used up at 17:35.
@@ -21,7 +21,7 @@ Mia's tablet is online from five past five on, and used up at 17:35.
   notify block profile 1
   $ simrouter blocked
   Mia (profile 1) has no network
-  short clips (306) is blocked on Mia's tablet (02:00:00:00:00:1A)
+  short clips (306) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
   $ utm_appctl usage 1
   today       30  30m
@@ -40,7 +40,7 @@ Once more from the start, and with the questions that the daemon asks each minut
   $ journal
   $ tick
   $ journal --queries
-  ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{"s":1899823140,"e":1899823200,"mac":"02000000001A "}'
+  ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{"s":1899823140,"e":1899823200,"mac":"00005E00531A "}'
   ubus -t 2 call lc-dpi.lc-dev-statd time_usage_hour '{"s":1899823140,"e":1899823200}'
   $ journal --queries --all | wc -l
   89

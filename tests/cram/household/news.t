@@ -10,7 +10,7 @@ News is what the daemon has logged and what has reached the router, with the tim
   16:59  router  notify status_changed 1 1
 
   $ utm_appctl profile add 1
-  $ utm_appctl device add 1 02:00:00:00:00:1A
+  $ utm_appctl device add 1 00:00:5E:00:53:1A
   $ utm_appctl limit set 1 30m
   $ utm_appctl limit enable 1
   $ news | sed 's,/[^ ]*/utm_appctl\.[^ /]*,/tmp/utm_appctl.XXXXXX,'
@@ -20,7 +20,7 @@ News is what the daemon has logged and what has reached the router, with the tim
   16:59  daemon  [socket] Receive cmd type=51
   16:59  daemon  export to /tmp/utm_appctl.XXXXXX/usage.json success
   16:59  daemon  [socket] Receive cmd type=3
-  16:59  daemon  Add dev mac = 02:00:00:00:00:1A to profile 1 success
+  16:59  daemon  Add dev mac = 00:00:5E:00:53:1A to profile 1 success
   16:59  daemon  [socket] Receive cmd type=28
   16:59  daemon  Set daily limit to 30 for profile 1 success
   16:59  daemon  [socket] Receive cmd type=26
@@ -95,7 +95,7 @@ A daemon that is gone has no more news.
   17:37  daemon  Flush all profiles success
   17:37  daemon  Reset top apps success
   17:37  daemon  Config handler exit
-  17:37  router  lcsh apg acl reset 02:00:00:00:00:1A
+  17:37  router  lcsh apg acl reset 00:00:5E:00:53:1A
   17:37  router  notify unblock profile 1
   $ tick --news
   tick: no daemon is running

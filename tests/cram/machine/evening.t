@@ -9,7 +9,7 @@ An evening that does not go as told ends the demo, which says what was expected.
 
 A router that only says that it bars an application is found out.
 
-  $ play 'echo 256 apg acl set 02:00:00:00:00:1B 305 >/tmp/router/fail'
+  $ play 'echo 256 apg acl set 00:00:5E:00:53:1B 305 >/tmp/router/fail'
   1
   expected: a limit holds on all of Mia's devices
   This scene did not happen as told: Video and games have limits of their own
@@ -25,7 +25,7 @@ So is one that does not heed its rules: what people may use would prove nothing 
 
 So is one that never lets it go again, and one that says nothing of what is used.
 
-  $ play 'echo 256 apg acl del 02:00:00:00:00:2A 412 >/tmp/router/fail'
+  $ play 'echo 256 apg acl del 00:00:5E:00:53:2A 412 >/tmp/router/fail'
   1
   expected: games work again
   This scene did not happen as told: Midnight
