@@ -180,14 +180,13 @@ show_progress() {
     done
 }
 
-# The household, as its scenario has it, and the names of its applications for the client.
-declare -A profile=() device=() figure=()
-person=() app=() owned=() minutes=()
-while read -r what handle id name; do
+# The household, as its scenario has it.
+declare -A device=() figure=()
+person=() app=() minutes=()
+while read -r what _ id name; do
     case $what in
-    person) person[id]=$name profile[$handle]=$id ;;
+    person) person[id]=$name ;;
     app) app[id]=$name ;;
-    device) device[${name%% *}]=${name#* } owned+=("${profile[$id]} ${name%% *}") ;;
+    device) device[${name%% *}]=${name#* } ;;
     esac
 done <"$UTM_SIM_DIR/scenario"
-for id in "${!app[@]}"; do echo "$id ${app[id]}"; done >/tmp/apps

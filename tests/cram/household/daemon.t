@@ -32,7 +32,7 @@ A new one knows of nothing.
   $ daemon start
   $ utm_appctl activate on
   $ utm_appctl profile add 1
-  $ utm_appctl usage 1 | head -n 1
+  $ utm_appctl usage 1 | sed -n 2p
   today               0   0m
 
 Nor does it after a power cut, which is what "kill" is.
@@ -43,7 +43,7 @@ Nor does it after a power cut, which is what "kill" is.
   [1]
   $ daemon start
   $ utm_appctl usage 1
-  utm_appctl: the daemon refused: no such profile; create it with profile add
+  utm_appctl: the daemon refused: Mia is not set up; have apply do it, or create profile 1 with profile add
   [1]
 
 Anything else is explained.

@@ -21,11 +21,11 @@ The daemon's files are at its own paths, and begin empty.
   $ daemon start
   $ utm_appctl activate on
   $ utm_appctl usage 1
-  utm_appctl: the daemon refused: no such profile; create it with profile add
+  utm_appctl: the daemon refused: Mia is not set up; have apply do it, or create profile 1 with profile add
   [1]
   $ utm_appctl import /tmp/usage.json
   $ utm_appctl usage 1 --json
-  {"profile":1,"person":null,"today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
+  {"profile":1,"person":"Mia","today":0,"week":0,"month":0,"enabled":false,"limit":1440,"extend":0,"left":1440}
 
 A shell makes, moves and removes files beside them.
 

@@ -24,6 +24,7 @@ Mia's tablet is online from five past five on, and used up at 17:35.
   short clips (306) is blocked on Mia's tablet (00:00:5E:00:53:1A)
   the application guard is on
   $ utm_appctl usage 1
+  Mia
   today       30  30m
   this week   30  30m
   this month  30  30m

@@ -16,9 +16,6 @@ News is what the daemon has logged and what has reached the router, with the tim
   $ news | sed 's,/[^ ]*/utm_appctl\.[^ /]*,/tmp/utm_appctl.XXXXXX,'
   16:59  daemon  [socket] Receive cmd type=1
   16:59  daemon  Create profile 1 success
-  16:59  daemon  [socket] Receive cmd type=47
-  16:59  daemon  [socket] Receive cmd type=51
-  16:59  daemon  export to /tmp/utm_appctl.XXXXXX/usage.json success
   16:59  daemon  [socket] Receive cmd type=3
   16:59  daemon  Add dev mac = 00:00:5E:00:53:1A to profile 1 success
   16:59  daemon  [socket] Receive cmd type=28

@@ -44,15 +44,17 @@ The one in C asks for what profile 3 has used this week.
   $ ./client
   [1]
   $ utm_appctl profile add 3
-  $ utm_appctl device add 3 02:00:00:00:00:1A 02:00:00:00:00:3A
+  $ utm_appctl device add 3 00:00:5E:00:53:1A 00:00:5E:00:53:3A
+  utm_appctl: note: 00:00:5E:00:53:1A is a device of Mia, too; what blocks either of them blocks it
   $ tick 90
   $ ./client
   305: 83 minutes
   12: 20 minutes
   $ utm_appctl usage 3 --week 0
+  Ana
   APPLICATION  MINUTES   TIME
-  305               83  1h23m
-  12                20    20m
+  video             83  1h23m
+  mail              20    20m
   total            103  1h43m
   $ daemon stop
   $ ./client

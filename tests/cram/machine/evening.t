@@ -21,7 +21,7 @@ So is one that does not heed its rules: what people may use would prove nothing 
   $ play 'echo 256 apg on >/tmp/router/fail'
   1
   expected: the application guard is on
-  This scene did not happen as told: and what they may use
+  This scene did not happen as told: and so they are
 
 So is one that never lets it go again, and one that says nothing of what is used.
 
@@ -45,11 +45,11 @@ A client that fails, one that complains, and one that answers something else.
   > }
   $ instead 'extend\ add*' 'exit 1'
   1
-  expected: success without a complaint: utm_appctl extend add 1 30m
+  expected: success without a complaint: utm_appctl extend add mia 30m
   This scene did not happen as told: A bonus
   $ instead 'extend\ add*' 'echo no >&2'
   1
-  expected: success without a complaint: utm_appctl extend add 1 30m
+  expected: success without a complaint: utm_appctl extend add mia 30m
   no
   This scene did not happen as told: A bonus
   $ instead 'usage\ 2\ --json' 'echo "{}"; exit'
@@ -61,7 +61,7 @@ A daemon that dies.
 
   $ instead 'extend\ add*' 'daemon kill'
   1
-  expected: success without a complaint: utm_appctl extend add 1 30m
+  expected: success without a complaint: utm_appctl extend add mia 30m
   utm_appctl: cannot reach the daemon at /dev/utm_app_config_socket (Connection refused): is it running? Use -s for another socket
   This scene did not happen as told: A bonus
 
@@ -91,5 +91,5 @@ A page's name may have a blank.
   $ utm_sandbox --no-daemon "$SOURCE/scripts/lib/evening" --fast 'the page.html' >evening
   $ tail -c 8 'the page.html'
   </html>
-  $ grep -c '\$ utm_appctl report --names /tmp/apps > the.* page.html' evening
+  $ grep -c '\$ utm_appctl report > the.* page.html' evening
   1
