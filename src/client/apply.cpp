@@ -19,20 +19,33 @@ void print_lines(const ctl_apply_report &report, const ctl_apply_wish &wish) {
         puts("(a dry run: nothing was changed)");
 }
 
-ctl_exit print_document(const ctl_apply_report &report) {
+/// The household's own name: who is deleted has none any more.
+void add_person(ctl_document *step, const household_t &household, int32_t number) {
+    const household_person_t *person = household_person_of(household, number);
+    step->add_int("profile", number);
+    if (person != nullptr)
+        step->add_text("person", person->name.text);
+    else
+        step->add_nothing("person");
+}
+
+/// @param status  how it ended: what was done before it failed is told, too
+ctl_exit print_document(const ctl_apply_report &report, const household_t &household,
+                        ctl_exit status) {
     ctl_document document;
+    if (status != CTL_DONE)
+        document.add_error();
     document.add_bool("changed", !report.deeds.empty());
     json_object *steps = document.add_array("steps");
     for (const ctl_deed &deed : report.deeds) {
         ctl_document step;
         step.add_text("what", deed.line.text);
         if (deed.is_personal)
-            step.add_int("person", deed.person);
-        else
-            step.add_nothing("person");
+            add_person(&step, household, deed.person);
         document.append(steps, &step);
     }
-    return document.print();
+    const ctl_exit printed = document.print();
+    return printed == CTL_DONE ? status : printed;
 }
 
 } // namespace
@@ -60,8 +73,8 @@ ctl_exit ctl_apply(const ctl_call &call) {
     status = ctl_apply_household(household, wish, ctl_wire_to(options.daemon), &report);
     for (const ctl_line &warning : report.warnings)
         ctl_say("%s", warning.text);
-    if (status == CTL_DONE && call.json())
-        return print_document(report);
+    if (call.json())
+        return print_document(report, household, status);
     if (status == CTL_DONE || !report.deeds.empty())
         print_lines(report, wish);
     return status;

@@ -311,21 +311,22 @@ ctl_exit ctl_document::print() {
     return CTL_DONE;
 }
 
+void ctl_document::add_error() {
+    const plain_vector<ctl_message> &said = ctl_said();
+    add_text("error", said.empty() ? "not done" : said[said.size() - 1].text);
+    if (said.size() > 1)
+        add_messages("messages");
+    ctl_said().clear(); // the error is no warning
+}
+
 ctl_exit ctl_end_documents(ctl_exit status) {
     if (is_printed)
         return status;
     ctl_document document;
-    const plain_vector<ctl_message> &said = ctl_said();
     if (status == CTL_DONE)
         document.add_bool("done", true);
-    else if (said.empty())
-        document.add_text("error", "not done");
     else
-        document.add_text("error", said[said.size() - 1].text);
-    if (status != CTL_DONE && said.size() > 1)
-        document.add_messages("messages");
-    else if (status != CTL_DONE)
-        ctl_said().clear(); // the error is no warning
+        document.add_error();
     const ctl_exit printed = document.print();
     return printed == CTL_DONE ? status : printed;
 }

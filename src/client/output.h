@@ -116,6 +116,8 @@ public:
 
     /// Adds an array of what was said, if anything was, and forgets it.
     void add_messages(const char *key);
+    /// Adds what was said last as "error", with all that was said as "messages" when it was more.
+    void add_error();
 
     /// @return the document on one line, for as long as it is there; null when memory ran out
     [[nodiscard]] const char *text() const;

@@ -59,7 +59,9 @@ TEST(ClientBadServer, AHistoryThatEndsWithARefusalPrintsNothing) {
         const bool is_history = request[0] == UTM_APP_CONFIG_GET_PREV_DAY_USAGE;
         sim_send(fd, is_history ? status_reply(DATA) + status_reply(1) : status_reply(0));
     });
-    EXPECT_EQ(ask_fake({"usage", "3", "--history"}), fails(1, "the daemon refused: it should not; are both programs of the same version?"));
+    EXPECT_EQ(
+        ask_fake({"usage", "3", "--history"}),
+        fails(1, "the daemon refused: it should not; are both programs of the same version?"));
 }
 
 TEST(ClientBadServer, AListWithoutEndIsGivenUp) {

@@ -45,7 +45,7 @@ With --dry-run nothing is sent but questions.
   (a dry run: nothing was changed)
   $ journal
   $ utm_appctl apply --dry-run --json
-  {"changed":true,"steps":[{"what":"Mia: limit 1h30m every day","person":1},{"what":"Mia: games free","person":1}]}
+  {"changed":true,"steps":[{"what":"Mia: limit 1h30m every day","profile":1,"person":"Mia"},{"what":"Mia: games free","profile":1,"person":"Mia"}]}
   $ utm_appctl limit show 1
   Mia
   limit    60 (1h)
