@@ -4,10 +4,14 @@
 /// The order is what keeps the daemon, the DPI engine and the router's services in step
 /// (docs/integration.md says what goes wrong otherwise):
 ///
-///     1  devices leave whom they do not belong to      5  who may still be cut off is released
-///     2  people are deleted (--prune) and created      6  limits, empty policies, enforcement
-///     3  devices that nobody has are released          7  today's bonus, the usage file
-///     (--restore) 4  devices join                                  8  rules
+///     1  devices leave whom they do not belong to
+///     2  people are deleted (--prune) and created
+///     3  devices that nobody has are released
+///     4  devices join
+///     5  who may still be cut off is released
+///     6  limits, empty policies, enforcement
+///     7  today's bonus and the usage file (--restore)
+///     8  rules
 ///
 /// Limits are on while all this is sent.
 
