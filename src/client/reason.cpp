@@ -126,15 +126,6 @@ bool is_own_file_of_this_daemon(const ctl_daemon &daemon) {
     return stat(daemon.socket_path, &socket) == 0 && file.st_mtime >= socket.st_mtime;
 }
 
-/// Where it cannot, its own log tells.
-void save_usage(const ctl_daemon &daemon) {
-    utm_app_config_cmd request = {.type = UTM_APP_CONFIG_EXPORT_STATISTICS};
-    utm_app_config_reply reply = {};
-    utm_app_config_put_path(&request, usage_file_path);
-    const ctl_exit ignored = ctl_ask(daemon, request, &reply, "");
-    static_cast<void>(ignored);
-}
-
 /// @param state  empty when nothing could be seen
 ctl_exit bound_already(const ctl_call &call, const ctl_daemon_state &state,
                        const utm_app_config_cmd &request) {
@@ -251,6 +242,16 @@ ctl_called ctl_call_person(const household_t &household, int32_t number) {
     return person;
 }
 
+void ctl_make_up_for_export(const ctl_daemon &daemon, const ctl_daemon_state &state) {
+    if (!state.has_counted || !is_own_file_of_this_daemon(daemon))
+        return;
+    utm_app_config_cmd request = {.type = UTM_APP_CONFIG_EXPORT_STATISTICS};
+    utm_app_config_reply reply = {};
+    utm_app_config_put_path(&request, usage_file_path);
+    const ctl_exit ignored = ctl_ask(daemon, request, &reply, "");
+    static_cast<void>(ignored);
+}
+
 ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen) {
     *seen = false;
     ctl_exit status = find_out_whether_limits_are_on(call, &state->active);
@@ -262,8 +263,8 @@ ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen) {
         ctl_state_export(ctl_wire_to(call.options.daemon), file.path(), &document) != CTL_DONE)
         return CTL_DONE;
     *seen = ctl_state_read(document.get(), state);
-    if (*seen && state->has_counted && is_own_file_of_this_daemon(call.options.daemon))
-        save_usage(call.options.daemon);
+    if (*seen)
+        ctl_make_up_for_export(call.options.daemon, *state);
     return CTL_DONE;
 }
 

@@ -18,13 +18,15 @@ struct ctl_called {
 
 [[nodiscard]] ctl_called ctl_call_person(const household_t &household, int32_t number);
 
-/// Looks at everything that the daemon has. It writes that down for whoever asks, and takes that
-/// for its own periodic export, which it puts off then; so it is told to do that, too. But not
-/// while its file may still have to be read: it is older than the daemon, or nothing has been
-/// counted yet.
-/// @param seen  out: false while limits are off, when it writes nothing, and when it cannot be
-/// done,
-///              after a message: what was asked for need not fail with it
+/// The daemon takes an export for this program for its own periodic one, which it puts off then. So
+/// it is told to do that, too; but not while its file may still have to be read: it is older than
+/// the daemon, or nothing has been counted yet. Where it cannot, its own log tells.
+/// @param state  what it has just exported
+void ctl_make_up_for_export(const ctl_daemon &daemon, const ctl_daemon_state &state);
+
+/// Looks at everything that the daemon has.
+/// @param seen  out: false while limits are off, when it exports nothing, and when it cannot be
+///              done, after a message: what was asked for need not fail with it
 /// @return CTL_DONE, or what asking the daemon failed with, after a message
 [[nodiscard]] ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen);
 

@@ -3,6 +3,7 @@
 #include "client/household_file.h"
 #include "client/output_file.h"
 #include "client/person_page.h"
+#include "client/reason.h"
 #include "client/report.h"
 #include "client/temporary_file.h"
 #include "client/verbs.h"
@@ -17,7 +18,13 @@ ctl_exit report_now(ctl_call call, FILE *page) {
         return status;
     utm_app_config_put_path(&call.request, file.path());
     status = ctl_send(call);
-    return status == CTL_DONE ? ctl_write_report(page, file.path(), call.household) : status;
+    if (status != CTL_DONE)
+        return status;
+    const char *objection = nullptr;
+    ctl_daemon_state state = {};
+    if (ctl_state_read(ctl_usage_file_open(file.path(), &objection).get(), &state))
+        ctl_make_up_for_export(call.options.daemon, state);
+    return ctl_write_report(page, file.path(), call.household);
 }
 
 ctl_exit report_person(const ctl_call &call, FILE *page) {

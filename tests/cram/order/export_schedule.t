@@ -46,3 +46,10 @@ The cure: whoever exports has the daemon export to its own path as well.
   nothing to do
   $ minutes_in $usage
   "daily_used":60
+
+So does "report", every twenty minutes as well as once:
+
+  $ afternoon
+  $ for i in 1 2 3; do use 20; tick 19; utm_appctl report >/tmp/page.html; done
+  $ minutes_in $usage
+  "daily_used":60
