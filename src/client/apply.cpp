@@ -30,12 +30,13 @@ void add_person(ctl_document *step, const household_t &household, int32_t number
 }
 
 /// @param status  how it ended: what was done before it failed is told, too
-ctl_exit print_document(const ctl_apply_report &report, const household_t &household,
-                        ctl_exit status) {
+ctl_exit print_document(const ctl_apply_report &report, const ctl_apply_wish &wish,
+                        const household_t &household, ctl_exit status) {
     ctl_document document;
     if (status != CTL_DONE)
         document.add_error();
     document.add_bool("changed", !report.deeds.empty());
+    document.add_bool("dry_run", wish.dry_run);
     json_object *steps = document.add_array("steps");
     for (const ctl_deed &deed : report.deeds) {
         ctl_document step;
@@ -68,13 +69,14 @@ ctl_exit ctl_apply(const ctl_call &call) {
                                  .usage_path =
                                      options.restore_path != nullptr ? usage.text : nullptr,
                                  .state_path = ctl_state_folder_path(),
+                                 .socket_path = options.daemon.socket_path,
                                  .timeout_s = options.daemon.timeout_s};
     ctl_apply_report report = {};
     status = ctl_apply_household(household, wish, ctl_wire_to(options.daemon), &report);
     for (const ctl_line &warning : report.warnings)
         ctl_say("%s", warning.text);
     if (call.json())
-        return print_document(report, household, status);
+        return print_document(report, wish, household, status);
     if (status == CTL_DONE || !report.deeds.empty())
         print_lines(report, wish);
     return status;

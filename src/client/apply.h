@@ -9,12 +9,13 @@
 #include <cstdint>
 
 struct ctl_apply_wish {
-    bool dry_run = false;             ///< nothing is changed
-    bool repair = false;              ///< send whatever could be out of step
-    bool prune = false;               ///< delete who is not of the household
-    const char *usage_path = nullptr; ///< absolute: the usage file to restore
-    const char *state_path = nullptr; ///< the folder of what was applied last
-    int32_t timeout_s = 0;            ///< how long to wait for another `apply`
+    bool dry_run = false;              ///< nothing is changed
+    bool repair = false;               ///< send whatever could be out of step
+    bool prune = false;                ///< delete who is not of the household
+    const char *usage_path = nullptr;  ///< absolute: the usage file to restore
+    const char *state_path = nullptr;  ///< the folder of what was applied last
+    const char *socket_path = nullptr; ///< the daemon's; null: see `ctl_make_up_for_export`
+    int32_t timeout_s = 0;             ///< how long to wait for another `apply`
 };
 
 /// What was done, or with `dry_run` what would be.

@@ -82,7 +82,8 @@ void ctl_planner::set_limits(ctl_person_plan *person) {
     const int32_t today = now != nullptr ? now->limit : household_no_limit;
     // What a release has changed is put back without a word.
     const ctl_line line =
-        ctl_limits_line(wish_.household, *person->wanted, before, today != wanted[wish_.weekday]);
+        ctl_limits_line(wish_.household, *person->wanted, before,
+                        today != wanted[wish_.weekday] ? wanted[wish_.weekday] : 0);
     begin(line, person->number);
     for (int32_t day = 0; day < days_per_week; ++day)
         if (person->weekday_limits[day] != wanted[day])
@@ -158,10 +159,13 @@ void ctl_planner::restore() {
     begin(ctl_line_of("usage restored from %s", wish_.usage_path));
     send_file(ctl_step_file::usage);
     for (const ctl_daemon_person &person : wish_.usage->people)
-        if (household_person_of(wish_.household, person.number) == nullptr && wish_.prune)
+        if (household_person_of(wish_.household, person.number) == nullptr && wish_.prune) {
+            begin(ctl_line_of("person %d: deleted, with what the usage file has of them",
+                              person.number),
+                  person.number);
             send(UTM_APP_CONFIG_DELETE_PROFILE, person.number);
-        else if (household_person_of(wish_.household, person.number) == nullptr &&
-                 ctl_state_person(wish_.state, person.number) == nullptr)
+        } else if (household_person_of(wish_.household, person.number) == nullptr &&
+                   ctl_state_person(wish_.state, person.number) == nullptr)
             keep(&plan_.warnings, ctl_line_of("person %d comes from the usage file and is not of "
                                               "the household; --prune deletes them",
                                               person.number));

@@ -1,6 +1,7 @@
 #include "client/apply.h"
 
 #include "client/apply_words.h"
+#include "client/reason.h"
 #include "client/temporary_file.h"
 #include "core/saturate.h"
 
@@ -55,9 +56,9 @@ private:
     ctl_exit make_equal();
     ctl_exit guess();
     ctl_exit put_use_back();
-    ctl_exit save_use();
     ctl_exit carry_out();
     ctl_exit carry_out(const ctl_deed &deed);
+    ctl_exit refused_usage() const;
     ctl_exit carry_out(const ctl_step &step);
     ctl_exit write_use_files();
     ctl_exit is_as_applied(bool *result);
@@ -208,18 +209,6 @@ ctl_exit applier::put_use_back() {
     return CTL_DONE;
 }
 
-/// An export counts for the daemon's schedule, wherever it goes: one that is asked for more often
-/// would keep the daemon from ever saving. A daemon that has counted nothing may have been started
-/// just now, and the file hold what nobody has imported yet.
-ctl_exit applier::save_use() {
-    if (!state_.has_counted)
-        return CTL_DONE;
-    utm_app_config_cmd request = {.type = UTM_APP_CONFIG_EXPORT_STATISTICS};
-    utm_app_config_put_path(&request, usage_file_path);
-    const ctl_exit status = ctl_wire_send(wire_, request);
-    return status == CTL_REFUSED ? CTL_DONE : status; // its log says so, too
-}
-
 ctl_plan_wish applier::plan_wish() const {
     return {.household = household_,
             .memory = memory_,
@@ -273,6 +262,13 @@ ctl_exit applier::write_use_files() {
     return status == CTL_DONE ? ctl_state_write(folder_, ctl_used_up_name, file.get()) : status;
 }
 
+ctl_exit applier::refused_usage() const {
+    const ctl_objection objection = ctl_object_to_import(wish_.usage_path, utm_app_now());
+    return ctl_fail(CTL_REFUSED, "the daemon refused to import %s: %s; apply without --restore",
+                    wish_.usage_path,
+                    objection.text[0] != '\0' ? objection.text : "the reason cannot be told");
+}
+
 ctl_exit applier::carry_out(const ctl_step &step) {
     utm_app_config_cmd request = step.request;
     if (step.file == ctl_step_file::used_up) {
@@ -293,10 +289,7 @@ ctl_exit applier::carry_out(const ctl_step &step) {
     if (status != CTL_REFUSED || step.may_be_refused)
         return status == CTL_REFUSED ? CTL_DONE : status;
     if (step.file == ctl_step_file::usage)
-        return ctl_fail(CTL_REFUSED,
-                        "the daemon refused to import %s: it may not read it, or the file is from "
-                        "the future",
-                        wish_.usage_path);
+        return refused_usage();
     return ctl_fail(CTL_REFUSED,
                     "the daemon refused command %d: another program may have changed something, or "
                     "the daemon was restarted",
@@ -308,6 +301,8 @@ ctl_exit applier::carry_out(const ctl_deed &deed) {
         const ctl_exit status = carry_out(plan_.steps[i]);
         if (status == CTL_DONE)
             continue;
+        if (plan_.steps[i].file == ctl_step_file::usage && status == CTL_REFUSED)
+            return status; // it would be refused again
         if (deed.line.text[0] != '\0')
             ctl_say("stopped at \"%s\"; apply again to go on from there", deed.line.text);
         else
@@ -327,10 +322,13 @@ ctl_exit applier::carry_out() {
         if (status == CTL_DONE && deed.line.text[0] != '\0' && !report_.deeds.add(deed))
             status = out_of_memory();
     }
-    return status != CTL_DONE
-               ? status
-               : ctl_state_write(folder_, ctl_applied_name,
-                                 ctl_memory_at_end(household_, state_, wish_.prune).get());
+    if (status != CTL_DONE)
+        return status;
+    // What was restored is in the daemon now, and its file may be replaced.
+    if (wish_.usage_path != nullptr)
+        ctl_make_up_for_export(wire_, nullptr, usage_);
+    return ctl_state_write(folder_, ctl_applied_name,
+                           ctl_memory_at_end(household_, state_, wish_.prune).get());
 }
 
 ctl_exit applier::finish_report() {
@@ -354,7 +352,7 @@ ctl_exit applier::make_equal() {
     if (status == CTL_DONE && is_told)
         status = ctl_state_learn(wire_, export_.path(), &state_);
     if (status == CTL_DONE && is_told)
-        status = save_use();
+        ctl_make_up_for_export(wire_, wish_.socket_path, state_);
     if (status != CTL_DONE)
         return status;
     if (wish_.usage_path != nullptr && state_.has_counted)

@@ -82,7 +82,7 @@ ctl_line ctl_device_line(const household_t &household, int32_t person,
 }
 
 ctl_line ctl_limits_line(const household_t &household, const household_person_t &person,
-                         const int32_t *before, bool is_today_another) {
+                         const int32_t *before, int32_t today) {
     const int32_t *wanted = person.weekday_limits;
     const ctl_called called = ctl_person_called(household, person.number);
     bool differs[days_per_week];
@@ -94,7 +94,8 @@ ctl_line ctl_limits_line(const household_t &household, const household_person_t 
         is_one = is_one && wanted[day] == wanted[0];
     }
     if (changed == 0)
-        return is_today_another ? ctl_line_of("%s: today's limit", called.text) : ctl_line{};
+        return today != 0 ? ctl_line_of("%s: limit %s today", called.text, limit_text(today).text)
+                          : ctl_line{};
     if (changed == days_per_week && is_one)
         return ctl_line_of("%s: limit %s every day", called.text, limit_text(wanted[0]).text);
     ctl_line line = ctl_line_of("%s: limit", called.text);

@@ -22,11 +22,11 @@ struct ctl_called {
                                        const household_device_t &device);
 
 /// @param before  weekday limits that there were
-/// @param is_today_another  today's own limit was another than it has to be
+/// @param today  minutes, if today's own limit was another than it has to be; else 0
 /// @return the days that change, or an empty line
 [[nodiscard]] ctl_line ctl_limits_line(const household_t &household,
                                        const household_person_t &person, const int32_t *before,
-                                       bool is_today_another);
+                                       int32_t today);
 
 /// @return what changes, or an empty line
 [[nodiscard]] ctl_line ctl_enforcement_line(const household_t &household, int32_t person,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <sys/stat.h>
 
 namespace {
 
@@ -158,6 +159,19 @@ ctl_exit ask_person(const ctl_wire &wire, ctl_daemon_person *person) {
     return status;
 }
 
+/// Seconds after which the daemon replaces the file by itself, unless it was told otherwise.
+constexpr time_t own_export_after = 30 * 60;
+
+/// A file that is older than the daemon may be of an earlier life and wait for its import.
+bool is_file_still_to_be_read(const char *socket_path) {
+    struct stat socket = {};
+    struct stat file = {};
+    if (socket_path == nullptr || stat(usage_file_path, &file) != 0)
+        return false;
+    return stat(socket_path, &socket) == 0 && file.st_mtime < socket.st_mtime &&
+           time(nullptr) - socket.st_mtime <= own_export_after;
+}
+
 } // namespace
 
 const ctl_daemon_person *ctl_state_person(const ctl_daemon_state &state, int32_t number) {
@@ -220,6 +234,16 @@ ctl_exit ctl_state_export(const ctl_wire &wire, const char *file, json_ptr *docu
     return *document == nullptr
                ? ctl_fail(CTL_BROKEN, "cannot read what the daemon has (%s): %s", file, objection)
                : CTL_DONE;
+}
+
+void ctl_make_up_for_export(const ctl_wire &wire, const char *socket_path,
+                            const ctl_daemon_state &state) {
+    if (!state.has_counted || is_file_still_to_be_read(socket_path))
+        return;
+    utm_app_config_cmd request = {.type = UTM_APP_CONFIG_EXPORT_STATISTICS};
+    utm_app_config_put_path(&request, usage_file_path);
+    const ctl_exit ignored = ctl_wire_send(wire, request);
+    static_cast<void>(ignored);
 }
 
 ctl_exit ctl_state_learn(const ctl_wire &wire, const char *file, ctl_daemon_state *state) {

@@ -59,9 +59,9 @@ struct ctl_daemon_person {
 };
 
 struct ctl_daemon_state {
-    bool active;      ///< limits are on
-    bool has_counted; ///< anybody has used anything
-    bool is_of_today; ///< the file it was read from was written today
+    bool active = false;      ///< limits are on
+    bool has_counted = false; ///< anybody has used anything
+    bool is_of_today = false; ///< the file it was read from was written today
     plain_vector<ctl_daemon_person> people;
     plain_vector<ctl_mac> devices;
     plain_vector<config_policy_rule_t> rules;
@@ -69,8 +69,8 @@ struct ctl_daemon_state {
 };
 
 /// @return whether the daemon is to cut the person off. Without a device there is nothing to cut
-/// off,
-///         and nobody would be told when it ends, not even at midnight: so the limit waits for one.
+///         off, and nobody would be told when it ends, not even at midnight: so the limit waits for
+///         one.
 [[nodiscard]] inline bool ctl_is_enforced(const household_person_t &person) {
     return person.enforced && person.devices.count != 0;
 }
@@ -102,6 +102,15 @@ struct ctl_daemon_state {
 /// @param document  out: what it has written
 /// @return CTL_DONE, or the status to end with, after a message
 [[nodiscard]] ctl_exit ctl_state_export(const ctl_wire &wire, const char *file, json_ptr *document);
+
+/// The daemon takes an export for this program for its own periodic one, which it puts off then. So
+/// it is told to do that, too; but not while its file may still have to be read: nothing has been
+/// counted yet, or the file is older than the daemon, and the daemon too young to have replaced it
+/// by itself. Where it cannot, its own log tells.
+/// @param socket_path  made when the daemon started; null: its file may be replaced
+/// @param state  what it has just exported
+void ctl_make_up_for_export(const ctl_wire &wire, const char *socket_path,
+                            const ctl_daemon_state &state);
 
 /// Learns what the daemon has, whose limits are on.
 /// @param file  as above

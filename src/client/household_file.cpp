@@ -135,8 +135,11 @@ ctl_exit ctl_read_whole_household(const char *path, const char *names_path,
                         reason(errno));
     household_remarks_t remarks;
     const bool is_good = household_read(text.get(), size, all_of(apps), household, &remarks);
-    for (const household_remark_t &remark : remarks)
-        ctl_say("%s: %s%s", shown_path(path), remark.is_error ? "" : "warning: ", remark.text);
+    // The warnings first: what is said last is the reason why it failed.
+    for (const bool is_error : {false, true})
+        for (const household_remark_t &remark : remarks)
+            if (remark.is_error == is_error)
+                ctl_say("%s: %s%s", shown_path(path), is_error ? "" : "warning: ", remark.text);
     if (!is_good && first_error(remarks) == nullptr)
         return out_of_memory(path);
     return is_good ? CTL_DONE : CTL_USAGE;

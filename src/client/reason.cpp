@@ -116,16 +116,6 @@ ctl_exit explain_policy(const ctl_call &call, int32_t number, bool should_be,
                              : "no such policy; create it with policy create");
 }
 
-/// A file that is older than the daemon may be of an earlier life and wait for its import. The
-/// daemon makes its socket when it starts.
-bool is_own_file_of_this_daemon(const ctl_daemon &daemon) {
-    struct stat socket = {};
-    struct stat file = {};
-    if (stat(usage_file_path, &file) != 0)
-        return errno == ENOENT;
-    return stat(daemon.socket_path, &socket) == 0 && file.st_mtime >= socket.st_mtime;
-}
-
 /// @param state  empty when nothing could be seen
 ctl_exit bound_already(const ctl_call &call, const ctl_daemon_state &state,
                        const utm_app_config_cmd &request) {
@@ -242,16 +232,6 @@ ctl_called ctl_call_person(const household_t &household, int32_t number) {
     return person;
 }
 
-void ctl_make_up_for_export(const ctl_daemon &daemon, const ctl_daemon_state &state) {
-    if (!state.has_counted || !is_own_file_of_this_daemon(daemon))
-        return;
-    utm_app_config_cmd request = {.type = UTM_APP_CONFIG_EXPORT_STATISTICS};
-    utm_app_config_reply reply = {};
-    utm_app_config_put_path(&request, usage_file_path);
-    const ctl_exit ignored = ctl_ask(daemon, request, &reply, "");
-    static_cast<void>(ignored);
-}
-
 ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen) {
     *seen = false;
     ctl_exit status = find_out_whether_limits_are_on(call, &state->active);
@@ -264,7 +244,8 @@ ctl_exit ctl_look(const ctl_call &call, ctl_daemon_state *state, bool *seen) {
         return CTL_DONE;
     *seen = ctl_state_read(document.get(), state);
     if (*seen)
-        ctl_make_up_for_export(call.options.daemon, *state);
+        ctl_make_up_for_export(ctl_wire_to(call.options.daemon), call.options.daemon.socket_path,
+                               *state);
     return CTL_DONE;
 }
 

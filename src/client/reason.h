@@ -3,6 +3,7 @@
 /// looks at the file that the request names. What a request itself could have wrong is checked
 /// before it is sent.
 
+#include "client/apply_words.h"
 #include "client/daemon_state.h"
 #include "client/verbs.h"
 
@@ -12,17 +13,7 @@
 ctl_exit ctl_explain(const ctl_call &call, const utm_app_config_cmd &request);
 
 /// How a message names a person: "Mia", or "profile 3".
-struct ctl_called {
-    char text[household_name_size];
-};
-
 [[nodiscard]] ctl_called ctl_call_person(const household_t &household, int32_t number);
-
-/// The daemon takes an export for this program for its own periodic one, which it puts off then. So
-/// it is told to do that, too; but not while its file may still have to be read: it is older than
-/// the daemon, or nothing has been counted yet. Where it cannot, its own log tells.
-/// @param state  what it has just exported
-void ctl_make_up_for_export(const ctl_daemon &daemon, const ctl_daemon_state &state);
 
 /// Looks at everything that the daemon has.
 /// @param seen  out: false while limits are off, when it exports nothing, and when it cannot be

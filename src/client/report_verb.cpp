@@ -1,9 +1,9 @@
 /// `report`: a page of everybody, or of one person.
 
+#include "client/daemon_state.h"
 #include "client/household_file.h"
 #include "client/output_file.h"
 #include "client/person_page.h"
-#include "client/reason.h"
 #include "client/report.h"
 #include "client/temporary_file.h"
 #include "client/verbs.h"
@@ -23,7 +23,8 @@ ctl_exit report_now(ctl_call call, FILE *page) {
     const char *objection = nullptr;
     ctl_daemon_state state = {};
     if (ctl_state_read(ctl_usage_file_open(file.path(), &objection).get(), &state))
-        ctl_make_up_for_export(call.options.daemon, state);
+        ctl_make_up_for_export(ctl_wire_to(call.options.daemon), call.options.daemon.socket_path,
+                               state);
     return ctl_write_report(page, file.path(), call.household);
 }
 

@@ -210,6 +210,15 @@ ssize_t __wrap_recv(int, void *bytes, size_t size, int) {
 
 } // extern "C"
 
+/// Lines of comma-separated values end with two characters.
+static std::string without_returns(const std::string &text) {
+    std::string plain;
+    for (size_t at = 0; at < text.size(); ++at)
+        if (text.compare(at, 2, "\r\n") != 0)
+            plain += text[at];
+    return plain;
+}
+
 extern "C" int LLVMFuzzerInitialize(int *, char ***arguments) {
     fuzz::enter_sandbox(*arguments);
     fuzz::silence_messages();
@@ -227,7 +236,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     std::string printed;
     const int status = run_client(words_of(&input), &printed);
     fuzz::check(status >= CTL_DONE && status <= CTL_BROKEN, "an unknown exit status");
-    fuzz::check_clean(printed);
+    fuzz::check_clean(without_returns(printed));
     if (printed.compare(0, 1, "{") == 0)
         fuzz::check_json(printed);
     else if (printed.compare(0, 1, "<") == 0 && status == CTL_DONE)

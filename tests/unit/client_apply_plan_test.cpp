@@ -223,14 +223,14 @@ TEST_F(ClientApplyPlan, MendsTodaysOwnLimitByWayOfAnother) {
     want({{.limit = 120}});
     have({{.limit = 120}});
     state_.people[0].limit = 60;
-    EXPECT_EQ(plan(), "# Mia: today's limit\nlimit 1 day 3 121\nlimit 1 day 3 120\n");
+    EXPECT_EQ(plan(), "# Mia: limit 2h today\nlimit 1 day 3 121\nlimit 1 day 3 120\n");
 }
 
 TEST_F(ClientApplyPlan, MendsALimitOfAWholeDayToo) {
     want({{.limit = 1440}});
     have({{.limit = 1440}});
     state_.people[0].limit = 60;
-    EXPECT_EQ(plan(), "# Mia: today's limit\nlimit 1 day 3 1439\nlimit 1 day 3 1440\n");
+    EXPECT_EQ(plan(), "# Mia: limit none today\nlimit 1 day 3 1439\nlimit 1 day 3 1440\n");
 }
 
 TEST_F(ClientApplyPlan, DeletesNobodyUnlessTold) {
@@ -429,6 +429,7 @@ rules 4 9=block
     EXPECT_EQ(plan(), R"(clear 4
 # usage restored from /tmp/usage.json
 import usage
+# person 5: deleted, with what the usage file has of them
 delete 5
 rules 4 9=block
 )");

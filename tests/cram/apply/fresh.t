@@ -45,7 +45,7 @@ With --dry-run nothing is sent but questions.
   (a dry run: nothing was changed)
   $ journal
   $ utm_appctl apply --dry-run --json
-  {"changed":true,"steps":[{"what":"Mia: limit 1h30m every day","profile":1,"person":"Mia"},{"what":"Mia: games free","profile":1,"person":"Mia"}]}
+  {"changed":true,"dry_run":true,"steps":[{"what":"Mia: limit 1h30m every day","profile":1,"person":"Mia"},{"what":"Mia: games free","profile":1,"person":"Mia"}]}
   $ utm_appctl limit show 1
   Mia
   limit    60 (1h)
@@ -80,7 +80,7 @@ that comes and one that goes, enforcement on and off, and a person more.
   $ utm_appctl apply
   nothing to do
   $ utm_appctl apply --json
-  {"changed":false,"steps":[]}
+  {"changed":false,"dry_run":false,"steps":[]}
 
 Somebody who is no longer of the household stays, with thirty days of history, unless told.
 

@@ -106,8 +106,7 @@ A file that is none, or that the daemon does not take, is refused.
   $ clock set '2030-01-02 12:00'
   $ daemon start
   $ utm_appctl apply --restore $usage
-  utm_appctl: the daemon refused to import /tmp/ApplicationData/app_usage.json: it may not read it, or the file is from the future
-  utm_appctl: stopped at "usage restored from /tmp/ApplicationData/app_usage.json"; apply again to go on from there
+  utm_appctl: the daemon refused to import /tmp/ApplicationData/app_usage.json: it is from the future; is the clock right?; apply without --restore
   utm_appctl: person 2 comes from the usage file and is not of the household; --prune deletes them
   limits are switched on
   Mia: added as person 1

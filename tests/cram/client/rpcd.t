@@ -31,11 +31,11 @@ A household is applied, and its people go by their names.
   > {"people": [{"number": 3, "name": "Mia", "limit": "2h"}, {"number": 4, "name": "--help"}]}
   > END
   $ call apply '{"dry_run":true}'
-  {"changed":true,"steps":[{"what":"--help: added as person 4","profile":4,"person":"--help"},{"what":"Mia: limit 2h every day","profile":3,"person":"Mia"}]}
+  {"changed":true,"dry_run":true,"steps":[{"what":"--help: added as person 4","profile":4,"person":"--help"},{"what":"Mia: limit 2h every day","profile":3,"person":"Mia"}]}
   $ call apply '{}'
-  {"changed":true,"steps":[{"what":"--help: added as person 4","profile":4,"person":"--help"},{"what":"Mia: limit 2h every day","profile":3,"person":"Mia"}]}
+  {"changed":true,"dry_run":false,"steps":[{"what":"--help: added as person 4","profile":4,"person":"--help"},{"what":"Mia: limit 2h every day","profile":3,"person":"Mia"}]}
   $ call apply '{"dry_run":false,"repair":false,"prune":false}'
-  {"changed":false,"steps":[]}
+  {"changed":false,"dry_run":false,"steps":[]}
   $ call extend '{"person":"mia","minutes":"2h 30m"}'
   {"done":true}
   $ call usage '{"person":"Mia"}'

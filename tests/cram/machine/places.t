@@ -85,7 +85,7 @@ One sandbox starts another, with a /tmp and a daemon of its own.
   > SH
   $ utm_sandbox sh ./outer.sh
   cat: /tmp/mine: No such file or directory
-  utm_appctl: the daemon refused: no such profile; create it with profile add
+  utm_appctl: the daemon refused: Mia is not set up; have apply do it, or create profile 1 with profile add
   Fri 2030-03-15 16:59:00 CET
   Fri 2030-03-15 17:00:00 CET
   outer

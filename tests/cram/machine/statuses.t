@@ -4,7 +4,7 @@ A command's exit status is the sandbox's.
   $ utm_sandbox sh -c 'exit 7'
   [7]
   $ utm_sandbox utm_appctl usage 1
-  utm_appctl: the daemon refused: no such profile; create it with profile add
+  utm_appctl: the daemon refused: Mia is not set up; have apply do it, or create profile 1 with profile add
   [1]
   $ utm_sandbox sh -c 'kill -TERM $$'
   [143]

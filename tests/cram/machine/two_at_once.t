@@ -15,7 +15,7 @@ it is told to.
 
   $ utm_sandbox sh -c 'ls /tmp/mine; utm_appctl usage 1; echo second >/tmp/mine; cat /tmp/mine'
   ls: cannot access '/tmp/mine': No such file or directory
-  utm_appctl: the daemon refused: no such profile; create it with profile add
+  utm_appctl: the daemon refused: Mia is not set up; have apply do it, or create profile 1 with profile add
   second
 
   $ touch first.may.end

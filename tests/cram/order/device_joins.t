@@ -47,12 +47,11 @@ The cure: disable and enable. The router hears of her once more, and finds the p
 From a household file:
 
   $ evening
-  >     $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"},{"mac":"'$phone'"}],
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"},{"mac":"'$phone'"}],
   >   "limit":"1h"}'
-  /bin/sh: 39: $: not found
-  [127]
-
   $ utm_appctl apply
-  utm_appctl: cannot read the household from /tmp/household.json: No such file or directory
-  [2]
+  Mia: device 00:00:5E:00:53:1B joins
   $ journal
+  lcsh apg acl reset 00:00:5E:00:53:1B
+  notify unblock profile 1
+  notify block profile 1
