@@ -7,6 +7,11 @@ include(GNUInstallDirs)
 
 install(TARGETS utm_appd RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 install(TARGETS utm_appctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# utm_appctl looks for it relative to itself, so that the whole tree may be moved.
+install(TARGETS utm_appctl_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR})
+file(RELATIVE_PATH client_to_libexec ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBEXECDIR})
+target_compile_definitions(utm_appctl PRIVATE
+  UTM_APPCTL_TO_MONITOR="${client_to_libexec}/utm_appctl_monitor")
 install(FILES docs/utm_appctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/utm_appd.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 install(FILES completion/utm_appctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)

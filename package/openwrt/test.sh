@@ -57,6 +57,11 @@ case $package in
 utm_appctl)
     names_its_version utm_appctl
     ;;
+utm_appctl-monitor)
+    names_its_version utm_appctl
+    # There need be no daemon for that.
+    utm_appctl metrics 2>/dev/null | grep "^utm_up " || fail "the client does not find it"
+    ;;
 libqvutm-notify-none)
     [ -s /usr/lib/libqvutm_notify.so ] || fail "there is no library"
     ;;

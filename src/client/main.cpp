@@ -4,6 +4,7 @@
 #include "client/arguments.h"
 #include "client/household_file.h"
 #include "client/message.h"
+#include "client/monitor.h"
 #include "client/output.h"
 #include "client/rpcd.h"
 #include "client/suggestion.h"
@@ -257,6 +258,8 @@ ctl_exit run_verb(const ctl_verb &verb, const ctl_options &options) {
                      .request = {.type = verb.type, .arg2 = verb.enable}};
     if (!is_well_formed(verb, options, call.operands.size()) || !ctl_options_agree(options))
         return CTL_USAGE;
+    if (ctl_monitor_is_apart && verb.run == ctl_monitor)
+        return ctl_monitor(call);
     ctl_exit status = read_household(verb, options, &household, &names);
     if (status == CTL_DONE)
         status = ctl_read_operands(verb, call.operands, household, &call.request);

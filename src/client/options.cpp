@@ -196,6 +196,7 @@ ctl_exit ctl_parse_options(int argc, char **argv, ctl_options *options) {
     option longs[row_count + 1];
     char letters[row_count * 2 + 3];
     library_form(longs, letters);
+    options->words = argv;
     opterr = 0;
     bool unit_may_follow = false;
     ctl_exit status = CTL_DONE;

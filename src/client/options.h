@@ -49,6 +49,7 @@ inline constexpr unsigned ctl_common_options =
     CTL_OPTION_JSON | CTL_OPTION_SOCKET | CTL_OPTION_TIMEOUT | CTL_OPTION_HELP | CTL_OPTION_VERSION;
 
 struct ctl_options {
+    char **words = nullptr; ///< the command line, with a null behind the last
     ctl_daemon daemon = {};
     const char *names_path = nullptr;
     const char *household_path = nullptr;

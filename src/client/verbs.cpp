@@ -1,6 +1,7 @@
 #include "client/verbs.h"
 
 #include "client/arguments.h"
+#include "client/monitor.h"
 #include "client/reason.h"
 
 #include <cstdio>
@@ -171,17 +172,17 @@ constexpr ctl_verb verbs[] = {
      .example = "report --person mia > mia.html",
      .options = CTL_OPTION_NAMES | CTL_OPTION_PERSON | CTL_OPTION_OUTPUT,
      .type = UTM_APP_CONFIG_EXPORT_STATISTICS,
-     .run = ctl_report},
+     .run = ctl_monitor},
     {.noun = "watch",
      .help = "tell of everything that changes, until it is ended",
      .example = "watch --exec /etc/utm_appd/events",
      .options = CTL_OPTION_NAMES | CTL_OPTION_ALL | CTL_OPTION_EXEC | CTL_OPTION_INTERVAL,
-     .run = ctl_watch},
+     .run = ctl_monitor},
     {.noun = "metrics",
      .help = "show everybody's figures for a monitoring system",
      .example = "metrics --output /var/lib/node_exporter/utm.prom",
      .options = CTL_OPTION_NAMES | CTL_OPTION_OUTPUT,
-     .run = ctl_metrics},
+     .run = ctl_monitor},
 
     {.group = "Applications",
      .noun = "policy",

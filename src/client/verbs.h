@@ -87,10 +87,12 @@ ctl_exit ctl_people(const ctl_call &call);
 ctl_exit ctl_list(const ctl_call &call); ///< `device list` and `policy show`
 ctl_exit ctl_usage(const ctl_call &call);
 ctl_exit ctl_history(const ctl_call &call); ///< `usage --history`
-ctl_exit ctl_report(const ctl_call &call);
-ctl_exit ctl_watch(const ctl_call &call);
-ctl_exit ctl_metrics(const ctl_call &call);
 ctl_exit ctl_policy_rule(const ctl_call &call);
 ctl_exit ctl_signature_load(const ctl_call &call);
 ctl_exit ctl_interval_show(const ctl_call &call);
 ctl_exit ctl_completion(const ctl_call &call);
+
+// What `ctl_monitor` runs.
+ctl_exit ctl_report(const ctl_call &call);
+ctl_exit ctl_watch(const ctl_call &call);
+ctl_exit ctl_metrics(const ctl_call &call);

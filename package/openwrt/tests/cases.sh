@@ -1428,6 +1428,14 @@ the_feed_s_own_test_passes() {
 status 0" "$(feed_test utm_appctl "$VERSION")"
     check "with the package's revision" "utm_appctl $VERSION
 status 0" "$(feed_test utm_appctl "$VERSION-r12")"
+    check "monitor" "utm_appctl $VERSION
+utm_up 0
+status 0" "$(feed_test utm_appctl-monitor "$VERSION")"
+    mv /usr/libexec/utm_appctl_monitor /tmp/sim/
+    check "without it" "utm_appctl $VERSION
+utm_appctl-monitor: the client does not find it
+status 1" "$(feed_test utm_appctl-monitor "$VERSION")"
+    mv /tmp/sim/utm_appctl_monitor /usr/libexec/
     check "library" "status 0" "$(feed_test libqvutm-notify-none "$VERSION")"
     check "daemon" "utm_appd $VERSION
 limits     off

@@ -92,6 +92,9 @@ libqvutm-notify-none is in Libraries/libs, of $maintainer, at $url
 utm_appctl $version-r1: Command-line client of utm_appd
 utm_appctl needs +libjson-c, provides , conflicts
 utm_appctl is in Network/net, of $maintainer, at $url
+utm_appctl-monitor $version-r1: Monitoring by utm_appctl
+utm_appctl-monitor needs +libjson-c +utm_appctl, provides , conflicts
+utm_appctl-monitor is in Network/net, of $maintainer, at $url
 utm_appd $version-r1: Internet time limits for a family
 utm_appd needs +libjson-c +libqvutm-notify +ubus +utm_appctl, provides , conflicts
 utm_appd is in Network/net, of $maintainer, at $url" "$(sdk_make "$root" show | sed 's/ *$//')"
@@ -121,8 +124,10 @@ rm "$work/pkginfo/libqvutm-notify.provides"
 compare "with the substitute" "" "$(sdk_make "$root" unpack 2>&1)"
 compare "the files of the substitute" "755 ./usr/lib/libqvutm_notify.so" \
     "$(files_of "$root.packages/libqvutm-notify-none")"
-compare "all files" "$(printf '%s\n755 ./usr/lib/libqvutm_notify.so\n' "$daemon_files" |
-    sort -k 2)" "$(files_of "$root")"
+compare "the files of the monitor" "755 ./usr/libexec/utm_appctl_monitor" \
+    "$(files_of "$root.packages/utm_appctl-monitor")"
+compare "all files" "$(printf '%s\n755 %s\n755 %s\n' "$daemon_files" ./usr/lib/libqvutm_notify.so \
+    ./usr/libexec/utm_appctl_monitor | sort -k 2)" "$(files_of "$root")"
 # acl GROUP ACCESS: the methods that the group may call
 acl() {
     cat >"$work/acl.cmake" <<CMAKE

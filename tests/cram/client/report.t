@@ -98,15 +98,3 @@ A daemon may take too long, and a person may break the client off.
   status 130
   $ break_off TERM
   status 143
-
-A signal that is ignored, as under nohup, stays so.
-
-  $ occupy
-  $ (trap '' HUP; exec utm_appctl report >/tmp/page) & report=$!
-  $ until [ -e /tmp/here/*/usage.json ]; do sleep 0.01; done
-  $ kill -s HUP $report
-  $ release
-  $ wait $report
-  $ tail -n 1 /tmp/page
-  </html>
-  $ ls -A /tmp/here
