@@ -1,6 +1,7 @@
-/// Stands for a program of another machine where that machine's other programs start it: becomes the
-/// emulator that runs it. No script can: its shell would complain about a preloaded library that is
-/// the emulated programs'. This is linked statically, so it has no preloaded libraries at all.
+/// Stands for a program of another machine where that machine's other programs start it: becomes
+/// the emulator that runs it. No script can: its shell would complain about a preloaded library
+/// that is the emulated programs'. This is linked statically, so it has no preloaded libraries at
+/// all.
 
 #include <cstddef>
 #include <cstdio>

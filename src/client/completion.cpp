@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <getopt.h>
+#include <optional>
 #include <strings.h>
 
 namespace {
@@ -170,15 +171,15 @@ void offer_words(std::initializer_list<const char *> words, offers *to) {
         to->add(word, "");
 }
 
-/// @return the verb that the operands begin with, or null
-const ctl_verb *verb_of(const plain_vector<const char *> &operands) {
+/// @return the verb that the operands begin with, or none
+std::optional<ctl_verb> verb_of(const plain_vector<const char *> &operands) {
     for (const ctl_verb &verb : ctl_verbs()) {
         const size_t words = verb.word == nullptr ? 1 : 2;
         if (operands.size() >= words && strcmp(verb.noun, operands[0]) == 0 &&
             (verb.word == nullptr || strcmp(verb.word, operands[1]) == 0))
-            return &verb;
+            return verb;
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 void offer_operand(const ctl_call &call, const ctl_verb &verb, const typed_line &line,
@@ -200,7 +201,7 @@ void offer_operand(const ctl_call &call, const ctl_verb &verb, const typed_line 
 }
 
 void offer(const ctl_call &call, const typed_line &line, const char *typed, offers *to) {
-    const ctl_verb *verb = verb_of(line.operands);
+    const std::optional<ctl_verb> verb = verb_of(line.operands);
     const bool is_option = !line.is_ended && typed[0] == '-';
     if (line.waiting != nullptr)
         offer_values(call, *line.waiting, to);
@@ -208,10 +209,10 @@ void offer(const ctl_call &call, const typed_line &line, const char *typed, offe
              is_option && row != nullptr && strchr(typed, '=') != nullptr)
         offer_values(call, *row, to);
     else if (is_option)
-        offer_options(verb != nullptr ? ctl_options_of(*verb) : ctl_common_options, to);
+        offer_options(verb.has_value() ? ctl_options_of(*verb) : ctl_common_options, to);
     else if (line.unit_may_follow && typed[0] == '\0')
         offer_words({"--days", "--weeks"}, to);
-    else if (verb != nullptr)
+    else if (verb.has_value())
         offer_operand(call, *verb, line, typed, to);
     else if (line.operands.size() < 2)
         offer_verbs(line.operands.empty() ? nullptr : line.operands[0], to);

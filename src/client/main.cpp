@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <unistd.h>
 
 namespace {
@@ -72,13 +73,13 @@ bool is_noun(const char *word) {
     return false;
 }
 
-/// @return the verb, or null when the noun needs another second word
-const ctl_verb *find_verb(const verb_words &words) {
+/// @return the verb, or none when the noun needs another second word
+std::optional<ctl_verb> find_verb(const verb_words &words) {
     for (const ctl_verb &verb : ctl_verbs())
         if (strcmp(verb.noun, words.noun) == 0 &&
             (verb.word == nullptr || (words.word != nullptr && strcmp(verb.word, words.word) == 0)))
-            return &verb;
-    return nullptr;
+            return verb;
+    return std::nullopt;
 }
 
 void write_verb_line(FILE *out, const ctl_verb &verb) {
@@ -168,10 +169,10 @@ ctl_exit no_verb(const verb_words &words) {
 
 /// Help was asked for: of everything, of a noun, or of a verb.
 ctl_exit give_help(const verb_words &words) {
-    const ctl_verb *verb = words.noun == nullptr ? nullptr : find_verb(words);
+    const std::optional<ctl_verb> verb = words.noun == nullptr ? std::nullopt : find_verb(words);
     if (words.noun == nullptr)
         write_help(stdout);
-    else if (verb != nullptr)
+    else if (verb.has_value())
         write_verb_help(stdout, *verb);
     else if (is_noun(words.noun) && words.word == nullptr)
         write_noun_help(stdout, words.noun);
@@ -293,8 +294,8 @@ ctl_exit dispatch(const ctl_options &options) {
         write_help(stderr);
         return CTL_USAGE;
     }
-    const ctl_verb *verb = find_verb(words);
-    return verb == nullptr ? no_verb(words) : run_verb(*verb, options);
+    const std::optional<ctl_verb> verb = find_verb(words);
+    return verb.has_value() ? run_verb(*verb, options) : no_verb(words);
 }
 
 /// Help is for people alone, and the only answer that is no document.

@@ -3,6 +3,7 @@
 #include "client/arguments.h"
 #include "client/monitor.h"
 #include "client/reason.h"
+#include "core/text_packer.h"
 
 #include <cstdio>
 
@@ -17,7 +18,7 @@ constexpr unsigned usage_options = CTL_OPTION_ASCII | CTL_OPTION_CSV | CTL_OPTIO
 
 // In the order of the help, which groups them. Dispatch, help and the number of operands all come
 // from here; a row without `run` sends one request and shows nothing.
-constexpr ctl_verb verbs[] = {
+constexpr ctl_verb written[] = {
     {.group = "The daemon",
      .noun = "ping",
      .help = "ask whether the daemon answers",
@@ -259,6 +260,62 @@ constexpr ctl_verb verbs[] = {
      .options = CTL_OPTION_NAMES,
      .run = ctl_completion},
 };
+constexpr size_t verb_count = sizeof(written) / sizeof(*written);
+
+/// A row as it ships.
+struct packed_verb {
+    uint16_t group;
+    uint16_t noun;
+    uint16_t word;
+    uint16_t synopsis;
+    uint16_t help;
+    uint16_t example;
+    uint8_t type;
+    bool enable;
+    unsigned options;
+    int32_t minutes_most;
+    int32_t cmd::*minutes;
+    ctl_exit (*run)(const ctl_call &call);
+};
+
+struct packed_table {
+    packed_verb rows[verb_count] = {};
+    text_packer texts = {};
+};
+
+constexpr packed_table pack() {
+    packed_table table;
+    for (size_t i = 0; i < verb_count; ++i) {
+        const ctl_verb &from = written[i];
+        packed_verb &to = table.rows[i];
+        to.group = table.texts.add(from.group);
+        to.noun = table.texts.add(from.noun);
+        to.word = table.texts.add(from.word);
+        to.synopsis = table.texts.add(from.synopsis);
+        to.help = table.texts.add(from.help);
+        to.example = table.texts.add(from.example);
+        to.type = from.type;
+        to.enable = from.enable;
+        to.options = from.options;
+        to.minutes_most = from.minutes_most;
+        to.minutes = from.minutes;
+        to.run = from.run;
+    }
+    return table;
+}
+
+struct packed_rows {
+    packed_verb rows[verb_count] = {};
+
+    constexpr explicit packed_rows(const packed_table &from) {
+        for (size_t i = 0; i < verb_count; ++i)
+            rows[i] = from.rows[i];
+    }
+};
+
+constexpr packed_table packed = pack(); // only the compiler has it
+constexpr packed_rows verbs(packed);
+constexpr packed_texts<packed.texts.size> texts(packed.texts);
 
 } // namespace
 
@@ -274,8 +331,24 @@ unsigned ctl_options_of(const ctl_verb &verb) {
     return verb.options | ctl_common_options | (has_names ? unsigned{CTL_OPTION_HOUSEHOLD} : 0U);
 }
 
-std::span<const ctl_verb> ctl_verbs() {
-    return verbs;
+size_t ctl_verb_list::size() {
+    return verb_count;
+}
+
+ctl_verb ctl_verb_list::at(size_t place) {
+    const packed_verb &of = verbs.rows[place];
+    return {.group = texts.at(of.group),
+            .noun = texts.at(of.noun),
+            .word = texts.at(of.word),
+            .synopsis = texts.at(of.synopsis),
+            .help = texts.at(of.help),
+            .example = texts.at(of.example),
+            .options = of.options,
+            .type = of.type,
+            .enable = of.enable,
+            .minutes = of.minutes,
+            .minutes_most = of.minutes_most,
+            .run = of.run};
 }
 
 ctl_exit ctl_send(const ctl_call &call) {

@@ -46,8 +46,33 @@ struct ctl_verb_name {
 ///         where people or applications may go by name
 [[nodiscard]] unsigned ctl_options_of(const ctl_verb &verb);
 
-/// @return all verbs, those of one noun side by side, in the order of the help
-std::span<const ctl_verb> ctl_verbs();
+/// All verbs, those of one noun side by side, in the order of the help. Each is unpacked when it is
+/// asked for; its texts last.
+class ctl_verb_list {
+public:
+    class iterator {
+    public:
+        explicit iterator(size_t place) : place_(place) {}
+        ctl_verb operator*() const { return ctl_verb_list::at(place_); }
+        iterator &operator++() {
+            ++place_;
+            return *this;
+        }
+        bool operator==(const iterator &) const = default;
+
+    private:
+        size_t place_;
+    };
+
+    static size_t size();
+    static ctl_verb at(size_t place);
+    iterator begin() const { return iterator(0); }
+    iterator end() const { return iterator(size()); }
+};
+
+inline ctl_verb_list ctl_verbs() {
+    return {};
+}
 
 /// One call of a verb.
 struct ctl_call {

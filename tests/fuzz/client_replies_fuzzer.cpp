@@ -119,7 +119,7 @@ constexpr const char *options[] = {
 
 /// @return "utm_appctl", a verb's words, as many operands as it wants, and a few words more
 std::vector<std::string> words_of(fuzz::reader_t *input) {
-    const ctl_verb &verb = ctl_verbs()[input->byte() % ctl_verbs().size()];
+    const ctl_verb verb = ctl_verbs().at(input->byte() % ctl_verbs().size());
     std::vector<std::string> words = {"utm_appctl", verb.noun};
     if (verb.word != nullptr)
         words.emplace_back(verb.word);

@@ -85,7 +85,7 @@ words_t complete(const words_t &words) {
     const ctl_app_names names;
     const household_t household = {};
     testing::internal::CaptureStdout();
-    EXPECT_EQ(ctl_completion({.verb = ctl_verbs().front(),
+    EXPECT_EQ(ctl_completion({.verb = ctl_verbs().at(0),
                               .options = options,
                               .household = household,
                               .names = names,
