@@ -98,7 +98,7 @@ With --output a file has them, whole or not at all, and readable as any other. N
   $ utm_appctl metrics -o /dev/null
   utm_appctl: cannot write /dev/null: it is not a regular file
   [2]
-  $ utm_appctl metrics -o $(letters 5000) 2>&1 | tail -c 22
+  $ utm_appctl metrics -o $(letters 5000) 2>&1 | sed 's/: Filename/: File name/' | tail -c 22
   a: File name too long
   $ utm_appctl metrics >/dev/full
   utm_appctl: the output could not be written (No space left on device)
