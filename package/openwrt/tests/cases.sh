@@ -937,6 +937,72 @@ who_is_not_in_the_household_any_more_stays_unless_told_otherwise() {
     done
 }
 
+limits_and_mia_s() {
+    echo "$(ask status --json | grep -o '"active": *[a-z]*') $(limit_of 3)"
+}
+
+what_is_left_of_the_household() {
+    find $household $by_sections $by_sections.new 2>/dev/null
+}
+
+when_the_last_person_goes_nobody_is_limited_any_more() {
+    add_mia
+    start_and_settle
+    before=$(daemon_pids)
+    for prune in 0 1; do
+        configure prune $prune
+        add_mia
+        $init reload
+        check "at first" '"active":true 120' "$(limits_and_mia_s)"
+        transcript >/dev/null
+        configure prune $prune
+        $init reload
+        check "reload" 0 $?
+        mia_s=120 option=
+        [ $prune = 0 ] || mia_s='' option=--prune
+        check "prune $prune" "\"active\":false $mia_s" "$(limits_and_mia_s)"
+        check "what is left" "" "$(what_is_left_of_the_household)"
+        check "the same daemon" "$before" "$(daemon_pids)"
+        ask activate on >/dev/null # as a front end may from now on
+        $init reload
+        check "once" '"active":true' "$(limits_and_mia_s | cut -d ' ' -f 1)"
+        check_transcript_without_words <<END
+$(apply_line $option): 0
+utm_appd daemon.notice: nobody is in the household any more: limits are off
+END
+    done
+}
+
+# By the next reload, or by the watch when it takes the daemon over.
+a_household_that_could_not_be_let_go_is_let_go_later() {
+    add_mia
+    start_and_settle
+    configure
+    mv /test/bin/utm_appctl /test/bin/utm_appctl.kept
+    printf '%s\n' '#!/bin/sh' 'exit 4' >/test/bin/utm_appctl
+    chmod +x /test/bin/utm_appctl
+    $init reload
+    mv /test/bin/utm_appctl.kept /test/bin/utm_appctl
+    check "it fails" '"active":true 120' "$(limits_and_mia_s)"
+    check "what is left" "$household
+$by_sections" "$(what_is_left_of_the_household)"
+    told "daemon.err: nobody is in the household any more, but limits were not switched off" ||
+        check "it is reported" yes no
+    utm_appd_watch run &
+    until_true 10 told "any more: limits are off" || check "it is reported" yes no
+    check "limits" '"active":false 120' "$(limits_and_mia_s)"
+    check "what is left" "" "$(what_is_left_of_the_household)"
+}
+
+a_boot_without_the_last_household_takes_its_link_away() {
+    ln -s $by_sections $household
+    start_and_settle
+    check "what is left" "" "$(what_is_left_of_the_household)"
+    check_transcript <<END
+$started
+END
+}
+
 # Until it is mended, the daemon runs without a household, and what was used waits.
 a_household_with_a_mistake_is_reported() {
     add_mia
