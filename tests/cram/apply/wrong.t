@@ -19,7 +19,7 @@ A household file with errors is not applied, not even in part.
   $ utm_appctl status
   limits     off
   debug log  off
-  $ utm_appctl apply $household /tmp/other.json 2>&1 | head -1
+  $ utm_appctl apply $household /tmp/other.json 2>&1 | sed -n 1p
   utm_appctl: "apply" has too many operands
   $ utm_appctl apply /tmp/none.json
   utm_appctl: cannot read the household from /tmp/none.json: No such file or directory
@@ -45,7 +45,7 @@ One apply at a time. Whoever waits too long is told for whom.
   $ kill $!
   $ wait $! 2>/dev/null
   [143]
-  $ utm_appctl apply | head -1
+  $ utm_appctl apply | sed -n 1p
   limits are switched on
 
 The folder of what was applied last has to be one's own.
