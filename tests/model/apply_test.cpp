@@ -1,57 +1,26 @@
 /// `apply` against random walks: from whatever state a walk has brought the daemon and the engine
 /// to, a household is applied, and both must be as if they had been set up so from the start.
 
-#include "tests/model/apply_household.h"
-#include "tests/model/daemon.h"
-#include "tests/model/rules.h"
-
-#include "tests/lib/exchange.h"
-#include "tests/lib/world.h"
-
-#include "client/apply.h"
-#include "core/debug_log.h"
-#include "core/mac.h"
-#include "store/store.h"
+#include "tests/model/apply_machine.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <optional>
 #include <unistd.h>
 
 namespace {
 
+using model::cut_t;
 using model::kind_t;
+using model::machine_t;
 using model::operation_t;
+using model::state_folder;
+using model::step_t;
+using model::usage_path;
 using model::wanted_t;
-
-const std::string state_folder = "/tmp/apply_state";
-const std::string usage_path = "/tmp/apply_usage.json";
-
-struct step_t {
-    enum {
-        operation,
-        stop,  ///< the daemon is stopped and started
-        kill,  ///< it is killed and started: the engine hears nothing of it
-        apply, ///< somebody applies a household
-    } what = operation;
-    operation_t done = {};    ///< of the others, only its time
-    bool loses_lines = false; ///< the engine's shell fails meanwhile
-    wanted_t household = {};
-    bool prunes = false;
-    bool restores = false; ///< what was counted before the daemon's end
-    int cut_after = INT_MAX;
-};
-
-/// When the wire is cut.
-struct cut_t {
-    int after = INT_MAX;       ///< requests that are answered
-    bool loses_answer = false; ///< the next one is carried out, too
-};
+using model::wish_to;
 
 struct walk_t {
     const char *zone;
@@ -60,15 +29,6 @@ struct walk_t {
     bool prunes;
     cut_t cut;
 };
-
-ctl_apply_wish wish_to(bool repair, bool prune, const char *usage = nullptr) {
-    return {.dry_run = false,
-            .repair = repair,
-            .prune = prune,
-            .usage_path = usage,
-            .state_path = state_folder.c_str(),
-            .timeout_s = 30};
-}
 
 std::string text_of(const step_t &step) {
     switch (step.what) {
@@ -111,212 +71,6 @@ std::string text_of(const walk_t &walk) {
                 (walk.cut.loses_answer ? " and an answer" : "") + "\n";
     return text + "apply --repair " + (walk.prunes ? "--prune " : "") + json_of(walk.household) +
            "\n";
-}
-
-/// What an `apply` that is cut short says belongs to nobody: hundreds are.
-class silence_t {
-public:
-    silence_t() : before_(dup(STDERR_FILENO)) {
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nowhere, STDERR_FILENO);
-        close(nowhere);
-    }
-    ~silence_t() {
-        dup2(before_, STDERR_FILENO);
-        close(before_);
-    }
-    silence_t(const silence_t &) = delete;
-    silence_t &operator=(const silence_t &) = delete;
-
-private:
-    int before_;
-};
-
-/// A router, its daemon, and a client.
-class machine_t {
-public:
-    explicit machine_t(const char *zone) {
-        world::reset();
-        world::set_zone(zone);
-        world::on_system([this](const std::string &) {
-            statuses_.push_back(fails_ ? 256 : 0);
-            return statuses_.back();
-        });
-        if (utm_app_debug_set(0) != 0)
-            abort();
-        model::set_last_export(world::default_now);
-        model::clear_disk();
-        std::filesystem::remove_all(state_folder);
-    }
-
-    void set_now(time_t now) {
-        now_ = now;
-        world::set_now(now);
-    }
-    time_t now() const { return now_; }
-
-    void carry_out(const step_t &step) {
-        if (step.what == step_t::stop || step.what == step_t::kill)
-            counted_ = model::counted();
-        set_now(step.done.now);
-        fails_ = step.loses_lines;
-        switch (step.what) {
-        case step_t::stop:
-        case step_t::kill:
-            restart(step);
-            break;
-        case step_t::apply:
-            apply(step);
-            break;
-        case step_t::operation:
-            model::carry_out(step.done);
-        }
-        hear();
-        fails_ = false;
-    }
-
-    ctl_exit apply(const wanted_t &wanted, const ctl_apply_wish &wish, const cut_t &cut = {});
-
-    void set_up(const wanted_t &wanted, const model::restored_t &restored) {
-        model::set_up(
-            wanted, restored, [](void *machine) { static_cast<machine_t *>(machine)->hear(); },
-            this);
-    }
-
-    void hear() {
-        engine_.hear(world::trace(), statuses_);
-        statuses_.clear();
-        if (truncate(debug_log_path, 0) != 0)
-            abort();
-    }
-
-    const model::engine_t &engine() const { return engine_; }
-    /// How many requests the last `apply` has sent.
-    int requests() const { return requests_; }
-    /// Whether the last `apply` said that it did something.
-    bool has_changed() const { return has_changed_; }
-
-    /// How the last step's `apply` ended.
-    ctl_exit last_status() const { return last_status_; }
-    const model::restored_t &counted_before_the_end() const { return counted_; }
-
-    /// Forgets blocks of what no client can know: what others have given the daemon since the last
-    /// `apply`, and the daemon has lost.
-    void forget_unknown(const wanted_t &wanted);
-
-private:
-    void restart(const step_t &step);
-    void apply(const step_t &step);
-    void meet(const wanted_t &wanted);
-    static ctl_exit ask(void *context, const utm_app_config_cmd &request,
-                        std::span<utm_app_config_reply> replies, size_t *count);
-    ctl_exit take(const std::string &answer, std::span<utm_app_config_reply> replies,
-                  size_t *count);
-
-    model::engine_t engine_;
-    time_t now_ = world::default_now;
-    std::vector<int> statuses_; ///< of the command lines that the engine has not heard yet
-    bool fails_ = false;
-    cut_t cut_;
-    int requests_ = 0;
-    bool has_changed_ = false;
-    ctl_exit last_status_ = CTL_DONE;
-    model::restored_t counted_; ///< before the daemon's last end
-    /// What a client has met: in the daemon or in a household, at the last `apply` that came to
-    /// its end and since.
-    std::set<std::string> devices_;
-    std::set<int32_t> people_;
-};
-
-void machine_t::meet(const wanted_t &wanted) {
-    for (const auto &[id, person] : wanted.people) {
-        people_.insert(id);
-        devices_.insert(person.devices.begin(), person.devices.end());
-    }
-    const mutex_guard lock(utm_app_config_mutex);
-    for (config_user_profile_t &profile : all_profiles()) {
-        people_.insert(profile.user_profile_id);
-        for (const config_device_t &device : devices_of(&profile))
-            devices_.insert(mac_text(device.mac).text);
-    }
-}
-
-void machine_t::forget_unknown(const wanted_t &wanted) {
-    meet(wanted);
-    std::erase_if(engine_.blocked,
-                  [this](const auto &rule) { return !devices_.contains(rule.first); });
-    std::erase_if(engine_.cut_off,
-                  [this](const auto &profile) { return !people_.contains(profile.first); });
-}
-
-ctl_exit machine_t::take(const std::string &answer, std::span<utm_app_config_reply> replies,
-                         size_t *count) {
-    *count = 0;
-    utm_app_config_reply reply = {};
-    for (size_t at = 0; at + sizeof(reply) <= answer.size(); at += sizeof(reply)) {
-        memcpy(&reply, answer.data() + at, sizeof(reply));
-        const bool ends_list = at > 0 && reply.status != UTM_APP_CONFIG_STATUS_DATA;
-        if (!ends_list && *count < replies.size())
-            replies[(*count)++] = reply;
-    }
-    if (answer.empty())
-        return CTL_BROKEN;
-    return reply.status == UTM_APP_CONFIG_STATUS_OK ? CTL_DONE : CTL_REFUSED;
-}
-
-ctl_exit machine_t::ask(void *context, const utm_app_config_cmd &request,
-                        std::span<utm_app_config_reply> replies, size_t *count) {
-    machine_t &machine = *static_cast<machine_t *>(context);
-    const bool is_cut = machine.requests_ >= machine.cut_.after;
-    const bool is_lost =
-        is_cut && (machine.requests_ > machine.cut_.after || !machine.cut_.loses_answer);
-    ++machine.requests_;
-    if (is_lost)
-        return CTL_NO_DAEMON;
-    const std::string answer = world::exchange_bytes(sim_bytes(request));
-    machine.hear();
-    const ctl_exit status = machine.take(answer, replies, count);
-    return is_cut ? CTL_BROKEN : status;
-}
-
-ctl_exit machine_t::apply(const wanted_t &wanted, const ctl_apply_wish &wish, const cut_t &cut) {
-    std::optional<silence_t> silence;
-    if (cut.after != INT_MAX)
-        silence.emplace();
-    household_t household = {};
-    model::fill(wanted, &household);
-    meet(wanted);
-    cut_ = cut;
-    requests_ = 0;
-    ctl_apply_report report = {};
-    const ctl_exit status = ctl_apply_household(household, wish, {this, ask}, &report);
-    has_changed_ = !report.deeds.empty();
-    if (status == CTL_DONE) {
-        people_.clear();
-        devices_.clear();
-        meet(wanted);
-    }
-    return status;
-}
-
-/// What was counted is saved before, as the daemon does every half hour.
-void machine_t::restart(const step_t &step) {
-    hear();
-    model::restart_daemon(step.done.now);
-    if (step.what == step_t::kill) {
-        world::trace();
-        statuses_.clear();
-    }
-    hear();
-}
-
-void machine_t::apply(const step_t &step) {
-    if (step.cut_after != INT_MAX)
-        (void)apply(step.household, wish_to(false, step.prunes), {step.cut_after, false});
-    if (step.restores)
-        std::ofstream(usage_path) << counted_.usage;
-    last_status_ = apply(step.household,
-                         wish_to(false, step.prunes, step.restores ? usage_path.c_str() : nullptr));
 }
 
 // ---- What walks are made of ------------------------------------------------------------------
