@@ -162,14 +162,19 @@ ctl_exit ask_person(const ctl_wire &wire, ctl_daemon_person *person) {
 /// Seconds after which the daemon replaces the file by itself, unless it was told otherwise.
 constexpr time_t own_export_after = 30 * 60;
 
+/// To the nanosecond: a daemon is started in the second in which the last one has saved.
+bool is_before(const timespec &one, const timespec &other) {
+    return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
+}
+
 /// A file that is older than the daemon may be of an earlier life and wait for its import.
 bool is_file_still_to_be_read(const char *socket_path) {
     struct stat socket = {};
     struct stat file = {};
     if (socket_path == nullptr || stat(usage_file_path, &file) != 0)
         return false;
-    return stat(socket_path, &socket) == 0 && file.st_mtime < socket.st_mtime &&
-           time(nullptr) - socket.st_mtime <= own_export_after;
+    return stat(socket_path, &socket) == 0 && is_before(file.st_mtim, socket.st_mtim) &&
+           time(nullptr) - socket.st_mtim.tv_sec <= own_export_after;
 }
 
 } // namespace

@@ -53,3 +53,19 @@ So does "report", every twenty minutes as well as once:
   $ for i in 1 2 3; do use 20; tick 19; utm_appctl report >/tmp/page.html; done
   $ minutes_in $usage
   "daily_used":60
+
+But a file that nobody has imported yet stays, whatever has been counted since the start:
+
+  $ afternoon
+  $ use 50
+  $ utm_appctl export $usage
+  $ daemon stop
+  $ daemon start
+  $ wants '{"number":1,"name":"Mia","devices":[{"mac":"'$tablet'"}]}'
+  $ utm_appctl apply >/dev/null
+  $ use 1
+  $ utm_appctl apply
+  nothing to do
+  $ utm_appctl report >/tmp/page.html
+  $ minutes_in $usage
+  "daily_used":50
